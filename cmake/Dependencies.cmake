@@ -1,0 +1,12 @@
+find_package(Qt5 5.15 REQUIRED COMPONENTS Core)
+find_package(PkgConfig REQUIRED)
+# The runtime's headers change meaning with macros: exactly the flags that its package names.
+pkg_check_modules(GSOAP REQUIRED gsoap++)
+
+# The static runtime: with the shared one, the first plug-in in a process would supply the namespace table and the
+# fault functions for all of them.
+find_library(GSOAP_STATIC_LIBRARY libgsoap++.a HINTS ${GSOAP_LIBDIR} REQUIRED)
+add_library(gsoap_static INTERFACE)
+target_compile_options(gsoap_static INTERFACE ${GSOAP_CFLAGS})
+target_include_directories(gsoap_static INTERFACE ${GSOAP_INCLUDE_DIRS})
+target_link_libraries(gsoap_static INTERFACE ${GSOAP_STATIC_LIBRARY})

@@ -1,0 +1,325 @@
+#include "protocol/Codecs.h"
+
+#include "protocol/Base64.h"
+#include "protocol/Block.h"
+#include "protocol/DateTime.h"
+#include "protocol/Reader.h"
+#include "protocol/SchemaTypes.h"
+#include "protocol/Text.h"
+#include "protocol/Writer.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+namespace tarnwell {
+namespace {
+
+/// A short value as text, with room for every number and time.
+using Short = char[64];
+
+/// Reads a simple value: blanks around it do not count; an empty one keeps the default, except in strict mode.
+template <int (*parse)(struct soap*, const Type&, std::string_view, void*)>
+int readSimple(struct soap* soap, const Type& type, void* value) {
+  Content content;
+  if (content.read(soap))
+    return soap->error;
+  const std::string_view text = content.trimmed();
+  if (!text.empty())
+    return parse(soap, type, text, value);
+  return soap->error = soap->mode & SOAP_XML_STRICT ? SOAP_EMPTY : SOAP_OK;
+}
+
+template <const char* (*format)(struct soap*, const Type&, const void*, Short&)>
+int writeSimple(struct soap* soap, const Type& type, const void* value) {
+  Short buffer;
+  return soap_send(soap, format(soap, type, value, buffer));
+}
+
+/// A decimal number of the range of `Number`, with an optional sign and nothing after it.
+template <class Number> int parseNumber(struct soap* soap, std::string_view text, Number& number) {
+  if (text.size() > 1 && text[0] == '+' && text[1] != '-')
+    text.remove_prefix(1);
+  const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
+  return soap->error = failure == std::errc() && end == text.data() + text.size() ? SOAP_OK : SOAP_TYPE;
+}
+
+template <class Integer, class Wide>
+int parseInteger(struct soap* soap, const Type&, std::string_view text, void* value) {
+  Wide number = 0;
+  if (parseNumber(soap, text, number))
+    return soap->error;
+  if (number < std::numeric_limits<Integer>::min() || number > std::numeric_limits<Integer>::max())
+    return soap->error = SOAP_TYPE;
+  *static_cast<Integer*>(value) = static_cast<Integer>(number);
+  return SOAP_OK;
+}
+
+template <class Integer, class Wide>
+const char* formatInteger(struct soap*, const Type&, const void* value, Short& buffer) {
+  *std::to_chars(buffer, buffer + sizeof buffer, static_cast<Wide>(*static_cast<const Integer*>(value))).ptr = '\0';
+  return buffer;
+}
+
+template <class Integer, class Wide> constexpr Codec integerCodec() {
+  return {readSimple<parseInteger<Integer, Wide>>, writeSimple<formatInteger<Integer, Wide>>, false};
+}
+
+/// "INF", "+INF", "-INF", "NaN", or what scanf's "%g" takes, which stops at the first character that does not fit.
+int parseFloat(struct soap* soap, const Type&, std::string_view text, void* value) {
+  float& number = *static_cast<float*>(value);
+  if (text == "NaN") {
+    number = std::numeric_limits<float>::quiet_NaN();
+    return SOAP_OK;
+  }
+  if (text[0] == '+')
+    text.remove_prefix(1);
+  const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (failure == std::errc::invalid_argument)
+    return soap->error = SOAP_TYPE;
+  if (failure == std::errc::result_out_of_range) { // too large or too small: what rounding makes of it
+    const std::string_view taken = text.substr(0, static_cast<std::size_t>(end - text.data()));
+    const bool tiny =
+        taken.find("e-") != taken.npos || taken.find("E-") != taken.npos || taken.find_first_of("123456789") > 2;
+    number = std::copysign(tiny ? 0.0F : std::numeric_limits<float>::infinity(), text[0] == '-' ? -1.0F : 1.0F);
+  }
+  return SOAP_OK;
+}
+
+/// "%.9G" in every locale: enough digits to read the same value again.
+const char* formatFloat(struct soap*, const Type&, const void* value, Short& buffer) {
+  const float number = *static_cast<const float*>(value);
+  if (!std::isfinite(number))
+    return std::isnan(number) ? "NaN" : number < 0 ? "-INF" : "INF";
+  char* const end = std::to_chars(buffer, buffer + sizeof buffer, number, std::chars_format::general, 9).ptr;
+  *end = '\0';
+  if (char* const exponent = std::strchr(buffer, 'e'))
+    *exponent = 'E';
+  return buffer;
+}
+
+int parseBoolean(struct soap* soap, const Type& type, std::string_view text, void* value) {
+  bool& flag = *static_cast<bool*>(value);
+  int number = text == "true" ? 1 : 0;
+  if (number == 0 && text != "false" && parseInteger<int, int>(soap, type, text, &number))
+    return soap->error;
+  if (number != 0 && number != 1)
+    return soap->error = SOAP_TYPE;
+  flag = number == 1;
+  return SOAP_OK;
+}
+
+const char* formatBoolean(struct soap*, const Type&, const void* value, Short&) {
+  return *static_cast<const bool*>(value) ? "true" : "false";
+}
+
+int parseTime(struct soap* soap, const Type&, std::string_view text, void* value) {
+  return soap->error = parseDateTime(text, *static_cast<std::time_t*>(value)) ? SOAP_OK : SOAP_TYPE;
+}
+
+int writeTime(struct soap* soap, const Type&, const void* value) {
+  char buffer[dateTimeSize];
+  return soap_send(soap, formatDateTime(*static_cast<const std::time_t*>(value), buffer));
+}
+
+int parseEnumeration(struct soap* soap, const Type& type, std::string_view text, void* value) {
+  return enumerationValue(soap, type, text, *static_cast<int*>(value));
+}
+
+int writeEnumeration(struct soap* soap, const Type& type, const void* value) {
+  return soap_send(soap, enumerationText(soap, type, *static_cast<const int*>(value)));
+}
+
+int readWideText(struct soap* soap, const Type&, void* value) {
+  Content content;
+  if (content.read(soap))
+    return soap->error;
+  decodeUtf8(content.text(), *static_cast<std::wstring*>(value));
+  return SOAP_OK;
+}
+
+int writeWideText(struct soap* soap, const Type&, const void* value) {
+  return writeText(soap, *static_cast<const std::wstring*>(value));
+}
+
+char* copyCharacters(struct soap* soap, std::string_view text) {
+  char* const copy = static_cast<char*>(soap_malloc(soap, text.size() + 1));
+  if (copy) {
+    std::memcpy(copy, text.data(), text.size());
+    copy[text.size()] = '\0';
+  }
+  return copy;
+}
+
+int readCharacters(struct soap* soap, const Type&, void* value) {
+  Content content;
+  if (content.read(soap))
+    return soap->error;
+  char* const copy = copyCharacters(soap, content.text());
+  *static_cast<char**>(value) = copy;
+  return copy ? SOAP_OK : soap->error;
+}
+
+int writeCharacters(struct soap* soap, const Type&, const void* value) {
+  const char* const text = *static_cast<const char* const*>(value);
+  return text ? writeText(soap, std::string_view(text)) : SOAP_OK;
+}
+
+/// The prefix becomes that of the namespace table, while the answer's own declarations are still in force.
+int readQualifiedName(struct soap* soap, const Type&, void* value) {
+  Content content;
+  if (content.read(soap))
+    return soap->error;
+  const std::string text(content.trimmed());
+  return soap_s2QName(soap, text.c_str(), static_cast<char**>(value), 0, -1, nullptr);
+}
+
+int writeQualifiedName(struct soap* soap, const Type&, const void* value) {
+  const char* const text = soap_QName2s(soap, *static_cast<const char* const*>(value));
+  return text ? writeText(soap, std::string_view(text)) : soap->error;
+}
+
+/// Makes room in `block` for what is left of the base64 text in the buffer; of a text that goes on beyond it, also for
+/// what the message's length allows.
+bool makeRoom(struct soap* soap, Block& block) {
+  const std::size_t left = soap->buflen - soap->bufidx;
+  const char* const text = soap->buf + soap->bufidx;
+  const void* const end = std::memchr(text, '<', left);
+  const std::size_t characters = end ? static_cast<std::size_t>(static_cast<const char*>(end) - text) : left;
+  const std::size_t needed = characters / 4 * 3 + 3 + base64::decodeSlack;
+  return block.grow(needed, end ? needed : static_cast<std::size_t>(soap->length / 4 * 3));
+}
+
+/// The bits collected so far, `count` bytes of them.
+bool append(struct soap* soap, Block& block, unsigned bits, std::size_t count) {
+  if (block.room() < 3 + base64::decodeSlack && !makeRoom(soap, block))
+    return false;
+  for (std::size_t i = 0; i < count; ++i)
+    block.end()[i] = static_cast<unsigned char>(bits >> (16 - 8 * i));
+  block.extend(count);
+  return true;
+}
+
+/// Base64 text up to the element's end tag or first child. Blanks are allowed anywhere, padding at the end only.
+int readBase64(struct soap* soap, Block& block) {
+  unsigned group = 0;
+  int characters = 0;
+  bool padded = false;
+  for (;;) {
+    if (soap->bufidx >= soap->buflen && soap_recv(soap))
+      return soap->error = SOAP_CHK_EOF;
+    const std::size_t left = soap->buflen - soap->bufidx;
+    if (characters == 0 && !padded && !soap->ahead && left >= 4) {
+      if (block.room() < 3 + base64::decodeSlack && !makeRoom(soap, block))
+        return soap->error = SOAP_EOM;
+      const std::size_t fitting = (block.room() - base64::decodeSlack) / 3 * 4;
+      const std::size_t taken = base64::decodeGroups(soap->buf + soap->bufidx, std::min(left, fitting), block.end());
+      block.extend(taken / 4 * 3);
+      soap->bufidx += taken;
+      if (taken == fitting || taken == left)
+        continue;
+    }
+    // One character the slow way: a blank, padding, an odd group at the buffer's edge, the end.
+    const soap_wchar c = soap_get(soap);
+    if (static_cast<int>(c) == EOF)
+      return soap->error = SOAP_CHK_EOF;
+    if (c == endTagMark || c == startTagMark) {
+      soap_unget(soap, c);
+      break;
+    }
+    const int character = static_cast<int>(c & 0x7fffffff);
+    if (isBlank(character))
+      continue;
+    const int bits = base64::decodeCharacter(character);
+    padded = padded || (character == '=' && characters >= 2);
+    if (padded && character == '=')
+      continue;
+    if (bits < 0 || padded)
+      return soap->error = SOAP_TYPE;
+    group = group << 6 | static_cast<unsigned>(bits);
+    if (++characters < 4)
+      continue;
+    if (!append(soap, block, group, 3))
+      return soap->error = SOAP_EOM;
+    characters = 0;
+  }
+  if (characters == 1)
+    return soap->error = SOAP_TYPE;
+  // Two characters left are one byte, three are two.
+  if (characters > 1 &&
+      !append(soap, block, group << (characters == 2 ? 12 : 6), static_cast<std::size_t>(characters - 1)))
+    return soap->error = SOAP_EOM;
+  return SOAP_OK;
+}
+
+int readBlob(struct soap* soap, const Type&, void* value) {
+  xsd__base64Binary& blob = *static_cast<xsd__base64Binary*>(value);
+  if (*soap->href) // not "#": the data is an attachment
+    return soap_attachment_forward(soap, &blob.__ptr, &blob.__size, &blob.id, &blob.type, &blob.options);
+  if (!soap->body)
+    return SOAP_OK;
+  Block block;
+  if (readBase64(soap, block))
+    return soap->error;
+  if (block.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
+    return soap->error = SOAP_LENGTH;
+  if (block.size() > 0) {
+    blob.__size = static_cast<int>(block.size());
+    blob.__ptr = block.release(soap);
+    return blob.__ptr ? SOAP_OK : soap->error;
+  }
+  // Without data there may be an XOP include, which names an attachment.
+  if (peekElement(soap) && soap->error != SOAP_NO_TAG)
+    return soap->error;
+  soap->error = SOAP_OK;
+  return soap_xop_forward(soap, &blob.__ptr, &blob.__size, &blob.id, &blob.type, &blob.options);
+}
+
+int writeBlob(struct soap* soap, const Type&, const void* value) {
+  const xsd__base64Binary& blob = *static_cast<const xsd__base64Binary*>(value);
+  return writeBase64(soap, blob.__ptr, blob.__ptr && blob.__size > 0 ? static_cast<std::size_t>(blob.__size) : 0);
+}
+
+} // namespace
+
+constexpr Codec byteCodec = integerCodec<char, int>();
+constexpr Codec unsignedByteCodec = integerCodec<unsigned char, unsigned>();
+constexpr Codec intCodec = integerCodec<int, int>();
+constexpr Codec unsignedIntCodec = integerCodec<unsigned, unsigned>();
+constexpr Codec floatCodec = {readSimple<parseFloat>, writeSimple<formatFloat>, false};
+constexpr Codec booleanCodec = {readSimple<parseBoolean>, writeSimple<formatBoolean>, false};
+constexpr Codec dateTimeCodec = {readSimple<parseTime>, writeTime, false};
+constexpr Codec enumerationCodec = {readSimple<parseEnumeration>, writeEnumeration, false};
+constexpr Codec wideTextCodec = {readWideText, writeWideText, false};
+constexpr Codec charactersCodec = {readCharacters, writeCharacters, true};
+constexpr Codec qualifiedNameCodec = {readQualifiedName, writeQualifiedName, true};
+constexpr Codec blobCodec = {readBlob, writeBlob, false};
+constexpr Codec recordCodec = {readRecord, writeRecord, false};
+
+const char* enumerationText(struct soap* soap, const Type& type, int value) {
+  for (std::size_t i = 0; i < type.nameCount; ++i)
+    if (type.names[i].value == value)
+      return type.names[i].text;
+  return soap_int2s(soap, value);
+}
+
+int enumerationValue(struct soap* soap, const Type& type, std::string_view text, int& value) {
+  for (std::size_t i = 0; i < type.nameCount; ++i) {
+    if (text == type.names[i].text) {
+      value = type.names[i].value;
+      return SOAP_OK;
+    }
+  }
+  int number = 0;
+  if (parseNumber(soap, text, number))
+    return soap->error;
+  // The values are those from 0 on.
+  if (soap->mode & SOAP_XML_STRICT && (number < 0 || number >= static_cast<int>(type.nameCount)))
+    return soap->error = SOAP_TYPE;
+  value = number;
+  return SOAP_OK;
+}
+
+} // namespace tarnwell

@@ -1,0 +1,199 @@
+#include "protocol/Reader.h"
+
+#include "protocol/Callbacks.h"
+
+#include <cstring>
+
+namespace tarnwell {
+namespace {
+
+/// Of the rows not yet read, the one that the element peeked at belongs to; null if none. `next` is where to look
+/// first, as elements mostly come in order.
+const Row* findRow(struct soap* soap, const Type& type, unsigned long seen, std::size_t next) {
+  const char* const colon = std::strchr(soap->tag, ':');
+  const char* const local = colon ? colon + 1 : soap->tag;
+  for (std::size_t i = 0; i < type.rowCount; ++i) {
+    const std::size_t at = next + i < type.rowCount ? next + i : next + i - type.rowCount;
+    const Row& row = type.rows[at];
+    const char* const rowColon = std::strchr(row.tag, ':');
+    if (!(seen >> at & 1) && std::strcmp(local, rowColon ? rowColon + 1 : row.tag) == 0 &&
+        soap_match_tag(soap, soap->tag, row.tag) == SOAP_OK)
+      return &row;
+  }
+  return nullptr;
+}
+
+/// Reads one entry of a list; one given by reference takes its place in the list when the reference is resolved.
+int readEntry(struct soap* soap, const Row& row, void* list) {
+  const Type& type = typeOf(row.type);
+  void* entry = nullptr;
+  if (*soap->href != '#') {
+    if (!readPointer(soap, row.tag, &entry, nullptr, type))
+      return soap->error;
+    row.list->append(list, entry);
+    return SOAP_OK;
+  }
+  if (beginElement(soap, row.tag, true))
+    return soap->error;
+  if (!soap_id_forward(soap, soap->href, list, row.list->size(list), type.number, type.number, type.size, 1,
+                       row.list->place, nullptr))
+    return soap->error;
+  row.list->append(list, nullptr);
+  return soap->body ? endElement(soap, row.tag) : SOAP_OK;
+}
+
+int readMember(struct soap* soap, const Row& row, void* record) {
+  void* const member = row.member(record);
+  const Type& type = typeOf(row.type);
+  if (row.occurs == Occurs::Repeated)
+    return readEntry(soap, row, member);
+  const auto read = row.occurs == Occurs::Optional && !type.codec->characters ? readPointer : readElement;
+  return read(soap, row.tag, member, type.name, type) ? SOAP_OK : soap->error;
+}
+
+/// Whether an xsi:type fits: it names the type itself or has one of the local parts that the type accepts besides.
+bool typeFits(struct soap* soap, const char* name, const Type& type) {
+  if (!*soap->type || !type.accepts || !name || !*name || soap_match_tag(soap, soap->type, name) == SOAP_OK)
+    return true;
+  const char* const colon = std::strchr(soap->type, ':');
+  const std::size_t size = std::strlen(colon ? colon + 1 : soap->type);
+  for (const char* at = type.accepts; *at == ':'; at += std::strcspn(at + 1, ":") + 1)
+    if (std::strcspn(at + 1, ":") == size && std::memcmp(at + 1, colon ? colon + 1 : soap->type, size) == 0) {
+      soap->error = SOAP_OK; // an undeclared prefix left one
+      return true;
+    }
+  return false;
+}
+
+/// Reads what follows the start tag just taken into `value`.
+void* readBegun(struct soap* soap, const char* tag, void* value, const char* name, const Type& type) {
+  const bool open = soap->body != 0;
+  if (!typeFits(soap, name, type)) {
+    soap->error = SOAP_TYPE;
+    return nullptr;
+  }
+  if (type.codec->characters) {
+    char** const characters = static_cast<char**>(value);
+    if (*soap->href == '#') {
+      if (!soap_id_lookup(soap, soap->href, static_cast<void**>(value), type.number, type.size, 0, nullptr))
+        return nullptr;
+    } else if (!soap->null) {
+      if (type.codec->read(soap, type, value))
+        return nullptr;
+      if (*soap->id &&
+          !soap_id_enter(soap, soap->id, *characters, type.number, type.size, nullptr, nullptr, nullptr, nullptr))
+        return nullptr;
+    }
+  } else {
+    if (*soap->id && !soap_id_enter(soap, soap->id, value, type.number, type.size, nullptr, nullptr, nullptr, nullptr))
+      return nullptr;
+    if (*soap->href == '#') {
+      if (!soap_id_forward(soap, soap->href, value, 0, type.number, type.number, type.size, 0, resolve, nullptr))
+        return nullptr;
+    } else if (!soap->null && type.codec->read(soap, type, value)) {
+      return nullptr;
+    }
+  }
+  return open && endElement(soap, tag) ? nullptr : value;
+}
+
+} // namespace
+
+int peekElement(struct soap* soap) {
+  const bool again = soap->peeked != 0;
+  if (soap_peek_element(soap) || again || *soap->href)
+    return soap->error;
+  for (const struct soap_attribute* attribute = soap->attributes; attribute; attribute = attribute->next)
+    if (attribute->visible && attribute->value && std::strcmp(attribute->name, "href") == 0)
+      soap_strcpy(soap->href, sizeof soap->href, attribute->value);
+  return SOAP_OK;
+}
+
+int beginElement(struct soap* soap, const char* tag, bool nillable) {
+  return peekElement(soap) ? soap->error : soap_element_begin_in(soap, tag, nillable, nullptr);
+}
+
+int endElement(struct soap* soap, const char* tag) {
+  // The very end tag of the start tag taken last, whole in the buffer: nothing for the runtime to find out.
+  const std::size_t size = std::strlen(soap->tag);
+  const char* const at = soap->buf + soap->bufidx;
+  if (!soap->error && !soap->peeked && !soap->ahead && !soap->cdata && soap->buflen - soap->bufidx >= size + 3 &&
+      at[0] == '<' && at[1] == '/' && at[size + 2] == '>' && std::memcmp(at + 2, soap->tag, size) == 0) {
+    soap->bufidx += size + 3;
+    --soap->level;
+    return SOAP_OK;
+  }
+  return soap_element_end_in(soap, tag);
+}
+
+int skipElement(struct soap* soap) {
+  soap->peeked = 0;
+  soap->error = SOAP_OK;
+  return soap->body ? soap_ignore(soap) : SOAP_OK;
+}
+
+int readRecord(struct soap* soap, const Type& type, void* record) {
+  unsigned long seen = 0;
+  std::size_t next = 0;
+  while (soap->body) {
+    if (peekElement(soap))
+      break;
+    const Row* const row = soap->other ? nullptr : findRow(soap, type, seen, next);
+    if (soap->error)
+      break;
+    if (!row                          ? soap_ignore_element(soap)
+        : soap->level >= maximumDepth ? skipElement(soap)
+                                      : readMember(soap, *row, record))
+      return soap->error;
+    soap->body = 1;
+    if (!row || row->occurs == Occurs::Repeated)
+      continue;
+    next = static_cast<std::size_t>(row - type.rows);
+    seen |= 1UL << next++;
+  }
+  if (soap->error && soap->error != SOAP_NO_TAG)
+    return soap->error;
+  soap->error = SOAP_OK;
+  if (soap->mode & SOAP_XML_STRICT)
+    for (std::size_t i = 0; i < type.rowCount; ++i)
+      if (!(seen >> i & 1) &&
+          (type.rows[i].occurs == Occurs::Required || type.rows[i].occurs == Occurs::RequiredNillable))
+        return soap->error = SOAP_OCCURS;
+  return SOAP_OK;
+}
+
+void* readElement(struct soap* soap, const char* tag, void* value, const char* name, const Type& type) {
+  const bool pointer = type.codec->characters || value == nullptr;
+  if (beginElement(soap, tag, pointer))
+    return nullptr;
+  if (!value && !(value = instantiate(soap, -1, type, nullptr)))
+    return nullptr;
+  return readBegun(soap, tag, value, name, type);
+}
+
+void* readPointer(struct soap* soap, const char* tag, void* slot, const char* name, const Type& type) {
+  if (beginElement(soap, tag, true))
+    return nullptr;
+  if (!slot && !(slot = soap_malloc(soap, sizeof(void*))))
+    return nullptr;
+  void** const pointer = static_cast<void**>(slot);
+  *pointer = nullptr;
+  if (soap->null || *soap->href == '#') {
+    const bool open = soap->body != 0;
+    if (*soap->href == '#' && !soap_id_lookup(soap, soap->href, pointer, type.number, type.size, 0, nullptr))
+      return nullptr;
+    return open && endElement(soap, tag) ? nullptr : slot;
+  }
+  void* const value = instantiate(soap, -1, type, nullptr);
+  if (!value || !readBegun(soap, tag, value, name, type))
+    return nullptr;
+  *pointer = value;
+  return slot;
+}
+
+void* readIndependent(struct soap* soap, const char* tag, void* value, const char* name, const Type& type) {
+  value = readElement(soap, tag, value, name, type);
+  return value && soap_getindependent(soap) ? nullptr : value;
+}
+
+} // namespace tarnwell

@@ -1,0 +1,290 @@
+#include "protocol/Text.h"
+
+#include "protocol/Reader.h"
+
+#include <cstring>
+
+namespace tarnwell {
+namespace {
+
+constexpr unsigned lastCodePoint = 0x10ffff;
+
+void appendUtf8(std::string& text, unsigned c) {
+  char bytes[4];
+  std::size_t size = 0;
+  if (c < 0x80)
+    bytes[size++] = static_cast<char>(c);
+  if (c >= 0x80 && c < 0x800)
+    bytes[size++] = static_cast<char>(0xc0 | c >> 6);
+  if (c >= 0x800 && c < 0x10000)
+    bytes[size++] = static_cast<char>(0xe0 | c >> 12);
+  if (c >= 0x10000) {
+    bytes[size++] = static_cast<char>(0xf0 | c >> 18);
+    bytes[size++] = static_cast<char>(0x80 | (c >> 12 & 0x3f));
+  }
+  if (c >= 0x800)
+    bytes[size++] = static_cast<char>(0x80 | (c >> 6 & 0x3f));
+  if (c >= 0x80)
+    bytes[size++] = static_cast<char>(0x80 | (c & 0x3f));
+  text.append(bytes, size);
+}
+
+/// Collects character data byte by byte: the way that works for everything, across buffers.
+class Collector {
+public:
+  Collector(struct soap* soap, std::string& out) : m_soap(soap), m_out(out) {}
+
+  /// Up to the end tag of the element that is open, whose "</" is given back to the runtime.
+  int run() {
+    for (int depth = 0; depth >= 0;) {
+      const int c = next();
+      if (c == EOF)
+        return truncated();
+      if (c == '<' ? markup(depth) : c == '&' ? reference() : character(c))
+        return m_soap->error;
+    }
+    m_soap->ahead = endTagMark;
+    return SOAP_OK;
+  }
+
+private:
+  int next() { return static_cast<int>(soap_get1(m_soap)); }
+  int truncated() { return m_soap->error = m_soap->error ? m_soap->error : SOAP_EOF; }
+
+  /// Bytes of a message in ISO 8859-1 become UTF-8.
+  int character(int c) {
+    if (c >= 0x80 && m_soap->mode & SOAP_ENC_LATIN)
+      appendUtf8(m_out, static_cast<unsigned>(c));
+    else
+      m_out.push_back(static_cast<char>(c));
+    return SOAP_OK;
+  }
+
+  /// What follows "<": an end tag lowers the depth, a start tag raises it, anything else leaves it.
+  int markup(int& depth) {
+    const int c = next();
+    if (c == '!')
+      return declaration();
+    if (c == '?')
+      return skipPast("?>");
+    if (c == '/' && depth-- == 0)
+      return SOAP_OK;
+    m_out.push_back('<');
+    m_out.push_back(static_cast<char>(c));
+    const bool empty = copyTag();
+    if (c != '/' && !empty)
+      ++depth;
+    return m_soap->error;
+  }
+
+  /// Copies the rest of a tag; tells whether it ends with "/>". A failure shows in the context's error.
+  bool copyTag() {
+    int quote = 0;
+    for (int last = 0;;) {
+      const int c = next();
+      if (c == EOF) {
+        truncated();
+        return false;
+      }
+      m_out.push_back(static_cast<char>(c));
+      if (c == '>' && !quote)
+        return last == '/';
+      if (c == '"' || c == '\'')
+        quote = !quote ? c : quote == c ? 0 : quote;
+      last = c;
+    }
+  }
+
+  /// "<!--comment-->" is left out, "<![CDATA[characters]]>" is not, of other declarations only the end is looked for.
+  int declaration() {
+    std::string start;
+    while (start.size() < 7 && start != "--") {
+      const int c = next();
+      if (c == EOF)
+        return truncated();
+      start.push_back(static_cast<char>(c));
+      if (c == '>')
+        return SOAP_OK;
+    }
+    if (start == "[CDATA[")
+      return section();
+    return skipPast(start == "--" ? "-->" : ">");
+  }
+
+  int section() {
+    const std::size_t begin = m_out.size();
+    for (;;) {
+      const int c = next();
+      if (c == EOF)
+        return truncated();
+      character(c);
+      if (c == '>' && m_out.size() - begin >= 3 && m_out.compare(m_out.size() - 3, 3, "]]>") == 0) {
+        m_out.resize(m_out.size() - 3);
+        return SOAP_OK;
+      }
+    }
+  }
+
+  int skipPast(std::string_view end) {
+    std::string tail;
+    while (tail != end) {
+      const int c = next();
+      if (c == EOF)
+        return truncated();
+      if (tail.size() == end.size())
+        tail.erase(0, 1);
+      tail.push_back(static_cast<char>(c));
+    }
+    return SOAP_OK;
+  }
+
+  /// What follows "&": one of XML's five names or a character's number (XML 1.0 section 4.1), then ";".
+  int reference() {
+    std::string name;
+    for (int c = next(); c != ';'; c = next()) {
+      if (c == EOF)
+        return truncated();
+      if (name.size() == 12)
+        return m_soap->error = SOAP_SYNTAX_ERROR;
+      name.push_back(static_cast<char>(c));
+    }
+    static constexpr struct {
+      const char* name;
+      char character;
+    } entities[] = {{"lt", '<'}, {"gt", '>'}, {"amp", '&'}, {"quot", '"'}, {"apos", '\''}};
+    for (const auto& entity : entities)
+      if (name == entity.name)
+        return character(entity.character);
+    unsigned number = 0;
+    if (!characterNumber(name, number))
+      return m_soap->error = SOAP_SYNTAX_ERROR;
+    appendUtf8(m_out, number);
+    return SOAP_OK;
+  }
+
+  /// "#128512" or "#x1F600".
+  static bool characterNumber(const std::string& name, unsigned& number) {
+    if (name.size() < 2 || name[0] != '#')
+      return false;
+    const int base = name[1] == 'x' || name[1] == 'X' ? 16 : 10;
+    const char* const digits = name.c_str() + (base == 16 ? 2 : 1);
+    if (std::strspn(digits, base == 16 ? "0123456789abcdefABCDEF" : "0123456789") != std::strlen(digits))
+      return false;
+    const unsigned long value = std::strtoul(digits, nullptr, base);
+    number = static_cast<unsigned>(value);
+    return *digits && value > 0 && value <= lastCodePoint;
+  }
+
+  struct soap* m_soap;
+  std::string& m_out;
+};
+
+/// Collects output in pieces of a bounded size.
+class TextOut {
+public:
+  explicit TextOut(struct soap* soap) : m_soap(soap) {}
+
+  /// One code point, escaped.
+  int put(unsigned c) {
+    if (m_text.size() >= 1000 && flush())
+      return m_soap->error;
+    if (c == '&')
+      m_text += "&amp;";
+    else if (c == '<')
+      m_text += "&lt;";
+    else if (c == '>')
+      m_text += "&gt;";
+    else if (c == '\r')
+      m_text += "&#xD;";
+    else
+      appendUtf8(m_text, c == 0 || c > lastCodePoint || (c >= 0xd800 && c < 0xe000) ? 0xfffdU : c);
+    return SOAP_OK;
+  }
+
+  int flush() {
+    const int result = soap_send_raw(m_soap, m_text.data(), m_text.size());
+    m_text.clear();
+    return result;
+  }
+
+private:
+  struct soap* m_soap;
+  std::string m_text;
+};
+
+/// The code point that starts at `p`, whose sequence must end before `end`; moves `p` past it.
+unsigned takeCodePoint(const unsigned char*& p, const unsigned char* end) {
+  const unsigned first = *p++;
+  if (first < 0xc0 || first >= 0xf8)
+    return first;
+  const int more = first < 0xe0 ? 1 : first < 0xf0 ? 2 : 3;
+  if (end - p < more)
+    return first;
+  unsigned c = first & (0x3fU >> more);
+  for (int i = 0; i < more; ++i) {
+    if ((p[i] & 0xc0) != 0x80)
+      return first;
+    c = c << 6 | (p[i] & 0x3f);
+  }
+  if (c > lastCodePoint)
+    return first;
+  p += more;
+  return c;
+}
+
+} // namespace
+
+int Content::read(struct soap* soap) {
+  m_text = {};
+  if (!soap->body)
+    return SOAP_OK;
+  if (!soap->ahead && !soap->cdata && !(soap->mode & SOAP_ENC_LATIN)) {
+    // All of it in the buffer, and nothing in it to resolve: no copy.
+    const char* const start = soap->buf + soap->bufidx;
+    const std::size_t left = soap->buflen - soap->bufidx;
+    const char* const end = static_cast<const char*>(std::memchr(start, '<', left));
+    if (end && end + 1 < start + left && end[1] == '/' &&
+        !std::memchr(start, '&', static_cast<std::size_t>(end - start))) {
+      m_text = {start, static_cast<std::size_t>(end - start)};
+      soap->bufidx += m_text.size();
+      return SOAP_OK;
+    }
+  }
+  m_collected.clear();
+  if (Collector(soap, m_collected).run())
+    return soap->error;
+  m_text = m_collected;
+  return SOAP_OK;
+}
+
+std::string_view Content::trimmed() const {
+  constexpr std::string_view blanks = " \t\r\n";
+  const std::size_t first = m_text.find_first_not_of(blanks);
+  return first == m_text.npos ? std::string_view() : m_text.substr(first, m_text.find_last_not_of(blanks) + 1 - first);
+}
+
+void decodeUtf8(std::string_view utf8, std::wstring& wide) {
+  wide.resize(utf8.size());
+  wchar_t* out = wide.data();
+  const unsigned char* p = reinterpret_cast<const unsigned char*>(utf8.data());
+  const unsigned char* const end = p + utf8.size();
+  while (p < end)
+    *out++ = static_cast<wchar_t>(*p < 0x80 ? *p++ : takeCodePoint(p, end));
+  wide.resize(static_cast<std::size_t>(out - wide.data()));
+}
+
+int writeText(struct soap* soap, const std::wstring& wide) {
+  TextOut out(soap);
+  for (const wchar_t c : wide)
+    if (out.put(static_cast<unsigned>(c)))
+      return soap->error;
+  return out.flush();
+}
+
+int writeText(struct soap* soap, std::string_view utf8) {
+  std::wstring wide;
+  decodeUtf8(utf8, wide);
+  return writeText(soap, wide);
+}
+
+} // namespace tarnwell

@@ -1,0 +1,127 @@
+#include "protocol/Writer.h"
+
+#include "protocol/Base64.h"
+#include "protocol/Callbacks.h"
+#include "protocol/SchemaTypes.h"
+
+#include <algorithm>
+
+namespace tarnwell {
+namespace {
+
+/// Where a row's member is; records are only read through it here.
+const void* memberOf(const Row& row, const void* record) { return row.member(const_cast<void*>(record)); }
+
+int writeList(struct soap* soap, const Row& row, const void* list) {
+  for (std::size_t i = 0; i < row.list->size(list); ++i) {
+    const void* const entry = row.list->at(list, i);
+    if (writePointer(soap, row.tag, -1, &entry, nullptr, typeOf(row.type)))
+      return soap->error;
+  }
+  return SOAP_OK;
+}
+
+int writeMember(struct soap* soap, const Row& row, const void* record) {
+  const void* const member = memberOf(row, record);
+  const Type& type = typeOf(row.type);
+  switch (row.occurs) {
+  case Occurs::Required:
+    return writeElement(soap, row.tag, -1, member, nullptr, type);
+  case Occurs::RequiredNillable:
+    return *static_cast<const void* const*>(member) ? writeElement(soap, row.tag, -1, member, nullptr, type)
+                                                    : soap_element_nil(soap, row.tag);
+  case Occurs::Repeated:
+    return writeList(soap, row, member);
+  case Occurs::Optional:
+    break;
+  }
+  if (type.codec->characters) // the member itself is the pointer
+    return *static_cast<const void* const*>(member) ? writeElement(soap, row.tag, -1, member, nullptr, type) : SOAP_OK;
+  return writePointer(soap, row.tag, -1, static_cast<const void* const*>(member), nullptr, type);
+}
+
+} // namespace
+
+int writeRecord(struct soap* soap, const Type& type, const void* record) {
+  for (std::size_t i = 0; i < type.rowCount; ++i)
+    if (writeMember(soap, type.rows[i], record))
+      return soap->error;
+  return SOAP_OK;
+}
+
+int writeBase64(struct soap* soap, const unsigned char* bytes, std::size_t size) {
+  if (soap->mode & SOAP_IO_LENGTH) { // the counting pass: arithmetic will do
+    soap->count += base64::encodedSize(size);
+    return SOAP_OK;
+  }
+  // Straight into the send buffer where there is one, otherwise by pieces.
+  const bool buffered = (soap->mode & SOAP_IO) != SOAP_IO_FLUSH;
+  char piece[4096];
+  while (size > 0) {
+    const std::size_t room = buffered ? sizeof soap->buf - soap->bufidx : sizeof piece;
+    if (room < 4) {
+      if (soap_flush(soap))
+        return soap->error;
+      continue;
+    }
+    const std::size_t taken = std::min(size, room / 4 * 3);
+    base64::encode(bytes, taken, buffered ? soap->buf + soap->bufidx : piece);
+    if (buffered)
+      soap->bufidx += base64::encodedSize(taken);
+    else if (soap_send_raw(soap, piece, base64::encodedSize(taken)))
+      return soap->error;
+    bytes += taken;
+    size -= taken;
+  }
+  return SOAP_OK;
+}
+
+int writeElement(struct soap* soap, const char* tag, int id, const void* value, const char* name, const Type& type) {
+  if (type.number == SOAP_TYPE_xsd__base64Binary) {
+    const xsd__base64Binary& blob = *static_cast<const xsd__base64Binary*>(value);
+    id = soap_attachment(soap, tag, id, value, blob.__ptr, blob.__size, blob.id, blob.type, blob.options, name,
+                         type.number);
+    if (id < 0)
+      return soap->error;
+  } else {
+    id = soap_embedded_id(soap, id, value, type.number);
+  }
+  if (soap_element_begin_out(soap, tag, id, name) || type.codec->write(soap, type, value))
+    return soap->error;
+  return soap_element_end_out(soap, tag);
+}
+
+int writePointer(struct soap* soap, const char* tag, int id, const void* const* slot, const char* name,
+                 const Type& type) {
+  id = soap_element_id(soap, tag, id, *slot, nullptr, 0, name, type.number, nullptr);
+  return id < 0 ? soap->error : writeElement(soap, tag, id, *slot, name, type);
+}
+
+int writeIndependent(struct soap* soap, const char* tag, const void* value, const char* name, const Type& type) {
+  if (writeElement(soap, tag ? tag : type.name, -2, value, name, type))
+    return soap->error;
+  return soap_putindependent(soap);
+}
+
+void serialize(struct soap* soap, const void* value, const Type& type) {
+  if (type.number == SOAP_TYPE_xsd__base64Binary) {
+    const xsd__base64Binary& blob = *static_cast<const xsd__base64Binary*>(value);
+    if (blob.__ptr)
+      static_cast<void>(
+          soap_attachment_reference(soap, value, blob.__ptr, blob.__size, type.number, blob.id, blob.type));
+    return;
+  }
+  for (std::size_t i = 0; i < type.rowCount; ++i) {
+    const Row& row = type.rows[i];
+    const void* const member = memberOf(row, value);
+    const Type& target = typeOf(row.type);
+    const std::size_t count = row.occurs == Occurs::Repeated ? row.list->size(member) : row.occurs == Occurs::Optional;
+    for (std::size_t k = 0; k < count && !target.codec->characters; ++k) {
+      const void* const object = row.list ? row.list->at(member, k) : *static_cast<const void* const*>(member);
+      if (object && !soap_reference(soap, object, target.number))
+        serialize(soap, object, target);
+    }
+  }
+}
+
+} // namespace tarnwell
