@@ -21,16 +21,15 @@ int freeBytes(struct soap*, soap_clist* entry) {
   return SOAP_OK;
 }
 
-/// A hint only: whether it is followed does not matter to anybody but the clock.
-void adviseHugePages(unsigned char* bytes, std::size_t size) {
+} // namespace
+
+void adviseHugePages(void* bytes, std::size_t size) {
   constexpr std::uintptr_t page = 4096;
   const std::uintptr_t first = (reinterpret_cast<std::uintptr_t>(bytes) + page - 1) & ~(page - 1);
   const std::uintptr_t last = (reinterpret_cast<std::uintptr_t>(bytes) + size) & ~(page - 1);
   if (last > first)
     static_cast<void>(madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE));
 }
-
-} // namespace
 
 Block::~Block() { std::free(m_bytes); }
 

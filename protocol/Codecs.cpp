@@ -146,10 +146,8 @@ int writeWideText(struct soap* soap, const Type&, const void* value) {
 
 char* copyCharacters(struct soap* soap, std::string_view text) {
   char* const copy = static_cast<char*>(soap_malloc(soap, text.size() + 1));
-  if (copy) {
-    std::memcpy(copy, text.data(), text.size());
-    copy[text.size()] = '\0';
-  }
+  if (copy)
+    copy[text.copy(copy, text.size())] = '\0'; // unlike memcpy, takes an empty view without data
   return copy;
 }
 

@@ -37,6 +37,33 @@ private:
   SOAP_ENV__Header* m_header;
 };
 
+/// What an exchange changes in the context's settings for itself: proxy credentials that are too long for the runtime's
+/// buffer are not sent, and a request with attachments sets its mode.
+class SettingsKeeper {
+public:
+  explicit SettingsKeeper(struct soap* soap)
+      : m_soap(soap), m_mode(soap->omode), m_user(soap->proxy_userid), m_password(soap->proxy_passwd) {
+    if (m_user && m_password && std::strlen(m_user) + std::strlen(m_password) > longestCredentials)
+      soap->proxy_userid = soap->proxy_passwd = nullptr;
+  }
+  SettingsKeeper(const SettingsKeeper&) = delete;
+  SettingsKeeper& operator=(const SettingsKeeper&) = delete;
+  ~SettingsKeeper() {
+    m_soap->omode = m_mode;
+    m_soap->proxy_userid = m_user;
+    m_soap->proxy_passwd = m_password;
+  }
+
+private:
+  /// Characters of user and password together.
+  static constexpr std::size_t longestCredentials = 760;
+
+  struct soap* m_soap;
+  soap_mode m_mode;
+  const char* m_user;
+  const char* m_password;
+};
+
 /// Emits the message; run twice, once to count it and once to send it.
 int writeMessage(struct soap* soap, const Operation& operation, const SchemaObject* request) {
   if (soap_envelope_begin_out(soap) || soap_putheader(soap) || soap_body_begin_out(soap))
@@ -107,6 +134,7 @@ int exchange(struct soap* soap, const char* endpoint, const char* action, Operat
              const SchemaObject* request, SchemaObject* response) {
   const Operation& operation = operations[static_cast<std::size_t>(index)];
   const SocketCloser socket(soap);
+  const SettingsKeeper settings(soap);
   if (send(soap, endpoint ? endpoint : TARNWELL_TEST_ENDPOINT, action ? action : operation.action, operation, request))
     return soap->error;
   if (!response)

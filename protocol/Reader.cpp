@@ -2,7 +2,9 @@
 
 #include "protocol/Callbacks.h"
 
+#include <algorithm>
 #include <cstring>
+#include <string>
 
 namespace tarnwell {
 namespace {
@@ -10,17 +12,55 @@ namespace {
 /// Of the rows not yet read, the one that the element peeked at belongs to; null if none. `next` is where to look
 /// first, as elements mostly come in order.
 const Row* findRow(struct soap* soap, const Type& type, unsigned long seen, std::size_t next) {
-  const char* const colon = std::strchr(soap->tag, ':');
-  const char* const local = colon ? colon + 1 : soap->tag;
+  const char* const local = localPart(soap->tag);
   for (std::size_t i = 0; i < type.rowCount; ++i) {
     const std::size_t at = next + i < type.rowCount ? next + i : next + i - type.rowCount;
     const Row& row = type.rows[at];
-    const char* const rowColon = std::strchr(row.tag, ':');
-    if (!(seen >> at & 1) && std::strcmp(local, rowColon ? rowColon + 1 : row.tag) == 0 &&
+    if (*local == *row.local && !(seen >> at & 1) && std::strcmp(local, row.local) == 0 &&
         soap_match_tag(soap, soap->tag, row.tag) == SOAP_OK)
       return &row;
   }
   return nullptr;
+}
+
+/// Does what soap_peek_element does for a start tag without attributes, or an end tag, that is whole in the buffer:
+/// most of an answer. False: it is something else, and nothing was done.
+bool peekPlainTag(struct soap* soap) {
+  const char* at = soap->buf + soap->bufidx;
+  const char* const end = soap->buf + soap->buflen;
+  while (at < end && isBlank(*at))
+    ++at;
+  if (soap->ahead || soap->cdata || soap->feltbegin || soap->mode & SOAP_XML_DOM || end - at < 3 || *at++ != '<')
+    return false;
+  std::size_t size = 0;
+  const std::size_t most = std::min<std::size_t>(static_cast<std::size_t>(end - at), sizeof soap->tag);
+  const bool endTag = *at == '/';
+  if (!endTag) {
+    while (size < most && !isBlank(at[size]) && at[size] != '/' && at[size] != '>')
+      ++size;
+    if (size == 0 || size == most || at[size] != '>' || std::strchr("!?%", *at))
+      return false;
+    std::memcpy(soap->tag, at, size);
+  }
+  soap->tag[size] = '\0';
+  soap->peeked = 1;
+  soap->id[0] = soap->href[0] = soap->type[0] = '\0';
+  soap->arrayType[0] = soap->arraySize[0] = soap->arrayOffset[0] = '\0';
+  soap->other = soap->null = soap->mustUnderstand = 0;
+  soap->position = 0;
+  soap->root = -1;
+  soap->bufidx = static_cast<std::size_t>(at + size + 1 - soap->buf);
+  if (endTag) {
+    soap->ahead = endTagMark;
+    soap->error = SOAP_NO_TAG;
+    return true;
+  }
+  soap_pop_namespace(soap);
+  for (struct soap_attribute* attribute = soap->attributes; attribute; attribute = attribute->next)
+    attribute->visible = 0;
+  soap->body = 1;
+  soap->error = SOAP_OK;
+  return true;
 }
 
 /// Reads one entry of a list; one given by reference takes its place in the list when the reference is resolved.
@@ -55,14 +95,22 @@ int readMember(struct soap* soap, const Row& row, void* record) {
 bool typeFits(struct soap* soap, const char* name, const Type& type) {
   if (!*soap->type || !type.accepts || !name || !*name || soap_match_tag(soap, soap->type, name) == SOAP_OK)
     return true;
-  const char* const colon = std::strchr(soap->type, ':');
-  const std::size_t size = std::strlen(colon ? colon + 1 : soap->type);
+  const char* const local = localPart(soap->type);
+  const std::size_t size = std::strlen(local);
   for (const char* at = type.accepts; *at == ':'; at += std::strcspn(at + 1, ":") + 1)
-    if (std::strcspn(at + 1, ":") == size && std::memcmp(at + 1, colon ? colon + 1 : soap->type, size) == 0) {
+    if (std::strcspn(at + 1, ":") == size && std::memcmp(at + 1, local, size) == 0) {
       soap->error = SOAP_OK; // an undeclared prefix left one
       return true;
     }
   return false;
+}
+
+/// Registers `value` under its element's id, if that has one, for references to it.
+bool enterId(struct soap* soap, void* value, const Type& type) {
+  if (!*soap->id)
+    return true;
+  const std::string id = soap->id; // the runtime copies it into the context again
+  return soap_id_enter(soap, id.c_str(), value, type.number, type.size, nullptr, nullptr, nullptr, nullptr) != nullptr;
 }
 
 /// Reads what follows the start tag just taken into `value`.
@@ -77,15 +125,11 @@ void* readBegun(struct soap* soap, const char* tag, void* value, const char* nam
     if (*soap->href == '#') {
       if (!soap_id_lookup(soap, soap->href, static_cast<void**>(value), type.number, type.size, 0, nullptr))
         return nullptr;
-    } else if (!soap->null) {
-      if (type.codec->read(soap, type, value))
-        return nullptr;
-      if (*soap->id &&
-          !soap_id_enter(soap, soap->id, *characters, type.number, type.size, nullptr, nullptr, nullptr, nullptr))
-        return nullptr;
+    } else if (!soap->null && (type.codec->read(soap, type, value) || !enterId(soap, *characters, type))) {
+      return nullptr;
     }
   } else {
-    if (*soap->id && !soap_id_enter(soap, soap->id, value, type.number, type.size, nullptr, nullptr, nullptr, nullptr))
+    if (!enterId(soap, value, type))
       return nullptr;
     if (*soap->href == '#') {
       if (!soap_id_forward(soap, soap->href, value, 0, type.number, type.number, type.size, 0, resolve, nullptr))
@@ -101,6 +145,8 @@ void* readBegun(struct soap* soap, const char* tag, void* value, const char* nam
 
 int peekElement(struct soap* soap) {
   const bool again = soap->peeked != 0;
+  if (!again && peekPlainTag(soap))
+    return soap->error;
   if (soap_peek_element(soap) || again || *soap->href)
     return soap->error;
   for (const struct soap_attribute* attribute = soap->attributes; attribute; attribute = attribute->next)
@@ -114,16 +160,30 @@ int beginElement(struct soap* soap, const char* tag, bool nillable) {
 }
 
 int endElement(struct soap* soap, const char* tag) {
-  // The very end tag of the start tag taken last, whole in the buffer: nothing for the runtime to find out.
-  const std::size_t size = std::strlen(soap->tag);
   const char* const at = soap->buf + soap->bufidx;
-  if (!soap->error && !soap->peeked && !soap->ahead && !soap->cdata && soap->buflen - soap->bufidx >= size + 3 &&
-      at[0] == '<' && at[1] == '/' && at[size + 2] == '>' && std::memcmp(at + 2, soap->tag, size) == 0) {
-    soap->bufidx += size + 3;
+  const std::size_t left = soap->buflen - soap->bufidx;
+  const bool peekedAtEnd = soap->peeked && !*soap->tag && soap->ahead == endTagMark;
+  if (soap->mode & (SOAP_XML_STRICT | SOAP_XML_DOM) || soap->feltendin || soap->cdata)
+    return soap_element_end_in(soap, tag);
+  if (peekedAtEnd) { // "</" was taken: the rest of the tag, whatever its name
+    const char* const close = static_cast<const char*>(std::memchr(at, '>', left));
+    if (!close)
+      return soap_element_end_in(soap, tag);
+    soap->bufidx += static_cast<std::size_t>(close + 1 - at);
+    soap->peeked = 0;
+    soap->ahead = 0;
+    soap->error = SOAP_OK;
     --soap->level;
     return SOAP_OK;
   }
-  return soap_element_end_in(soap, tag);
+  // The very end tag of the start tag taken last, whole in the buffer: nothing for the runtime to find out.
+  const std::size_t size = std::strlen(soap->tag);
+  if (soap->error || soap->peeked || soap->ahead || left < size + 3 || at[0] != '<' || at[1] != '/' ||
+      at[size + 2] != '>' || std::memcmp(at + 2, soap->tag, size) != 0)
+    return soap_element_end_in(soap, tag);
+  soap->bufidx += size + 3;
+  --soap->level;
+  return SOAP_OK;
 }
 
 int skipElement(struct soap* soap) {

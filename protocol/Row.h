@@ -34,7 +34,8 @@ struct ListAccess {
 
 /// One element of a record.
 struct Row {
-  const char* tag; ///< "dsns:MapName"
+  const char* tag;   ///< "dsns:MapName"
+  const char* local; ///< "MapName"
   Occurs occurs;
   TypeNumber type;               ///< of the value, or of what the pointer points to
   void* (*member)(void* record); ///< where the member is in its record
@@ -81,16 +82,33 @@ struct MemberTraits<std::vector<Value*> Record::*> : MemberTraits<Value Record::
   static constexpr const ListAccess* list = &listAccess<Value>;
 };
 
+/// The part of a qualified name behind its prefix.
+constexpr const char* localPart(const char* name) {
+  for (const char* at = name; *at; ++at)
+    if (*at == ':')
+      return at + 1;
+  return name;
+}
+
 /// The row of a member, found by `member` in its record of class `Record`.
 template <class Record, auto member> constexpr Row row(const char* tag) {
   using Traits = MemberTraits<decltype(member)>;
-  return {tag, Traits::occurs, typeNumber<typename Traits::Target>,
-          [](void* record) -> void* { return &(static_cast<Record*>(record)->*member); }, Traits::list};
+  return {tag,
+          localPart(tag),
+          Traits::occurs,
+          typeNumber<typename Traits::Target>,
+          [](void* record) -> void* { return &(static_cast<Record*>(record)->*member); },
+          Traits::list};
 }
 
 /// The row of a member that holds characters, which its C++ type does not tell apart.
 template <class Record, auto member> constexpr Row charactersRow(const char* tag, TypeNumber type, Occurs occurs) {
-  return {tag, occurs, type, [](void* record) -> void* { return &(static_cast<Record*>(record)->*member); }, nullptr};
+  return {tag,
+          localPart(tag),
+          occurs,
+          type,
+          [](void* record) -> void* { return &(static_cast<Record*>(record)->*member); },
+          nullptr};
 }
 
 } // namespace tarnwell

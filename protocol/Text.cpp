@@ -179,6 +179,12 @@ private:
   std::string& m_out;
 };
 
+/// Whether XML can carry the code point at all (XML 1.0 section 2.2), as itself or as a reference.
+constexpr bool isXmlCharacter(unsigned c) {
+  return c >= 0x20 ? c < 0xd800 || (c >= 0xe000 && c < 0xfffe) || (c >= 0x10000 && c <= lastCodePoint)
+                   : c == '\t' || c == '\n' || c == '\r';
+}
+
 /// Collects output in pieces of a bounded size.
 class TextOut {
 public:
@@ -197,7 +203,7 @@ public:
     else if (c == '\r')
       m_text += "&#xD;";
     else
-      appendUtf8(m_text, c == 0 || c > lastCodePoint || (c >= 0xd800 && c < 0xe000) ? 0xfffdU : c);
+      appendUtf8(m_text, isXmlCharacter(c) ? c : 0xfffd);
     return SOAP_OK;
   }
 

@@ -106,19 +106,21 @@ int writeIndependent(struct soap* soap, const char* tag, const void* value, cons
 void serialize(struct soap* soap, const void* value, const Type& type) {
   if (type.number == SOAP_TYPE_xsd__base64Binary) {
     const xsd__base64Binary& blob = *static_cast<const xsd__base64Binary*>(value);
-    if (blob.__ptr)
-      static_cast<void>(
-          soap_attachment_reference(soap, value, blob.__ptr, blob.__size, type.number, blob.id, blob.type));
+    if (!blob.__ptr || (!blob.id && !blob.type))
+      return;
+    soap->omode |= SOAP_ENC_DIME; // document/literal messages have attachments only when told so
+    static_cast<void>(soap_attachment_reference(soap, value, blob.__ptr, blob.__size, type.number, blob.id, blob.type));
     return;
   }
   for (std::size_t i = 0; i < type.rowCount; ++i) {
     const Row& row = type.rows[i];
     const void* const member = memberOf(row, value);
     const Type& target = typeOf(row.type);
-    const std::size_t count = row.occurs == Occurs::Repeated ? row.list->size(member) : row.occurs == Occurs::Optional;
+    const std::size_t count = row.list ? row.list->size(member) : row.occurs == Occurs::Optional;
     for (std::size_t k = 0; k < count && !target.codec->characters; ++k) {
       const void* const object = row.list ? row.list->at(member, k) : *static_cast<const void* const*>(member);
-      if (object && !soap_reference(soap, object, target.number))
+      // Of an object that is referred to twice, the first time counts; document/literal has no references.
+      if (object && (!soap_reference(soap, object, target.number) || !soap->encodingStyle))
         serialize(soap, object, target);
     }
   }

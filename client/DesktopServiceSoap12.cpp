@@ -1,0 +1,24 @@
+#include "client/DesktopServiceSoap12.h"
+
+#include "protocol/Deployment.h"
+
+#include <sys/socket.h>
+
+DesktopServiceSoap12::DesktopServiceSoap12() : soap(soap_new2(0, 0)), soap_endpoint(TARNWELL_TEST_ENDPOINT) {
+  if (!soap)
+    return;
+  if (!soap->namespaces)
+    soap->namespaces = tarnwell::namespaceTable;
+  soap->socket_flags = MSG_NOSIGNAL; // a peer that closes early must not end the host by SIGPIPE
+  // Where the runtime turns for an endpoint without a host; by default the process's standard streams.
+  soap->sendfd = -1;
+  soap->recvfd = -1;
+}
+
+DesktopServiceSoap12::~DesktopServiceSoap12() {
+  if (!soap)
+    return;
+  soap_destroy(soap);
+  soap_end(soap);
+  soap_free(soap);
+}

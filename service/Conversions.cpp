@@ -1,0 +1,105 @@
+#include "service/Conversions.h"
+
+#include "protocol/Block.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+namespace tarnwell {
+namespace {
+
+static_assert(sizeof(wchar_t) == 4, "the protocol's texts hold one code point per unit");
+
+/// Bytes from which the page faults of a fresh block cost more than a system call.
+constexpr int bigBlock = 1 << 20;
+
+/// Places a copy of `bytes` in `member`, in a new object of the context.
+void lend(struct soap* soap, const QByteArray& bytes, std::optional<LentBytes>& copy, xsd__base64Binary*& member) {
+  ContextObject<xsd__base64Binary> block(soap);
+  copy.emplace(*block, bytes);
+  member = block.release();
+}
+
+} // namespace
+
+QString fromWide(const std::wstring* text) {
+  if (!text)
+    return QString();
+  wchar_t allBits = 0;
+  for (const wchar_t unit : *text)
+    allBits |= unit;
+  const bool startsWithMark = !text->empty() && text->front() == QChar::ByteOrderMark;
+  if (startsWithMark || static_cast<unsigned>(allBits) > 0xFFFF)
+    return QString::fromStdWString(*text);
+  // One unit each: Qt's conversion, some fifty instructions a character, does no more than this.
+  QString result(static_cast<int>(text->size()), Qt::Uninitialized);
+  std::transform(text->begin(), text->end(), result.begin(), [](wchar_t unit) { return QChar(unit); });
+  return result;
+}
+
+std::time_t toSeconds(const QDateTime& date) {
+  constexpr qint64 noSeconds = std::numeric_limits<quint32>::max();
+  // Converted before it is tested: a local time that a clock change skips is invalid, its digits as UTC are not.
+  const QDateTime utc = date.toTimeSpec(Qt::UTC);
+  const qint64 seconds = utc.isValid() ? utc.toSecsSinceEpoch() : noSeconds;
+  return seconds >= 0 && seconds < noSeconds ? seconds : noSeconds;
+}
+
+QDateTime fromSeconds(std::time_t seconds) {
+  return QDateTime::fromSecsSinceEpoch(static_cast<quint32>(seconds), Qt::UTC);
+}
+
+QByteArray fromBlock(const xsd__base64Binary& block) {
+  const auto* data = reinterpret_cast<const char*>(block.__ptr);
+  if (block.__size < bigBlock)
+    return QByteArray(data, block.__size);
+  QByteArray bytes(block.__size, Qt::Uninitialized);
+  const auto size = static_cast<std::size_t>(block.__size);
+  adviseHugePages(bytes.data(), size);
+  std::memcpy(bytes.data(), data, size);
+  return bytes;
+}
+
+LentBytes::LentBytes(xsd__base64Binary& block, const QByteArray& bytes)
+    : m_block(block), m_bytes(new unsigned char[static_cast<std::size_t>(bytes.size())]) {
+  const auto size = static_cast<std::size_t>(bytes.size());
+  if (bytes.size() >= bigBlock)
+    adviseHugePages(m_bytes.get(), size);
+  std::memcpy(m_bytes.get(), bytes.constData(), size);
+  m_block.__ptr = m_bytes.get();
+  m_block.__size = bytes.size();
+}
+
+LentBytes::~LentBytes() {
+  m_block.__ptr = nullptr;
+  m_block.__size = 0;
+}
+
+RequestDescription::RequestDescription(dsns__DesktopInfoClass* record, const MapInfo& info, const QString& name,
+                                       MapParts parts)
+    : m_record(record), m_id(toGuid(info.mapID())), m_author(toWide(info.mapAuthor())),
+      m_description(toWide(info.mapDescription())), m_name(toWide(name)) {
+  if (!record)
+    return;
+  // What may throw comes first: a record that is not reset must not point here.
+  if (parts & WithContent)
+    lend(record->soap, info.mapContent(), m_content, record->MapContent);
+  if (parts & WithThumbnail)
+    lend(record->soap, info.mapThumbnail(), m_thumbnail, record->Thumbnail);
+  record->MapId = m_id.data();
+  if (parts & WithVersion)
+    record->Version = info.version();
+  record->Author = &m_author;
+  record->Description = &m_description;
+  record->IsPublished = info.mapPublished();
+  record->LastModified = toSeconds(info.mapModificationDate());
+  record->MapName = &m_name;
+}
+
+RequestDescription::~RequestDescription() {
+  if (m_record)
+    m_record->soap_default(m_record->soap);
+}
+
+} // namespace tarnwell

@@ -1,0 +1,81 @@
+// Every conversion between the host's values and the protocol's, and the description of a map that requests carry,
+// with the owners of all that a request points to. Used by TarnwellService alone; any thread.
+#pragma once
+
+#include "client/ContextObject.h"
+#include "service/MapInfo.h"
+
+#include <ctime>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tarnwell {
+
+/// One unit per code point, an unpaired surrogate as U+FFFD; null as empty text.
+inline std::wstring toWide(const QString& text) { return text.toStdWString(); }
+/// As QString::fromStdWString; absent (null) as null.
+QString fromWide(const std::wstring* text);
+
+/// The only form that is sent: 38 characters, in braces, lower case; a null identifier is all zeros.
+inline QByteArray toGuid(const QUuid& id) { return id.toByteArray(); }
+/// With or without braces, any case; absent (null) or any other text as the null identifier.
+inline QUuid fromGuid(const char* text) { return QUuid(QString::fromUtf8(text)); }
+
+/// Seconds since 1970 UTC, below 2^32 - 1; deliberately that number for every date without such a count: null, invalid,
+/// earlier, later.
+std::time_t toSeconds(const QDateTime& date);
+/// A UTC date-time. Deliberately by the low 32 bits alone, without sign: -1 is 2106-02-07T06:28:15.
+QDateTime fromSeconds(std::time_t seconds);
+
+/// A copy of its own.
+QByteArray fromBlock(const xsd__base64Binary& block);
+
+/// A copy of a byte array inside `block`, for the length of a scope; afterwards `block` is empty again. The copy is not
+/// the context's, `block` is.
+class LentBytes {
+public:
+  /// `block` outlives this. Throws std::bad_alloc.
+  LentBytes(xsd__base64Binary& block, const QByteArray& bytes);
+  LentBytes(const LentBytes&) = delete;
+  LentBytes& operator=(const LentBytes&) = delete;
+  ~LentBytes();
+
+private:
+  xsd__base64Binary& m_block;
+  std::unique_ptr<unsigned char[]> m_bytes;
+};
+
+/// What a request tells of a map beyond identifier, texts, published flag and modification date, which all tell.
+enum MapParts : unsigned {
+  WithVersion = 1,
+  WithContent = 2,
+  WithThumbnail = 4,
+
+  ManagedMapParts = 0, ///< of delete and rename
+  FetchedMapParts = WithVersion | WithThumbnail,
+  SavedMapParts = WithVersion | WithContent | WithThumbnail,
+};
+
+/// Fills a request's record for the length of a scope and owns all that the record then points to, except the objects
+/// of its blocks, which stay in the context, empty. Afterwards the record is at its defaults again.
+class RequestDescription {
+public:
+  /// `record` outlives this; null (no context) is left alone. `name` stands in for the name of `info`. What no part
+  /// covers is never filled from the host's side, its format flag included. Throws std::bad_alloc.
+  RequestDescription(dsns__DesktopInfoClass* record, const MapInfo& info, const QString& name, MapParts parts);
+  RequestDescription(const RequestDescription&) = delete;
+  RequestDescription& operator=(const RequestDescription&) = delete;
+  ~RequestDescription();
+
+private:
+  dsns__DesktopInfoClass* m_record;
+  QByteArray m_id;
+  std::wstring m_author;
+  std::wstring m_description;
+  std::wstring m_name;
+  std::optional<LentBytes> m_content;
+  std::optional<LentBytes> m_thumbnail;
+};
+
+} // namespace tarnwell
