@@ -3,10 +3,8 @@
 #include "protocol/TypeNumbers.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdlib>
 #include <limits>
-#include <sys/mman.h>
 
 namespace tarnwell {
 namespace {
@@ -23,32 +21,21 @@ int freeBytes(struct soap*, soap_clist* entry) {
 
 } // namespace
 
-void adviseHugePages(void* bytes, std::size_t size) {
-  constexpr std::uintptr_t page = 4096;
-  const std::uintptr_t first = (reinterpret_cast<std::uintptr_t>(bytes) + page - 1) & ~(page - 1);
-  const std::uintptr_t last = (reinterpret_cast<std::uintptr_t>(bytes) + size) & ~(page - 1);
-  if (last > first)
-    static_cast<void>(madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE));
-}
-
 Block::~Block() { std::free(m_bytes); }
 
 bool Block::grow(std::size_t needed, std::size_t likely) {
-  std::size_t capacity = m_size + needed;
-  if (m_capacity > 0)
-    capacity = std::max(capacity, 2 * m_capacity);
-  if (capacity >= big)
-    capacity = std::max(capacity, std::min(likely, largest));
-  void* bytes = std::realloc(m_bytes, capacity);
-  if (!bytes)
-    bytes = std::realloc(m_bytes, capacity = m_size + needed);
-  if (!bytes)
-    return false;
-  m_bytes = static_cast<unsigned char*>(bytes);
-  m_capacity = capacity;
-  if (capacity >= big)
-    adviseHugePages(m_bytes, capacity);
-  return true;
+  const std::size_t least = m_size + needed;
+  const std::size_t doubled = std::max(least, 2 * m_capacity);
+  for (const std::size_t capacity :
+       {doubled < big ? doubled : std::max(doubled, std::min(likely, largest)), doubled, least}) {
+    void* const bytes = std::realloc(m_bytes, capacity);
+    if (!bytes)
+      continue;
+    m_bytes = static_cast<unsigned char*>(bytes);
+    m_capacity = capacity;
+    return true;
+  }
+  return false;
 }
 
 unsigned char* Block::release(struct soap* soap) {

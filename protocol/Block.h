@@ -7,11 +7,7 @@
 
 namespace tarnwell {
 
-/// Asks for huge pages inside a fresh block: page faults, not bytes, are what a big map costs. A hint only: whether it
-/// is followed does not matter to anybody but the clock.
-void adviseHugePages(void* bytes, std::size_t size);
-
-/// Owns its bytes until release(). Big blocks grow by remapping and ask for huge pages.
+/// Owns its bytes until release(). Big blocks grow by remapping.
 class Block {
 public:
   Block() = default;

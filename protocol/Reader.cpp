@@ -3,6 +3,7 @@
 #include "protocol/Callbacks.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <string>
 
@@ -151,7 +152,7 @@ int peekElement(struct soap* soap) {
     return soap->error;
   for (const struct soap_attribute* attribute = soap->attributes; attribute; attribute = attribute->next)
     if (attribute->visible && attribute->value && std::strcmp(attribute->name, "href") == 0)
-      soap_strcpy(soap->href, sizeof soap->href, attribute->value);
+      std::snprintf(soap->href, sizeof soap->href, "%s", attribute->value);
   return SOAP_OK;
 }
 

@@ -1,7 +1,5 @@
 #include "service/Conversions.h"
 
-#include "protocol/Block.h"
-
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -10,9 +8,6 @@ namespace tarnwell {
 namespace {
 
 static_assert(sizeof(wchar_t) == 4, "the protocol's texts hold one code point per unit");
-
-/// Bytes from which the page faults of a fresh block cost more than a system call.
-constexpr int bigBlock = 1 << 20;
 
 /// Places a copy of `bytes` in `member`, in a new object of the context.
 void lend(struct soap* soap, const QByteArray& bytes, std::optional<LentBytes>& copy, xsd__base64Binary*& member) {
@@ -51,21 +46,12 @@ QDateTime fromSeconds(std::time_t seconds) {
 }
 
 QByteArray fromBlock(const xsd__base64Binary& block) {
-  const auto* data = reinterpret_cast<const char*>(block.__ptr);
-  if (block.__size < bigBlock)
-    return QByteArray(data, block.__size);
-  QByteArray bytes(block.__size, Qt::Uninitialized);
-  const auto size = static_cast<std::size_t>(block.__size);
-  adviseHugePages(bytes.data(), size);
-  std::memcpy(bytes.data(), data, size);
-  return bytes;
+  return QByteArray(reinterpret_cast<const char*>(block.__ptr), block.__size);
 }
 
 LentBytes::LentBytes(xsd__base64Binary& block, const QByteArray& bytes)
     : m_block(block), m_bytes(new unsigned char[static_cast<std::size_t>(bytes.size())]) {
   const auto size = static_cast<std::size_t>(bytes.size());
-  if (bytes.size() >= bigBlock)
-    adviseHugePages(m_bytes.get(), size);
   std::memcpy(m_bytes.get(), bytes.constData(), size);
   m_block.__ptr = m_bytes.get();
   m_block.__size = bytes.size();
