@@ -1,0 +1,48 @@
+#include "host/Plugin.h"
+
+#include "host/Text.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+#include <QtCore/QLibrary>
+
+namespace tarnwell {
+
+namespace {
+
+constexpr char factorySymbol[] = "_Z14serviceFactoryv";
+constexpr char pluginName[] = "libtarnwell.so";
+/// From the folder of the executable: the build tree, then installations.
+constexpr const char* pluginFolders[] = {".", "../lib/tarnwell", "../lib"};
+
+QString findPlugin() {
+  const QDir here(QCoreApplication::applicationDirPath());
+  for (const char* folder : pluginFolders) {
+    const QFileInfo candidate(here, QString("%1/%2").arg(folder, pluginName));
+    if (candidate.isFile())
+      return candidate.absoluteFilePath();
+  }
+  return {};
+}
+
+} // namespace
+
+Outcome loadPlugin(const QString& file, std::unique_ptr<ITarnwellService>& service) {
+  // An absolute path: a bare name would be looked for along the system's library path.
+  const QString path = file.isEmpty() ? findPlugin() : QFileInfo(file).absoluteFilePath();
+  if (path.isEmpty())
+    return failure(LocalError, QString("found no plug-in %1").arg(pluginName), "name its file with --plugin");
+  QLibrary library(path);
+  if (!library.load())
+    return failure(LocalError, printable(library.errorString()), "name the plug-in's file with --plugin");
+  const auto factory = reinterpret_cast<ITarnwellService* (*)()>(library.resolve(factorySymbol));
+  if (factory == nullptr) {
+    return failure(LocalError, QString("%1 has no function %2").arg(quoted(path), factorySymbol),
+                   "name another file with --plugin");
+  }
+  service.reset(factory());
+  return {};
+}
+
+} // namespace tarnwell
