@@ -1,0 +1,85 @@
+#include "bench/FloorConnection.h"
+
+#include "bench/FloorBase64.h"
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace bench {
+
+FloorConnection::FloorConnection(const std::string& host, int port, char* block)
+    : m_socket(socket(AF_INET, SOCK_STREAM, 0)), m_block(block) {
+  const int on = 1;
+  setsockopt(m_socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(static_cast<std::uint16_t>(port));
+  inet_pton(AF_INET, host.c_str(), &address.sin_addr);
+  m_good = connect(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+}
+
+FloorConnection::~FloorConnection() { close(m_socket); }
+
+void FloorConnection::put(const std::string& text) {
+  if (m_used + text.size() > blockSize && !flush())
+    return;
+  memcpy(m_block + m_used, text.data(), text.size());
+  m_used += text.size();
+}
+
+void FloorConnection::putBase64(const QByteArray& bytes) {
+  const auto* from = reinterpret_cast<const unsigned char*>(bytes.constData());
+  auto left = static_cast<std::size_t>(bytes.size());
+  while (left >= 3) {
+    const std::size_t size = std::min(left / 3, (blockSize - m_used) / 4) * 3;
+    m_used += encodeBase64(from, size, m_block + m_used);
+    from += size;
+    left -= size;
+    if (left >= 3 && !flush())
+      return;
+  }
+  if (left > 0)
+    put(bytes.right(static_cast<int>(left)).toBase64().toStdString());
+}
+
+bool FloorConnection::flush() {
+  for (std::size_t sent = 0; m_good && sent < m_used;) {
+    const ssize_t took = send(m_socket, m_block + sent, m_used - sent, MSG_NOSIGNAL);
+    m_good = took > 0;
+    sent += m_good ? static_cast<std::size_t>(took) : 0;
+  }
+  m_used = 0;
+  read = end = m_block;
+  return m_good;
+}
+
+bool FloorConnection::receive() {
+  const auto unread = static_cast<std::size_t>(end - read);
+  memmove(m_block, read, unread);
+  read = m_block;
+  end = m_block + unread;
+  if (unread == blockSize)
+    return false;
+  const ssize_t got = recv(m_socket, m_block + unread, blockSize - unread, 0);
+  if (got <= 0)
+    return false;
+  end += got;
+  m_received += got;
+  return true;
+}
+
+const char* FloorConnection::findFurther(char character) {
+  for (;;) {
+    const auto searched = static_cast<std::size_t>(end - read);
+    if (!receive())
+      return nullptr;
+    const auto unread = static_cast<std::size_t>(end - read);
+    if (const void* found = memchr(read + searched, character, unread - searched))
+      return static_cast<const char*>(found);
+  }
+}
+
+} // namespace bench

@@ -1,0 +1,32 @@
+// What all bench clients share: the operations that are measured, the command line, the clock. Each client is a process
+// of one thread that measures one peer, from Qt values to Qt values.
+#pragma once
+
+#include "service/MapInfo.h"
+
+#include <QtCore/QList>
+
+#include <memory>
+
+namespace bench {
+
+/// One way to talk to the service. Every operation returns 0 on success.
+class Peer {
+public:
+  virtual ~Peer() = default;
+  [[nodiscard]] virtual int login(const QString& user, const QString& password) = 0;
+  /// Appends the maps of the answer.
+  [[nodiscard]] virtual int list(QList<MapInfo>& maps) = 0;
+  /// Sets content, author, version and format flag of `map`.
+  [[nodiscard]] virtual int get(MapInfo& map) = 0;
+  /// Uploads the bytes of `file` and `thumbnail`; sets both in `map`, and the identifier and version of the answer.
+  [[nodiscard]] virtual int save(const QString& file, MapInfo& map, const QByteArray& thumbnail) = 0;
+};
+
+/// A client's main: CLIENT ENDPOINT login|list|get|save REPEAT [FILE]. Prints one line of key=value pairs per
+/// operation: time in nanoseconds (CPU: of the process, user and system), resident memory in KiB before the first
+/// operation and at its highest since, the operation's code, and with BENCH_DIGEST set a digest of every value that it
+/// delivered.
+int run(int argc, char** argv, std::unique_ptr<Peer> (*connect)(const char* endpoint));
+
+} // namespace bench
