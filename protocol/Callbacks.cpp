@@ -144,8 +144,10 @@ int soap_putelement(struct soap* soap, const void* value, const char* tag, int i
   const Type* const type = findType(number);
   if (!type)
     return number ? soap_element_empty(soap, tag, 0, nullptr) : SOAP_OK;
-  return writeElement(soap, type->message ? type->name : tag, id, type->codec->characters ? &value : value, type->name,
-                      *type);
+  const void* const object = type->codec->characters ? &value : value;
+  if (type->message)
+    return writeElement(soap, type->name, id, object, nullptr, *type);
+  return writeElement(soap, tag, id, object, type->name, *type);
 }
 
 void soap_markelement(struct soap* soap, const void* value, int number) {

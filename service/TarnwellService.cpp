@@ -61,7 +61,7 @@ template <class Result> int loginOutcome(const Result* result) {
 
 /// The result of a map operation, in this order: by the call's code, by the login outcome, by the map-access outcome.
 template <class Response, class Result> int mapOutcome(int code, const Response* response, Result* Response::*result) {
-  if (code != SOAP_OK)
+  if (code != SOAP_OK || !response)
     return ResultFailed;
   const int login = loginOutcome(response->*result);
   return login == ResultOk ? resultOf(accessOutcomes, (response->*result)->DesktopMapAccess) : login;
