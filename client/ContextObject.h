@@ -1,5 +1,5 @@
-// Owner of one object inside a runtime context, for the length of a scope. Used by the client and the service; one
-// thread at a time, as its context.
+// Owner of one object inside a runtime context, for the length of a scope: the last made dies first. Used by the client
+// and the service; one thread at a time, as its context.
 #pragma once
 
 #include "protocol/desktopservice.h"
@@ -11,12 +11,13 @@
 /// Without a context it holds null. Throws std::bad_alloc.
 template <class T> class ContextObject {
 public:
-  explicit ContextObject(struct soap* soap) : m_soap(soap), m_object(soap ? make(soap) : nullptr) {}
+  explicit ContextObject(struct soap* soap)
+      : m_soap(soap), m_object(soap ? make(soap) : nullptr), m_entry(soap ? soap->clist : nullptr) {}
   ContextObject(const ContextObject&) = delete;
   ContextObject& operator=(const ContextObject&) = delete;
   ~ContextObject() {
-    if (m_object) // soap_delete with null deletes everything
-      soap_delete(m_soap, m_object);
+    if (m_object)
+      remove();
   }
 
   T* get() const { return m_object; }
@@ -32,6 +33,20 @@ private:
     throw std::bad_alloc();
   }
 
+  /// What soap_delete does, which would search all objects of the answer that stand before this one in the context's
+  /// list: here the first of them takes its entry. Owners that live longer are further down and keep theirs.
+  void remove() {
+    m_entry->fdelete(m_soap, m_entry);
+    soap_clist* const first = m_soap->clist;
+    m_soap->clist = first->next;
+    if (first != m_entry) {
+      first->next = m_entry->next;
+      *m_entry = *first;
+    }
+    SOAP_FREE(m_soap, first);
+  }
+
   struct soap* m_soap;
   T* m_object;
+  soap_clist* m_entry;
 };
