@@ -1,0 +1,60 @@
+// The service's messages as texts, written as servers of other makes write them: prefix "soap:" for the envelope, the
+// service's namespace as default namespace, other prefixes than ours.
+#pragma once
+
+#include "protocol/Deployment.h"
+
+#include <string>
+
+namespace message {
+
+const std::string envelopeNamespace = "http://www.w3.org/2003/05/soap-envelope";
+
+/// An envelope as the service sends it. In `body` the prefixes soap, xsi, x (XML Schema), enc (SOAP encoding) and d
+/// (the service) are declared, and the service's namespace is the default one.
+inline std::string envelope(const std::string& body, const std::string& header = {}) {
+  return "<?xml version=\"1.0\" encoding=\"utf-8\"?><soap:Envelope xmlns:soap=\"" + envelopeNamespace +
+         "\" xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" xmlns:x=\"http://www.w3.org/2001/XMLSchema\""
+         " xmlns:enc=\"http://www.w3.org/2003/05/soap-encoding\" xmlns:d=\"" TARNWELL_SERVICE_NAMESPACE
+         "\" xmlns=\"" TARNWELL_SERVICE_NAMESPACE "\">" +
+         header + "<soap:Body>" + body + "</soap:Body></soap:Envelope>";
+}
+
+/// The response element of `operation`, whose result element holds `result`.
+inline std::string response(const std::string& operation, const std::string& result) {
+  return "<" + operation + "Response><" + operation + "Result>" + result + "</" + operation + "Result></" + operation +
+         "Response>";
+}
+
+/// A whole answer.
+inline std::string answer(const std::string& operation, const std::string& result) {
+  return envelope(response(operation, result));
+}
+
+inline std::string loginValue(const std::string& value) {
+  return "<DesktopLoginValue>" + value + "</DesktopLoginValue>";
+}
+/// The beginning of a result that concerns a map.
+inline std::string outcome(const std::string& login, const std::string& access) {
+  return "<DesktopMapAccess>" + access + "</DesktopMapAccess><DesktopLoginResponseObject>" + loginValue(login) +
+         "</DesktopLoginResponseObject>";
+}
+/// The result of a listing whose list holds `entries`.
+inline std::string listing(const std::string& entries, const std::string& login = "Success") {
+  return "<DesktopInfoObjectList>" + entries + "</DesktopInfoObjectList><DesktopLoginResponseObject>" +
+         loginValue(login) + "</DesktopLoginResponseObject>";
+}
+inline std::string fault(const std::string& code) {
+  return envelope(
+      "<soap:Fault><soap:Code><soap:Value>" + code +
+      "</soap:Value></soap:Code><soap:Reason><soap:Text xml:lang=\"en\">no</soap:Text></soap:Reason></soap:Fault>");
+}
+
+/// A request as the library sends it, to be compared with canonical(): the prefixes of the namespace table stand.
+inline std::string request(const std::string& body, const std::string& header = {}) {
+  return "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"" + envelopeNamespace +
+         "\" xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" xmlns:dsns=\"" TARNWELL_SERVICE_NAMESPACE "\">" +
+         header + "<SOAP-ENV:Body>" + body + "</SOAP-ENV:Body></SOAP-ENV:Envelope>";
+}
+
+} // namespace message

@@ -1,0 +1,72 @@
+// The two listings: what they send, and what they append to the host's list.
+#include "tests/Session.h"
+
+namespace {
+
+// Login value, entries of the list ("-": none at all), result, what is appended, what to the light list if it differs.
+// "@" is a map with three texts, "$" its identifier.
+const char* const listings = R"(
+NotAUser | <M>@</M> | 4 |
+NotPremiumAccount | <M>@</M> | 5 |
+DbError | <M>@</M> | 1 |
+None | <M>@</M> | 1 |
+7 | <M>@</M> | 1 |
+Fine | <M>@</M> | 1 |
+- | <M>@</M> | 1 |
+Success | - | 0 |
+Success | | 0 |
+Success | <M>@</M><M>@</M> | 0 | @; @
+Success | <M xsi:nil="true"/><M>@</M> | 0 | @
+Success | <M><Thumbnail/></M> | 0 | - - - 1970-01-01T00:00:00Z - - private - 0
+Success | <M><MapName/><Author></Author><Description/></M> | 0 | '' - '' 1970-01-01T00:00:00Z '' - private - 0
+Success | <M><MapName>&#x1F600;é</MapName><Author>a😀</Author></M> | 0 | 😀é - a😀 1970-01-01T00:00:00Z - - private - 0
+Success | <M>@<MapId>67C8770B-44F1-410A-AB9A-F9B5446F13EE</MapId></M> | 0 | n $ a 1970-01-01T00:00:00Z d - private - 0
+Success | <M>@<MapId>$</MapId></M> | 0 | n $ a 1970-01-01T00:00:00Z d - private - 0
+Success | <M>@<MapId>number 5</MapId></M> | 0 | @
+Success | <M>@<LastModified>1969-12-31T23:59:59Z</LastModified></M> | 0 | n - a 2106-02-07T06:28:15Z d - private - 0
+Success | <M>@<LastModified>2106-02-07T06:28:17Z</LastModified></M> | 0 | n - a 1970-01-01T00:00:01Z d - private - 0
+Success | <M>@<LastModified>2012-03-04T07:06:07+02:00</LastModified></M> | 0 | n - a 2012-03-04T05:06:07Z d - private - 0
+Success | <M>@<Created>2001-01-01T00:00:00Z</Created><MapContent>QUJD</MapContent><Preview>QUJD</Preview></M> | 0 | @
+Success | <M>@<Thumbnail>VAB4</Thumbnail><IsPublished>1</IsPublished></M> | 0 | n - a 1970-01-01T00:00:00Z d 540078 published - 0 | n - a 1970-01-01T00:00:00Z d - published - 0
+Success | <M>@<Version>1.5</Version><Format_IsTwlx>1</Format_IsTwlx></M> | 0 | n - a 1970-01-01T00:00:00Z d - private - 1.5 twlx
+)";
+TEST(Listing, AppendsToTheHostsList) {
+  for (const auto& row : rows(listings))
+    for (const bool lite : {false, true}) {
+      SCOPED_TRACE((lite ? "light " : "full ") + row[0] + " " + row[1]);
+      std::string entries = replaced(row[1], "@", "<MapName>n</MapName><Author>a</Author><Description>d</Description>");
+      entries = replaced(replaced(entries, "$", knownId), "M>", "DesktopInfoClass>");
+      entries = replaced(entries, "<M ", "<DesktopInfoClass ");
+      Session session(lite ? "GetMapsListLite_NEW_DESKTOP" : "GetMapsList_NEW_DESKTOP",
+                      (row[1] == "-" ? "" : element("DesktopInfoObjectList", entries)) + loginObject(row[0]));
+      QList<MapInfo> maps{known()};
+      for (int call = 0; call < 2; ++call)
+        EXPECT_EQ(row[2], std::to_string(lite ? session.service.getDesktopMapsListLite(true, maps)
+                                              : session.service.getDesktopMapsList(true, maps)));
+      std::string shown;
+      for (int at = 0; at < maps.size(); ++at)
+        shown += (at > 0 ? "; " : "") + show(maps[at]);
+      std::string once = replaced(row[lite && row.size() > 4 ? 4 : 3], "$", knownId);
+      once = replaced(once, "@", "n - a 1970-01-01T00:00:00Z d - private - 0");
+      EXPECT_EQ(show(known()) + (once.empty() ? "" : "; " + once + "; " + once), shown);
+    }
+}
+
+TEST(Listing, SendsTheCredentialsOfTheLastLogin) {
+  Session session("Login", message::loginValue("NotAUser"));
+  QList<MapInfo> maps;
+  const auto expectRequest = [&](const std::string& name, const std::string& user, const std::string& pass,
+                                 const std::string& published) {
+    session.expectRequest(element("dsns:" + name, element("dsns:username", user) + element("dsns:pass", pass) +
+                                                      element("dsns:IsPublished", published) + "<dsns:behaviour/>"));
+  };
+  EXPECT_EQ(1, session.service.getDesktopMapsList(false, maps)) << "answered with another operation's element";
+  expectRequest("GetMapsList_NEW_DESKTOP", "", "", "false");
+  session.service.login("Zoë 😀 ", "p<&>");
+  session.service.logout();
+  session.service.getDesktopMapsListLite(true, maps);
+  expectRequest("GetMapsListLite_NEW_DESKTOP", "Zoë 😀 ", "p&lt;&amp;&gt;", "true");
+  EXPECT_TRUE(maps.isEmpty());
+}
+
+} // namespace

@@ -1,0 +1,255 @@
+// The operations on one map: what they send, how they convert, what they change and return.
+#include "tests/Session.h"
+
+#include <QtCore/QFileInfo>
+#include <QtCore/QTemporaryDir>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace {
+
+/// The file that saveMap uploads here.
+QString uploadedFile() {
+  static const QTemporaryDir folder;
+  QFile file(folder.filePath("upé.map"));
+  if (!file.exists() && file.open(QIODevice::WriteOnly)) {
+    file.write("bytes\0of it", 11);
+    file.flush();
+    file.setFileTime(QDateTime::fromSecsSinceEpoch(1000000000), QFileDevice::FileModificationTime);
+  }
+  return file.fileName();
+}
+std::string owner() { return QFileInfo(uploadedFile()).owner().toStdString(); }
+
+struct MapOperation {
+  std::string name;
+  std::string description; ///< element of the map in the answer
+  int (*call)(TarnwellService&, MapInfo&);
+};
+const MapOperation operations[] = {
+    {"GetMapContent_NEW_DESKTOP", "DesktopInfo",
+     [](TarnwellService& service, MapInfo& info) { return service.getMap(info); }},
+    {"SaveMap_NEW_DESKTOP", "DesktopInfoClass",
+     [](TarnwellService& service, MapInfo& info) { return service.saveMap(uploadedFile(), info, "new", true); }},
+    {"DeleteDesktopMap", "DesktopInfoClass",
+     [](TarnwellService& service, MapInfo& info) { return service.deleteMap(info); }},
+    {"RenameDesktopMap", "DesktopInfoClass",
+     [](TarnwellService& service, MapInfo& info) { return service.renameMap(info, "renamed"); }},
+};
+const MapOperation &get = operations[0], &save = operations[1];
+
+const std::string stored =
+    "<MapName>theirs</MapName><MapId>11111111-2222-3333-4444-555555555555</MapId><Author>Eve 😀</Author><LastModified>"
+    "2001-01-01T00:00:00Z</LastModified><Description>other</Description><Thumbnail>QQ==</Thumbnail><MapContent>QkJD"
+    "</MapContent><Version>2.25</Version>";
+/// How known() is shown after a call of `operation` that was answered with the stored map.
+std::string shownAfter(const MapOperation& operation, bool success) {
+  const std::string modified = QFileInfo(uploadedFile()).lastModified().toString(Qt::ISODate).toStdString();
+  const std::string id = &operation == &save && success ? "{11111111-2222-3333-4444-555555555555}" : knownId;
+  if (&operation == &save)
+    return "plan " + id + " " + owner() + " " + modified + " about 6e6577 published 6279746573006f66206974 " +
+           (success ? "2.25 twlx" : "1.5 twlx");
+  const bool got = &operation == &get && success;
+  return "plan " + id + (got ? " Eve 😀" : " Ann") + " 2012-03-04T07:06:07+02:00 about 540078 published " +
+         (got ? "424243 2.25" : "636f6e74656e74 1.5 twlx");
+}
+
+// Login value, outcome ("-": not in the answer) and result.
+const char* const outcomes =
+    "NotAUser Success 4|NotPremiumAccount NoAccess 5|DbError Success 1|None Success 1|5 Success 1|"
+    "-1 Success 1|- Success 1|Success DbError 1|Success FileExists 6|Success None 1|Success NoAccess 7|"
+    "Success OngoingCollaboration 9|Success MapRemoved 10|Success 7 1|Success -1 1|Success - 1|"
+    "Success Fine 1|Fine Success 1|Success Success 0";
+TEST(OneMap, OutcomesDecideResultAndEffects) {
+  for (const MapOperation& operation : operations)
+    for (const std::string& row : cells(outcomes)) {
+      SCOPED_TRACE(operation.name + " " + row);
+      const std::vector<std::string> cell = cells(row, " ");
+      Session session(operation.name, (cell[1] == "-" ? "" : element("DesktopMapAccess", cell[1])) +
+                                          loginObject(cell[0]) + element(operation.description, stored));
+      MapInfo info = known();
+      EXPECT_EQ(cell[2], std::to_string(operation.call(session.service, info)));
+      EXPECT_EQ(shownAfter(operation, cell[2] == "0"), show(info));
+      EXPECT_EQ(1U, session.server.requests().size());
+      EXPECT_FALSE(session.service.isUserLogon());
+    }
+}
+
+TEST(OneMap, BrokenAnswersFail) {
+  for (const MapOperation& operation : operations) {
+    const Reply good = reply(200, message::answer(operation.name, message::outcome("Success", "Success") +
+                                                                      element(operation.description, stored)));
+    for (const Reply& broken : {reply(200, message::envelope(element(operation.name + "Response", ""))), hangUp(0),
+                                reply(500, message::fault("soap:Receiver")), reply(200, message::envelope("")),
+                                reply(404, ""), hangUp(std::string::npos), good.closeAfter(700)}) {
+      SCOPED_TRACE(operation.name + " " + broken.bytes);
+      Session session({broken, good});
+      MapInfo info = known();
+      EXPECT_EQ(1, operation.call(session.service, info));
+      EXPECT_EQ(shownAfter(operation, false), show(info));
+      EXPECT_EQ(0, operation.call(session.service, info)) << "the next call";
+    }
+  }
+}
+
+/// What an operation sends of known(); elements that are always at their defaults included.
+std::string described(const std::string& name, const std::string& author, const std::string& modified,
+                      const std::string& thumbnail, const std::string& content, const std::string& version) {
+  const auto given = [](const std::string& tag, const std::string& value) {
+    return value.empty() ? "" : element("dsns:" + tag, value);
+  };
+  return "<dsns:username/><dsns:pass/>" +
+         element("dsns:DesktopInfo", given("MapName", name) + given("MapId", knownId) + given("Author", author) +
+                                         given("LastModified", modified) + given("Created", "1970-01-01T00:00:00Z") +
+                                         given("Description", "about") + given("Thumbnail", thumbnail) +
+                                         given("IsPublished", "true") + given("MapContent", content) +
+                                         given("AllowInclusion", "false") + given("Version", version) +
+                                         given("Format_IsTwlx", "false"));
+}
+std::string uploadedMap() {
+  return described("plan", owner(), "2001-09-09T01:46:40Z", "bmV3", "Ynl0ZXMAb2YgaXQ=", "1.5");
+}
+TEST(OneMap, IsDescribedToTheService) {
+  const std::string modified = "2012-03-04T05:06:07Z";
+  const std::string expected[] = {described("plan", "Ann", modified, "VAB4", "", "1.5") + "<dsns:behaviour/>",
+                                  uploadedMap() + "<dsns:IsForced>true</dsns:IsForced><dsns:behaviour/>",
+                                  described("plan", "Ann", modified, "", "", "0"),
+                                  described("renamed", "Ann", modified, "", "", "0")};
+  for (const MapOperation& operation : operations) {
+    Session session(operation.name, "");
+    MapInfo info = known();
+    operation.call(session.service, info);
+    session.expectRequest(element("dsns:" + operation.name, expected[&operation - operations]));
+  }
+}
+
+// The map in the answer, result, author afterwards.
+const char* const partialMaps = R"(
+                                                                      | 1 | Ann
+<DesktopInfo xsi:nil="true"/>                                         | 1 | Ann
+<DesktopInfo><Author>Eve</Author></DesktopInfo>                       | 1 | Ann
+<DesktopInfo><MapContent>QQ==</MapContent></DesktopInfo>              | 0 | -
+<DesktopInfo><MapContent/><Author/></DesktopInfo>                     | 0 | ''
+)";
+TEST(OneMap, ContentIsNeededToGetIt) {
+  for (const auto& row : rows(partialMaps)) {
+    Session session(get.name, message::outcome("Success", "Success") + row[0]);
+    MapInfo info = known();
+    EXPECT_EQ(row[1], std::to_string(get.call(session.service, info))) << row[0];
+    EXPECT_EQ(row[2], text(info.mapAuthor())) << row[0];
+    EXPECT_TRUE(row[1] == "0" || show(info) == show(known())) << row[0];
+  }
+}
+
+TEST(Saving, NeedsAFile) {
+  Session session(save.name, "");
+  for (const QString& path :
+       {QString(), QString("/"), QFileInfo(uploadedFile()).path(), uploadedFile() + "/x", QString("/none at all")}) {
+    MapInfo info = known();
+    EXPECT_EQ(ResultNoSuchFile, session.service.saveMap(path, info, "new", false)) << path.toStdString();
+    EXPECT_EQ(show(known()), show(info));
+  }
+  EXPECT_TRUE(session.server.requests().empty());
+}
+
+TEST(Saving, SendsNothingOfAFileThatCannotBeRead) {
+  const QTemporaryDir folder; // a socket exists, is no directory and cannot be opened, not even by root
+  sockaddr_un address{AF_UNIX, {}};
+  folder.filePath("s").toStdString().copy(address.sun_path, sizeof address.sun_path - 1);
+  const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+  ASSERT_EQ(0, bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address));
+  Session session(save.name, message::outcome("Success", "Success") + element("DesktopInfoClass", stored));
+  MapInfo info;
+  EXPECT_EQ(0, session.service.saveMap(folder.filePath("s"), info, QByteArray(), false));
+  const std::string sent = session.server.request().body;
+  for (const char* part :
+       {"<dsns:MapContent></dsns:MapContent>", "<dsns:Thumbnail></dsns:Thumbnail>", "<dsns:MapName></dsns:MapName>",
+        ">{00000000-0000-0000-0000-000000000000}<", "<dsns:Version>-1</dsns:Version>", "<dsns:IsForced>false<"})
+    EXPECT_NE(std::string::npos, sent.find(part)) << part << "\n" << sent;
+  close(socket);
+}
+
+TEST(Saving, UnconfirmedIsUndone) {
+  for (const Reply& undone : {reply(200, message::answer("DeleteDesktopMap", message::outcome("Success", "Success"))),
+                              reply(500, message::fault("soap:Sender")), hangUp(std::string::npos)}) {
+    Session session({reply(200, message::answer(save.name, message::outcome("Success", "Success"))), undone});
+    MapInfo info = known();
+    EXPECT_EQ(ResultFailed, save.call(session.service, info));
+    EXPECT_EQ(shownAfter(save, false), show(info));
+    EXPECT_EQ(2U, session.server.requests().size());
+    session.expectRequest(element("dsns:DeleteDesktopMap", uploadedMap()));
+  }
+}
+
+TEST(Conversions, OfWhatIsSent) {
+  const auto utc = [](qint64 seconds) { return QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC); };
+  const QChar high(0xD83D), low(0xDE00);
+  const std::string last = "2106-02-07T06:28:15Z";
+  const std::tuple<QString, QDateTime, std::string, std::string> cases[] = {
+      {QString(), QDateTime(), "", last},
+      {"", utc(0), "", "1970-01-01T00:00:00Z"},
+      {QString(high) + low, utc(-1), "😀", last},
+      {QString(low) + high + "a" + high, utc(4294967296), "\uFFFD\uFFFDa\uFFFD", last},
+      {"<a b=\"c\">&amp;]]>", utc(4294967294), "&lt;a b=\"c\"&gt;&amp;amp;]]&gt;", "2106-02-07T06:28:14Z"},
+      {" a\tb\nc ", QDateTime(QDate(2012, 3, 4), QTime(5, 6, 7, 999), Qt::OffsetFromUTC, -3600), " a\tb\nc ",
+       "2012-03-04T06:06:07Z"},
+      {"e\u0301\u00E9", utc(1), "e\u0301\u00E9", "1970-01-01T00:00:01Z"}};
+  Session session("RenameDesktopMap", "");
+  for (const auto& [name, date, sentName, sentDate] : cases) {
+    MapInfo info = known();
+    info.setMapModificationDate(date);
+    session.service.renameMap(info, name);
+    const std::string sent = session.server.request().body;
+    EXPECT_NE(std::string::npos, sent.find(element("dsns:MapName", sentName))) << sentName << "\n" << sent;
+    EXPECT_NE(std::string::npos, sent.find(element("dsns:LastModified", sentDate))) << sentDate << "\n" << sent;
+  }
+}
+// XML has no place for most control characters: what matters is that the service can read the request.
+TEST(Conversions, ControlCharactersLeaveTheRequestReadable) {
+  Session session("RenameDesktopMap", "");
+  MapInfo info = known();
+  session.service.renameMap(info, QString("a\u0001\u001F\u007F\u0085\r") + QChar(0xFFFF) + QChar(0) + "z");
+  const std::string sent = session.server.request().body;
+  EXPECT_NE(std::string::npos, sent.find("z</dsns:MapName>")) << sent;
+  EXPECT_EQ(std::string::npos, canonical(sent).find("malformed")) << canonical(sent);
+}
+
+TEST(WithoutContext, EveryOperationFails) {
+  struct Contextless : TarnwellService {
+    Contextless() {
+      soap_free(m_service.proxy.soap);
+      m_service.proxy.soap = nullptr;
+    }
+  } service;
+  service.setProxySettings("h", 1, "u", "p", true);
+  service.setProxySettings("h", 1, "u", "p", false);
+  service.setProxyHost("h");
+  service.setProxyPort(2);
+  service.setProxyUser("u");
+  service.setProxyPassword("p");
+  MapInfo info = known();
+  QList<MapInfo> maps;
+  EXPECT_EQ(111, service.login("a", "b") * 100 + service.getDesktopMapsList(true, maps) * 10 +
+                     service.getDesktopMapsListLite(true, maps));
+  for (const MapOperation& operation : operations)
+    EXPECT_EQ(1, operation.call(service, info)) << operation.name;
+  EXPECT_FALSE(service.checkForUpdates("", 0) || service.checkForUpdatesExtended("", 0, 0) ||
+               service.sendCrashReport("", "", "", ""));
+}
+
+TEST(Record, EqualityIsIdentity) {
+  MapInfo one, other;
+  EXPECT_EQ("- - - - - - private - -1", show(one));
+  EXPECT_TRUE(one == other);
+  other = known();
+  one = other;
+  one.setMapName("copy");
+  one.setMapContent("x");
+  EXPECT_EQ("plan", other.mapName());
+  EXPECT_TRUE(one == other);
+  other.setMapID(QUuid("{67c8770b-44f1-410a-ab9a-f9b5446f13ef}"));
+  EXPECT_FALSE(one == other);
+}
+
+} // namespace

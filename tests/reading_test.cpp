@@ -1,0 +1,122 @@
+// Records: which elements are taken, skipped or refused, what is left out in writing, and data that travels beside the
+// message. Every row arrives whole and byte by byte.
+#include "tests/Table.h"
+#include "tests/WireClient.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+std::string answer(const std::string& result) { return message::answer("GetMapContent_NEW_DESKTOP", result); }
+std::string mapAnswer(const std::string& children) { return answer("<DesktopInfo>" + children + "</DesktopInfo>"); }
+
+// Children of the map in an answer, and what is read of them.
+const char* const records = R"(
+<MapName xsi:nil="true"/><Author>a</Author>                                                      | {Author='a'}
+<MapName xsi:nil="1"/><Thumbnail xsi:nil="true"/><MapId xsi:nil="true"/>                         | {}
+<MapName xsi:nil="false">n</MapName>                                                             | {MapName='n'}
+<LastModified xsi:nil="true"/><IsPublished xsi:nil="true"/><Version xsi:nil="true"/>             | {}
+<MapName/><Thumbnail/><Version/><IsPublished/><LastModified/>                                    | {MapName='' Thumbnail=0:}
+<MapName>n</MapName><MapName>x</MapName><IsPublished>1</IsPublished><IsPublished>x</IsPublished> | {MapName='n' IsPublished=1}
+<MapName>n</MapName><MapName><a>&lt;</a><![CDATA[</MapName>]]></MapName><Author>a</Author>       | {MapName='n' Author='a'}
+<Format_Header>h</Format_Header><Version>2</Version><MapName>n</MapName>       | {MapName='n' Version=2 Format_Header='h'}
+<Path>p</Path><MapName>n</MapName><y><MapName>no</MapName><y/></y><Author>a</Author>             | {MapName='n' Author='a'}
+<x:MapName>no</x:MapName><d:MapName>n</d:MapName>                                                | {MapName='n'}
+<!-- a --><?b c?><MapName a="b" xml:lang='en'>n</MapName><!--<Author>-->                         | {MapName='n'}
+<y soap:mustUnderstand="true"/>                                                                  | error 8
+<y soap:mustUnderstand="1"/>                                                                     | error 8
+<y soap:mustUnderstand="false"/><MapName>n</MapName>                                             | {MapName='n'}
+<soap:Node/><MapName>n</MapName>                                                                 | error 3
+<IsPublished xsi:type="x:boolean">1</IsPublished><Version xsi:type="x:float">2</Version>         | {IsPublished=1 Version=2}
+<IsPublished xsi:type="d:boolean">1</IsPublished>                                                | {IsPublished=1}
+<IsPublished xsi:type="x:int">1</IsPublished>                                                    | error 4
+<Thumbnail xsi:type="x:base64Binary">QUJD</Thumbnail>                                            | {Thumbnail=3:ABC}
+<Thumbnail xsi:type="enc:base64">QUJD</Thumbnail>                                                | {Thumbnail=3:ABC}
+<Thumbnail xsi:type="x:hexBinary">QUJD</Thumbnail>                                               | error 4
+)";
+TEST(Reading, TakesAndSkipsElements) {
+  for (const auto& row : rows(records))
+    for (const std::size_t piece : {0, 1}) {
+      WireClient client;
+      client.piece = piece;
+      EXPECT_EQ(row[1][0] == '{' ? "0 no login " + row[1] : row[1], client.content(mapAnswer(row[0]))) << row[0];
+    }
+}
+
+// The result in an answer and what strict mode reads; "@" stands for the required children of the map.
+const char* const strictResults = R"(
+<DesktopMapAccess>6</DesktopMapAccess><DesktopInfo>@</DesktopInfo>         | 6 no login {MapId=i LastModified=1 Version=1}
+<DesktopMapAccess>6</DesktopMapAccess><DesktopInfo><MapId/></DesktopInfo>  | error 44
+<DesktopInfo>@</DesktopInfo>                                               | error 44
+<DesktopMapAccess>6</DesktopMapAccess><DesktopInfo>@<Path/></DesktopInfo>  | error 3
+<DesktopMapAccess>6</DesktopMapAccess><DesktopInfo>@@</DesktopInfo>        | error 3
+<DesktopMapAccess>7</DesktopMapAccess>                                     | error 4
+<DesktopMapAccess>-1</DesktopMapAccess>                                    | error 4
+)";
+TEST(Reading, StrictMode) {
+  for (const auto& row : rows(strictResults)) {
+    const std::string required =
+        "<MapId>i</MapId><LastModified>1970-01-01T00:00:01Z</LastModified><Created>1970-01-01T00:00:00Z"
+        "</Created><IsPublished>0</IsPublished><AllowInclusion>0</AllowInclusion><Version>1</Version>"
+        "<Format_IsTwlx>0</Format_IsTwlx>";
+    WireClient client;
+    soap_set_imode(client.soap, SOAP_XML_STRICT);
+    EXPECT_EQ(row[1], client.content(answer(replaced(row[0], "@", required)))) << row[0];
+  }
+}
+
+TEST(Reading, Latin1Answers) {
+  WireClient client;
+  EXPECT_EQ("0 no login {MapName='é'}",
+            client.content(replaced(mapAnswer("<MapName>\xE9</MapName>"), "utf-8", "iso-8859-1")));
+}
+
+TEST(Reading, Attachments) {
+  const std::string include = "<xop:Include xmlns:xop=\"http://www.w3.org/2004/08/xop/include\" href=\"cid:b@x\"/>";
+  for (const std::string& content : {">" + include, std::string(" href=\"cid:b@x\">")}) {
+    const std::string body =
+        "--edge\r\nContent-Type: application/xop+xml; charset=utf-8; type=\"application/soap+xml\"\r\n"
+        "Content-ID: <a@x>\r\n\r\n" +
+        mapAnswer("<MapContent" + content + "</MapContent><Version>2</Version>") +
+        "\r\n--edge\r\nContent-Type: image/png\r\nContent-Transfer-Encoding: binary\r\n"
+        "Content-ID: <b@x>\r\n\r\n<A&\r\nB\r\n--edge--\r\n";
+    const std::string type = "Content-Type: multipart/related; boundary=\"edge\"; type=\"application/xop+xml\"; "
+                             "start=\"<a@x>\"; start-info=\"application/soap+xml\"\r\n";
+    WireClient client;
+    client.reply = reply(200, body, type).bytes;
+    for (client.piece = 0; client.piece < 3; ++client.piece)
+      EXPECT_EQ("0 no login {MapContent=6:<A&\r\nB Version=2}", client.content()) << content << client.piece;
+  }
+}
+
+TEST(Writing, ABlockWithIdOrTypeTravelsAsAttachment) {
+  char type[] = "image/png", id[] = "the-block", raw[] = "raw <bytes>";
+  xsd__base64Binary block;
+  block.__ptr = reinterpret_cast<unsigned char*>(raw);
+  block.__size = 11;
+  _dsns__SendFeedbackWithAttachment request;
+  _dsns__SendFeedbackWithAttachmentResponse response;
+  request.bytes = &block;
+  for (const int form : {0, 1, 2, 3}) {
+    WireClient client;
+    client.reply = reply(200, message::answer("SendFeedbackWithAttachment", "")).bytes;
+    block.id = form & 1 ? id : nullptr;
+    block.type = form & 2 ? type : nullptr;
+    EXPECT_EQ(0, client.__dsns4__SendFeedbackWithAttachment(&request, &response)) << form;
+    const auto sends = [&](const char* text) { return client.sent.find(text) != std::string::npos; };
+    EXPECT_EQ(form != 0, sends(raw) && sends("<dsns:bytes href=\"")) << form << client.sent;
+    EXPECT_EQ(form == 0, sends("cmF3IDxieXRlcz4=")) << form << client.sent;
+  }
+}
+
+TEST(Writing, NullEntriesAreLeftOut) {
+  dsns__DesktopInfoClass map;
+  dsns__ArrayOfDesktopInfoClass list;
+  list.DesktopInfoClass = {nullptr, &map, nullptr, &map};
+  WireClient client;
+  ASSERT_EQ(0,
+            soap_begin_send(client.soap) || list.soap_out(client.soap, "v", -1, nullptr) || soap_end_send(client.soap));
+  EXPECT_EQ(3U, cells(client.sent, "<dsns:DesktopInfoClass>").size()) << client.sent;
+}
+
+} // namespace

@@ -1,0 +1,228 @@
+// The simple types: what a text is read as, and how that is written again. Every text arrives whole, in single bytes
+// and in HTTP chunks, because the reader's fast and slow paths have to give the same value.
+#include "tests/Table.h"
+#include "tests/WireClient.h"
+
+#include <QtCore/QDateTime>
+#include <QtCore/QProcess>
+#include <QtCore/QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cmath>
+#include <ctime>
+#include <iostream>
+#include <limits>
+#include <random>
+
+namespace {
+
+using tarnwell::Type;
+
+/// What is written of `value` between the tags of an element.
+std::string written(WireClient& client, const void* value, const Type& type) {
+  client.rewind();
+  if (soap_begin_send(client.soap) || tarnwell::writeElement(client.soap, "v", -1, value, nullptr, type) ||
+      soap_end_send(client.soap))
+    return "error " + std::to_string(client.soap->error);
+  const std::size_t start = client.sent.find('>', client.sent.find("<v")) + 1;
+  return client.sent.substr(start, client.sent.rfind("</v>") - start);
+}
+
+std::string document(const std::string& content) {
+  return "<v xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" xmlns:q=\"urn:q\" xmlns:s=\"" +
+         message::envelopeNamespace + "\" xmlns:dsns=\"" TARNWELL_SERVICE_NAMESPACE "\">" + content + "</v>";
+}
+/// What is written of what is read from `bytes`, or the error of reading.
+std::string rewritten(WireClient& client, const std::string& bytes, const Type& type) {
+  client.rewind();
+  client.reply = bytes;
+  const bool begun = soap_begin_recv(client.soap) == 0;
+  const void* value = begun ? tarnwell::readElement(client.soap, "v", nullptr, nullptr, type) : nullptr;
+  return value ? written(client, value, type) : "error " + std::to_string(client.soap->error);
+}
+
+void expectRewritten(const Type& type, const std::string& content, const std::string& expected) {
+  SCOPED_TRACE(std::string(type.name) + " " + content);
+  WireClient client;
+  EXPECT_EQ(expected, rewritten(client, document(content), type)) << "whole";
+  client.piece = 1;
+  EXPECT_EQ(expected, rewritten(client, document(content), type)) << "byte by byte";
+  client.piece = 0;
+  for (const std::size_t size : {1, 2, 3, 7, 4096})
+    EXPECT_EQ(expected, rewritten(client, chunks(size, 200, document(content)).bytes, type)) << "in chunks of " << size;
+}
+
+// Types, then texts and what is written of them.
+const char* const values = R"(
+xsd:boolean | true => true | 1 => true | false => false | 0 => false | 2 => error 4 | -1 => error 4 | => false
+xsd:boolean | yes => error 4 | True => error 4 | truely => error 4 | 1x => error 4 | <!-- 0 -->1 => true | &#49; => true
+xsd:byte | -128 => -128 | 127 => 127 | 128 => error 4 | x => error 4
+xsd:unsignedByte | 255 => 255 | 256 => error 4 | -1 => error 4
+xsd:int | -2147483648 => -2147483648 | +7 => 7 | 2147483648 => error 4 | 12x => error 4 | => 0
+xsd:unsignedInt | 4294967295 => 4294967295 | 4294967296 => error 4
+xsd:float | 1.5 => 1.5 | -2e3 => -2000 | INF => INF | +INF => INF | -INF => -INF | NaN => NaN | seven => error 4 | => 0
+xsd:float | 0.1 => 0.100000001 | 1e10 => 1E+10 | 123456789 => 123456792 | 1e-5 => 9.99999975E-06 | - => error 4
+xsd:float | 3.4028235e38 => 3.40282347E+38 | 1e-45 => 1.40129846E-45 | 16777217 => 16777216
+xsd:dateTime | 2012-03-04T05:06:07Z => 2012-03-04T05:06:07Z | 2012-03-04T05:06:07+02:00 => 2012-03-04T03:06:07Z
+xsd:dateTime | 2012-03-04T05:06:07+0200 => 2012-03-04T03:06:07Z | 2012-03-04T05:06:07-05:30 => 2012-03-04T10:36:07Z
+xsd:dateTime | 2012-03-04T05:06:07-0530 => 2012-03-04T10:36:07Z | 2012-03-04T05:06:07 => 2012-03-04T01:36:07Z
+xsd:dateTime | 2012-03-04T05:06:07.98765 => 2012-03-04T01:36:07Z | 2012-03-04T05:06:07.5Z => 2012-03-04T05:06:07Z
+xsd:dateTime | 2012-03-04T05:06:07.123+02:00 => 2012-03-04T03:06:07Z | 20120304T05:06:07Z => 2012-03-04T05:06:07Z
+xsd:dateTime | 20120304T050607Z => 2012-03-04T05:06:07Z | 20120304T050607+0200 => 2012-03-04T03:06:07Z
+xsd:dateTime | 20120304T050607 => 2012-03-04T01:36:07Z | 20120304T050607-0200 => error 4 | 20120304T0506 => error 4
+xsd:dateTime | 2012-03-04 => error 4 | 2012-03-04T05:06 => error 4 | 2012-03-04T05:06Z => error 4 | soon => error 4
+xsd:dateTime | 05:06:07 => error 4 | 1 => error 4 | => 1970-01-01T00:00:00Z | 0001-01-01T00:00:09Z => 1970-01-01T00:00:09Z
+xsd:dateTime | 0001-01-01T00:00:00 => 1969-12-31T20:30:00Z | 9999-12-31T23:59:59Z => 9999-12-31T23:59:59Z
+xsd:string | plain => plain | => | a&lt;&gt;&amp;&quot;&apos;b => a&lt;&gt;&amp;"'b | é€😀 => é€😀 | ]] => ]]
+xsd:string | &#233;&#xE9;&#x20AC; => éé€ | a&#x1F600;b => a😀b | &#128512; => 😀 | &amp;amp; => &amp;amp; | &#13; => &#xD;
+xsd:string | a<![CDATA[b<&amp;]]]]>c => ab&lt;&amp;amp;]]c | <![CDATA[]]> => | a<!-- <b> -->c => ac | a<?b c?>d => ad
+dsns2:guid | {67C8770B-44f1}? => {67C8770B-44f1}? | a&amp;b<![CDATA[<]]>é => a&amp;b&lt;é
+xsd:QName | s:Sender => SOAP-ENV:Sender
+dsns:DesktopLoginEnumerators | NotAUser => NotAUser | 1 => NotPremiumAccount | 2 => Success | 3 => DbError | 4 => None | 5 => 5
+dsns:DesktopMapAccess | 0 => DbError | FileExists => FileExists | 2 => Success | 3 => None | NoAccess => NoAccess | => DbError
+dsns:DesktopMapAccess | 5 => OngoingCollaboration | MapRemoved => MapRemoved | 9 => 9 | -1 => -1 | noaccess => error 4
+xsd:base64Binary | QUJD => QUJD | QUI= => QUI= | QQ== => QQ== | => | QU JD  RA = = => QUJDRA== | +/+/ => +/+/
+xsd:base64Binary | QUJD* => error 4 | Q*JDQUJD => error 4 | QU-D => error 4 | QUJé => error 4 | =QUJ => error 4
+)";
+TEST(Values, AreReadAndWritten) {
+  setenv("TZ", "TWL-3:30", 1); // local time is 3:30 ahead of UTC
+  tzset();
+  for (const auto& row : rows(values)) {
+    const Type* type = nullptr;
+    for (int number = 1; !type && number < SOAP_TYPE_count; ++number)
+      if (tarnwell::findType(number)->name == row[0])
+        type = tarnwell::findType(number);
+    ASSERT_NE(nullptr, type) << row[0];
+    for (std::size_t at = 1; at < row.size(); ++at)
+      expectRewritten(*type, cells(row[at], "=>")[0], cells(row[at], "=>")[1]);
+  }
+}
+TEST(Values, BlanksAroundThem) {
+  const std::tuple<TypeNumber, const char*, const char*> cases[] = {
+      {SOAP_TYPE_xsd__string, " a\tb\n ", " a\tb\n "},
+      {SOAP_TYPE_xsd__boolean, "\n true\t", "true"},
+      {SOAP_TYPE_xsd__float, "\r\n", "0"},
+      {SOAP_TYPE_dsns__DesktopMapAccess, " 2 ", "Success"},
+      {SOAP_TYPE_xsd__base64Binary, "\r\n QU\r\n JD\r\n", "QUJD"}};
+  for (const auto& [number, content, expected] : cases)
+    expectRewritten(tarnwell::typeOf(number), content, expected);
+}
+TEST(Values, BiggerThanTheBuffer) {
+  for (const int size : {65000, 65536, 70000, 300000}) {
+    const std::string part = "aé😀&lt;<!-- c -->", block = QByteArray(size, 'x').toBase64().toStdString();
+    const std::string text = replaced(std::string(static_cast<std::size_t>(size) / 20, '.'), ".", part);
+    for (const std::size_t piece : {0, 4093}) {
+      WireClient client;
+      client.piece = piece;
+      const auto isSame = [&](TypeNumber number, const std::string& content, const std::string& expected) {
+        const Type& type = tarnwell::typeOf(number);
+        return rewritten(client, document(content), type) == expected &&
+               rewritten(client, chunks(1000, 200, document(content)).bytes, type) == expected;
+      };
+      EXPECT_TRUE(isSame(SOAP_TYPE_xsd__base64Binary, block, block)) << size << " " << piece;
+      EXPECT_TRUE(isSame(SOAP_TYPE_xsd__string, text, replaced(text, "<!-- c -->", ""))) << size << " " << piece;
+    }
+  }
+}
+TEST(Values, TimesWithoutACalendarDate) {
+  WireClient client;
+  for (const std::time_t time : {std::numeric_limits<std::time_t>::max(), std::numeric_limits<std::time_t>::min()})
+    EXPECT_EQ("1969-12-31T23:59:59Z", written(client, &time, tarnwell::typeOf(SOAP_TYPE_xsd__dateTime)));
+}
+TEST(Values, FloatsIgnoreTheLocale) {
+  const QTemporaryDir folder;
+  QProcess::execute("localedef", {"-i", "de_DE", "-f", "UTF-8", folder.filePath("comma.UTF-8")});
+  setenv("LOCPATH", folder.path().toLocal8Bit().constData(), 1);
+  if (!std::setlocale(LC_ALL, "comma.UTF-8"))
+    GTEST_SKIP() << "no locale with a decimal comma can be made here";
+  ASSERT_STREQ(",", std::localeconv()->decimal_point);
+  expectRewritten(tarnwell::typeOf(SOAP_TYPE_xsd__float), "1.25", "1.25");
+  std::setlocale(LC_ALL, "C");
+}
+
+/// Random contents of elements in exactly the form in which the library writes them.
+class RandomContent {
+public:
+  explicit RandomContent(unsigned seed) : m_random(seed) {}
+
+  std::string of(const Type& type) {
+    const int any = static_cast<int>(m_random());
+    switch (type.number) {
+    case SOAP_TYPE_xsd__byte:
+    case SOAP_TYPE_xsd__unsignedByte:
+    case SOAP_TYPE_xsd__int:
+    case SOAP_TYPE_xsd__unsignedInt:
+      return std::to_string(any & 127);
+    case SOAP_TYPE_xsd__boolean:
+      return any % 2 ? "true" : "false";
+    case SOAP_TYPE_xsd__float: {
+      char number[40];
+      return {number, number + std::sprintf(number, "%.9G", std::ldexp(static_cast<float>(any), any % 90))};
+    }
+    case SOAP_TYPE_xsd__dateTime: // from the year 1000 to 9999
+      return QDate(1000, 1, 1).addDays(m_random() % 3287182).toString("yyyy-MM-ddT23:59:59Z").toStdString();
+    case SOAP_TYPE_dsns__DesktopLoginEnumerators:
+    case SOAP_TYPE_dsns__DesktopMapAccess:
+      return any % 4 ? type.names[m_random() % type.nameCount].text : std::to_string(m_random() % 1000 + 10);
+    case SOAP_TYPE_xsd__string:
+    case SOAP_TYPE_dsns2__guid:
+      return text();
+    case SOAP_TYPE_xsd__base64Binary: {
+      QByteArray bytes(static_cast<int>(m_random() % (any % 10 ? 20 : 20000)), '\0');
+      std::generate(bytes.begin(), bytes.end(), [this] { return static_cast<char>(m_random()); });
+      return bytes.toBase64().toStdString();
+    }
+    default:
+      return record(type);
+    }
+  }
+
+private:
+  std::string record(const Type& type) {
+    std::string made;
+    for (std::size_t at = 0; at < type.rowCount; ++at) {
+      const tarnwell::Row& row = type.rows[at];
+      const std::string tag = row.tag;
+      const bool nil = row.occurs == tarnwell::Occurs::RequiredNillable && m_random() % 4 == 0;
+      unsigned count = row.list ? m_random() % 4 : row.occurs == tarnwell::Occurs::Optional ? m_random() % 4 > 0 : !nil;
+      made += nil ? "<" + tag + " xsi:nil=\"true\"/>" : "";
+      for (; count > 0; --count)
+        made += "<" + tag + ">" + of(tarnwell::typeOf(row.type)) + "</" + tag + ">";
+    }
+    return made;
+  }
+  /// Code points of all kinds, markup and blanks among them.
+  std::string text() {
+    static const auto often = cells("&lt;|&gt;|&amp;|\"|'|\t|\n|&#xD;|]|a|é|\u2028|\uFFFD|\U0010FFFF|😀");
+    std::string made;
+    for (std::size_t left = m_random() % (m_random() % 50 ? 30 : 3000); left > 0; --left) {
+      const QChar other(static_cast<ushort>(0xA0 + m_random() % 0xD700));
+      made += m_random() % 2 ? " " + often[m_random() % often.size()] : QString(other).toStdString();
+    }
+    return made;
+  }
+  std::mt19937 m_random;
+};
+
+TEST(Values, OfEveryTypeAtRandom) {
+  const unsigned seed = std::random_device()();
+  std::cout << "seed " << seed << "\n";
+  RandomContent random(seed);
+  WireClient client;
+  for (int number = 1; number < SOAP_TYPE_count; ++number) {
+    const Type& type = *tarnwell::findType(number);
+    if (type.name == std::string("xsd:QName") || std::string(type.name).find("SOAP-ENV:") == 0)
+      continue;
+    for (std::size_t round = 0; round < 40; ++round) {
+      const std::string content = random.of(type);
+      client.piece = round % 4 * 7;
+      const std::string again = rewritten(client, document(content), type);
+      const auto at = std::mismatch(content.begin(), content.end(), again.begin(), again.end()).first - content.begin();
+      ASSERT_EQ(content.substr(static_cast<std::size_t>(at), 40), again.substr(static_cast<std::size_t>(at), 40))
+          << type.name << " of seed " << seed;
+    }
+  }
+}
+
+} // namespace
