@@ -99,6 +99,48 @@ TEST_F(HostTest, MapsComeBackByteForByte) {
   EXPECT_EQ(QByteArray::fromBase64(data["content"].toString().toLatin1()), content);
 }
 
+/// Starts tinyproxy with a password on a port that nobody has; 0 when there is none.
+int start(QProcess& proxy, const QString& configuration) {
+  proxy.setProcessChannelMode(QProcess::MergedChannels);
+  const int first = 20000 + static_cast<int>(QCoreApplication::applicationPid() % 20000);
+  for (int port = first; port < first + 20; ++port) {
+    QFile file(configuration);
+    if (!file.open(QIODevice::WriteOnly))
+      return 0;
+    file.write("Listen 127.0.0.1\nMaxClients 5\nTimeout 60\nLogLevel Info\nBasicAuth carl battery\nPort ");
+    file.write(QByteArray::number(port) + '\n');
+    file.close();
+    proxy.start("tinyproxy", {"-d", "-c", configuration});
+    for (QByteArray log; proxy.waitForReadyRead(patience);) { // ends when tinyproxy does
+      log += proxy.readAll();
+      if (log.contains("Accepting connections"))
+        return port;
+    }
+  }
+  return 0;
+}
+
+TEST_F(HostTest, BigMapsPassAProxyThatAsksForAPassword) {
+  QProcess proxy;
+  const int port = start(proxy, folder->filePath("tinyproxy.conf"));
+  ASSERT_NE(port, 0) << proxy.errorString().toStdString();
+  const QStringList through{"--proxy", "127.0.0.1:" + QString::number(port), "--proxy-user", "carl"};
+  QByteArray big;
+  while (big.size() < 64 << 20)
+    big += content;
+  write("big", big);
+  qputenv("TARNWELL_PROXY_PASSWORD", "wrong");
+  EXPECT_EQ(tarnwell(QStringList{"save", "@big", "--name", "Big"} + through).status, 1);
+  qputenv("TARNWELL_PROXY_PASSWORD", "battery");
+  ASSERT_EQ(tarnwell(QStringList{"save", "@big", "--name", "Big"} + through).status, 0);
+  EXPECT_EQ(tarnwell(QStringList{"get", "Big", "-o", "@copy"} + through).status, 0);
+  EXPECT_TRUE(read("copy") == big);
+  EXPECT_EQ(tarnwell(QStringList{"delete", "Big"} + through).status, 0);
+  qunsetenv("TARNWELL_PROXY_PASSWORD");
+  proxy.terminate();
+  EXPECT_TRUE(proxy.waitForFinished(patience));
+}
+
 TEST_F(HostTest, MapsAreRenamedAndDeleted) {
   save("Old", "anna");
   ASSERT_EQ(tarnwell({"rename", "Old", "New"}).status, 0);
