@@ -73,7 +73,14 @@ Outcome perform(Peer& peer, const std::string& operation, const char* file) {
     return outcome;
   }
   MapInfo map = sampleMap();
-  outcome.code = operation == "get" ? peer.get(map) : peer.save(QString::fromLocal8Bit(file), map, sampleThumbnail());
+  if (operation == "get") {
+    outcome.code = peer.get(map);
+  } else {
+    outcome.code = peer.save(QString::fromLocal8Bit(file), map, sampleThumbnail());
+    // The plug-in's save also takes over the file's owner and date, which the other peers leave.
+    map.setMapAuthor(sampleMap().mapAuthor());
+    map.setMapModificationDate(sampleMap().mapModificationDate());
+  }
   outcome.maps.append(map);
   return outcome;
 }
