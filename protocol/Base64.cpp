@@ -63,14 +63,14 @@ std::size_t decodeScalar(const char* text, std::size_t size, unsigned char* byte
 // AVX2 Instructions" (2018): spread or gather six-bit fields with multiplications, translate with in-register tables.
 
 [[gnu::target("avx2")]] std::size_t encodeAvx2(const unsigned char* bytes, std::size_t size, char* text) {
-  const unsigned char* const start = bytes;
   // Each 32-bit lane gets the bytes b1 b0 b2 b1 of its group of three.
   const __m256i spread = _mm256_broadcastsi128_si256(_mm_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10));
-  // What to add to a field to get its character, by class: a-z, ten digits, '+', '/', A-Z.
-  const __m256i offsets =
-      _mm256_broadcastsi128_si256(_mm_setr_epi8('a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
-                                                '0' - 52, '0' - 52, '0' - 52, '0' - 52, '+' - 62, '/' - 63, 'A', 0, 0));
-  for (; size >= 28; size -= 24, bytes += 24, text += 32) { // 28: the second load ends there
+  // What to add to a field to get its character, by class: A-Z, a-z, ten digits, '+', '/'.
+  const __m256i offsets = _mm256_broadcastsi128_si256(_mm_setr_epi8('A', 'a' - 26, '0' - 52, '0' - 52, '0' - 52,
+                                                                    '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
+                                                                    '0' - 52, '0' - 52, '+' - 62, '/' - 63, 0, 0));
+  const std::size_t steps = size < 28 ? 0 : (size - 4) / 24; // a step reads four bytes beyond its 24
+  for (std::size_t left = steps; left > 0; --left, bytes += 24, text += 32) {
     const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
     const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + 12));
     const __m256i groups = _mm256_shuffle_epi8(_mm256_set_m128i(high, low), spread);
@@ -79,13 +79,13 @@ std::size_t decodeScalar(const char* text, std::size_t size, unsigned char* byte
     const __m256i even =
         _mm256_mullo_epi16(_mm256_and_si256(groups, _mm256_set1_epi32(0x003f03f0)), _mm256_set1_epi32(0x01000010));
     const __m256i fields = _mm256_or_si256(odd, even);
-    // Class: 0 for 26..51, 1..12 for 52..63, 13 for 0..25.
-    const __m256i capital = _mm256_and_si256(_mm256_cmpgt_epi8(_mm256_set1_epi8(26), fields), _mm256_set1_epi8(13));
-    const __m256i classes = _mm256_or_si256(_mm256_subs_epu8(fields, _mm256_set1_epi8(51)), capital);
+    // Class: 0 for 0..25, 1 for 26..51, 2 to 13 for 52..63.
+    const __m256i classes = _mm256_sub_epi8(_mm256_subs_epu8(fields, _mm256_set1_epi8(51)),
+                                            _mm256_cmpgt_epi8(fields, _mm256_set1_epi8(25)));
     const __m256i characters = _mm256_add_epi8(fields, _mm256_shuffle_epi8(offsets, classes));
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(text), characters);
   }
-  return static_cast<std::size_t>(bytes - start);
+  return steps * 24;
 }
 
 [[gnu::target("avx2")]] std::size_t decodeAvx2(const char* text, std::size_t size, unsigned char* bytes) {

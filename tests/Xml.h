@@ -21,7 +21,7 @@ inline std::string canonical(const std::string& document) {
     reader.readNext();
     if (reader.isEndElement())
       indent.resize(indent.size() - 1);
-    if (reader.isCharacters() && !reader.isWhitespace())
+    if (reader.isCharacters() && !indent.empty())
       lines += indent + "\"" + reader.text().toString().toStdString() + "\"\n";
     if (!reader.isStartElement())
       continue;

@@ -45,6 +45,7 @@ const char* const bodies = R"(
 <soap:Fault/>                                                                                             | error 12
                                                                                                           | error 6
 <!-- nothing -->                                                                                          | error 6
+<LoginResponse><soap:Fault><soap:Code><soap:Value>soap:Receiver</soap:Value></soap:Code></soap:Fault></LoginResponse> | error 3
 <LogoutResponse/>                                                                                         | error 3
 <x:LoginResponse/>                                                                                        | error 3
 <loginResponse/>                                                                                          | error 3
