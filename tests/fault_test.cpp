@@ -15,7 +15,7 @@ SOAP-ENV: | | <SOAP-ENV:Fault><SOAP-ENV:Code><SOAP-ENV:Value>SOAP-ENV:%</SOAP-EN
 soap:     | | <soap:Fault><soap:Code><soap:Value>soap:%</soap:Value></soap:Code><soap:Reason/></soap:Fault>
 env:      | | <env:Fault><env:Reason/><env:Code><env:Value>env:%</env:Value></env:Code></env:Fault>
           | | <Fault><Code><Value>%</Value></Code><Reason><Text xml:lang="en">no</Text></Reason></Fault>
-a:        | xmlns:b="http://www.w3.org/2003/05/soap-envelope" | <b:Fault><a:Code><b:Value> b:% </b:Value></a:Code></b:Fault>
+a: | xmlns:b="http://www.w3.org/2003/05/soap-envelope" | <b:Fault><a:Code><b:Value> b:% </b:Value></a:Code></b:Fault>
 SOAP-ENV: | | <SOAP-ENV:Fault><faultcode>SOAP-ENV:%</faultcode><faultstring>no</faultstring></SOAP-ENV:Fault>
 soap:     | | <soap:Fault><detail><x>y</x></detail><faultcode>soap:%</faultcode></soap:Fault>
 )";

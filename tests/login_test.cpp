@@ -19,10 +19,10 @@ const char* const contents = R"(
 <LoginResult><DesktopLoginValue>Success</DesktopLoginValue><DesktopLoginValue>x</DesktopLoginValue></LoginResult> | login 2
 <a/><LoginResult><x:DesktopLoginValue>3</x:DesktopLoginValue><d:DesktopLoginValue>2</d:DesktopLoginValue></LoginResult> | login 2
 <LoginResult xsi:type="d:DesktopLoginResponseClass"><DesktopLoginValue>2</DesktopLoginValue></LoginResult> | login 2
-<LoginResult href="#r"/></LoginResponse><d:DesktopLoginResponseClass id="r"><DesktopLoginValue>Success</DesktopLoginValue></d:DesktopLoginResponseClass>       | login 2
-<LoginResult enc:ref="r"/></LoginResponse><d:DesktopLoginResponseClass id="r"><DesktopLoginValue>Success</DesktopLoginValue></d:DesktopLoginResponseClass>     | login 2
-<d:DesktopLoginResponseClass id="r"><DesktopLoginValue>DbError</DesktopLoginValue></d:DesktopLoginResponseClass><LoginResult href="#r"/>                       | login 3
-<LoginResult><DesktopLoginValue href="#v"/></LoginResult></LoginResponse><d:DesktopLoginEnumerators id="v">Success</d:DesktopLoginEnumerators>             | login 2
+<LoginResult href="#r"/></LoginResponse><d:DesktopLoginResponseClass id="r"><DesktopLoginValue>Success</DesktopLoginValue></d:DesktopLoginResponseClass> | login 2
+<LoginResult enc:ref="r"/></LoginResponse><d:DesktopLoginResponseClass id="r"><DesktopLoginValue>Success</DesktopLoginValue></d:DesktopLoginResponseClass> | login 2
+<d:DesktopLoginResponseClass id="r"><DesktopLoginValue>DbError</DesktopLoginValue></d:DesktopLoginResponseClass><LoginResult href="#r"/> | login 3
+<LoginResult><DesktopLoginValue href="#v"/></LoginResult></LoginResponse><d:DesktopLoginEnumerators id="v">Success</d:DesktopLoginEnumerators> | login 2
 )";
 
 std::string answered(const std::string& value) { return message::answer("Login", message::loginValue(value)); }

@@ -16,18 +16,18 @@ const char* const records = R"(
 <MapName xsi:nil="1"/><Thumbnail xsi:nil="true"/><MapId xsi:nil="true"/>                         | {}
 <MapName xsi:nil="false">n</MapName>                                                             | {MapName='n'}
 <LastModified xsi:nil="true"/><IsPublished xsi:nil="true"/><Version xsi:nil="true"/>             | {}
-<MapName/><Thumbnail/><Version/><IsPublished/><LastModified/>                                    | {MapName='' Thumbnail=0:}
+<MapName/><Thumbnail/><Version/><IsPublished/><LastModified/> | {MapName='' Thumbnail=0:}
 <MapName>n</MapName><MapName>x</MapName><IsPublished>1</IsPublished><IsPublished>x</IsPublished> | {MapName='n' IsPublished=1}
-<MapName>n</MapName><MapName><a>&lt;</a><![CDATA[</MapName>]]></MapName><Author>a</Author>       | {MapName='n' Author='a'}
-<Format_Header>h</Format_Header><Version>2</Version><MapName>n</MapName>       | {MapName='n' Version=2 Format_Header='h'}
-<Path>p</Path><MapName>n</MapName><y><MapName>no</MapName><y/></y><Author>a</Author>             | {MapName='n' Author='a'}
+<MapName>n</MapName><MapName><a>&lt;</a><![CDATA[</MapName>]]></MapName><Author>a</Author> | {MapName='n' Author='a'}
+<Format_Header>h</Format_Header><Version>2</Version><MapName>n</MapName> | {MapName='n' Version=2 Format_Header='h'}
+<Path>p</Path><MapName>n</MapName><y><MapName>no</MapName><y/></y><Author>a</Author> | {MapName='n' Author='a'}
 <x:MapName>no</x:MapName><d:MapName>n</d:MapName>                                                | {MapName='n'}
 <!-- a --><?b c?><MapName a="b" xml:lang='en'>n</MapName><!--<Author>-->                         | {MapName='n'}
 <y soap:mustUnderstand="true"/>                                                                  | error 8
 <y soap:mustUnderstand="1"/>                                                                     | error 8
 <y soap:mustUnderstand="false"/><MapName>n</MapName>                                             | {MapName='n'}
 <soap:Node/><MapName>n</MapName>                                                                 | error 3
-<IsPublished xsi:type="x:boolean">1</IsPublished><Version xsi:type="x:float">2</Version>         | {IsPublished=1 Version=2}
+<IsPublished xsi:type="x:boolean">1</IsPublished><Version xsi:type="x:float">2</Version> | {IsPublished=1 Version=2}
 <IsPublished xsi:type="d:boolean">1</IsPublished>                                                | {IsPublished=1}
 <IsPublished xsi:type="x:int">1</IsPublished>                                                    | error 4
 <IsPublished xsi:type="x:bool">1</IsPublished>                                                   | error 4
@@ -37,7 +37,7 @@ const char* const records = R"(
 )";
 TEST(Reading, TakesAndSkipsElements) {
   for (const auto& row : rows(records))
-    for (const std::size_t piece : {0, 1}) {
+    for (const std::size_t piece : {0U, 1U}) {
       WireClient client;
       client.piece = piece;
       EXPECT_EQ(row[1][0] == '{' ? "0 no login " + row[1] : row[1], client.content(mapAnswer(row[0]))) << row[0];
@@ -46,7 +46,7 @@ TEST(Reading, TakesAndSkipsElements) {
 
 // The result in an answer and what strict mode reads; "@" stands for the required children of the map.
 const char* const strictResults = R"(
-<DesktopMapAccess>6</DesktopMapAccess><DesktopInfo>@</DesktopInfo>         | 6 no login {MapId=i LastModified=1 Version=1}
+<DesktopMapAccess>6</DesktopMapAccess><DesktopInfo>@</DesktopInfo> | 6 no login {MapId=i LastModified=1 Version=1}
 <DesktopMapAccess>6</DesktopMapAccess><DesktopInfo><MapId/></DesktopInfo>  | error 44
 <DesktopInfo>@</DesktopInfo>                                               | error 44
 <DesktopMapAccess>6</DesktopMapAccess><DesktopInfo>@<Path/></DesktopInfo>  | error 3
@@ -108,7 +108,8 @@ TEST(Writing, ABlockWithIdOrTypeTravelsAsAttachment) {
     EXPECT_EQ(0, client.__dsns4__SendFeedbackWithAttachment(&request, &response)) << form;
     const auto sends = [&](const char* text) { return client.sent.find(text) != std::string::npos; };
     EXPECT_EQ(form != 0, sends(raw) && sends("<dsns:bytes href=\"")) << form << client.sent;
-    EXPECT_EQ(form == 0, sends("cmF3IDxieXRlcz4=")) << form << client.sent;
+    EXPECT_EQ(form == 0, sends("cmF3IDxieXRlcz4=") && sends("Content-Type: application/soap+xml;"))
+        << form << client.sent;
   }
 }
 

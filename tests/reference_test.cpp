@@ -20,23 +20,23 @@ std::string expanded(const std::string& read) { return replaced(read, "@", "{Map
 const char* const resolved = R"(
 <M id="a">@</M><M href="#a"/>                                |                                              | @ @
 <M href="#a"/><M id="a">@</M>                                |                                              | @ @
-<M href="#a"/><M >@</M>                                      | <M id="a"><MapName>o</MapName></M>           | {MapName='o'} @
+<M href="#a"/><M >@</M> | <M id="a"><MapName>o</MapName></M> | {MapName='o'} @
 <M href="#a"/><M href="#a"/>                                 | <M id="a">@</M>                              | @ @
 <M ref="a"/><M enc:ref="b"/>                                 | <M id="a">@</M><M enc:id="b">@</M>           | @ @
 <M href="#a"/>                                               | <m id="a" xsi:type="d:DesktopInfoClass">@</m> | @
 <m id="a" xsi:type="d:DesktopInfoClass">@</m><M href="#a"/>  |                                              | @
-<M ><MapName id="t">n</MapName><Author href="#t"/></M>       |                                              | {MapName='n' Author='n'}
-<M ><MapName href="#t"/></M>                                 | <x:string id="t">n</x:string>                | {MapName='n'}
+<M ><MapName id="t">n</MapName><Author href="#t"/></M> | | {MapName='n' Author='n'}
+<M ><MapName href="#t"/></M> | <x:string id="t">n</x:string> | {MapName='n'}
 <M ><MapId href="#i"/></M>                                   | <x:string id="i">n</x:string>                | {MapId=n}
-<M ><Thumbnail href="#b"/><Preview href="#b"/></M>           | <x:base64Binary id="b">QUJD</x:base64Binary> | {Thumbnail=3:ABC Preview=3:ABC}
-<M ><IsPublished href="#f"/></M>                             | <x:boolean id="f">true</x:boolean>           | {IsPublished=1}
-<M ><Version href="#f"/></M>                                 | <x:float id="f">3</x:float>                  | {Version=3}
-<M xsi:nil="true"/><M >@</M><M xsi:nil="1"/>                 |                                              | null @ null
+<M ><Thumbnail href="#b"/><Preview href="#b"/></M> | <x:base64Binary id="b">QUJD</x:base64Binary> | {Thumbnail=3:ABC Preview=3:ABC}
+<M ><IsPublished href="#f"/></M> | <x:boolean id="f">true</x:boolean> | {IsPublished=1}
+<M ><Version href="#f"/></M> | <x:float id="f">3</x:float> | {Version=3}
+<M xsi:nil="true"/><M >@</M><M xsi:nil="1"/> | | null @ null
 <M /><Other/>                                                |                                              | {}
 )";
 TEST(Reference, IsResolved) {
   for (const auto& row : rows(resolved))
-    for (const std::size_t piece : {0, 1}) {
+    for (const std::size_t piece : {0U, 1U}) {
       WireClient client;
       client.piece = piece;
       EXPECT_EQ("login 2 " + expanded(row[2]) + " end", client.list(answer(row[0], row[1]))) << row[0] << " " << row[1];
@@ -49,7 +49,7 @@ const char* const unresolved = R"(
 <M href="#none"/>                                            |                                          |
 <M ><MapName href="#none"/></M>                              |                                          | {} end
 <M ><IsPublished href="#none"/></M>                          |                                          | {} end
-<M ><Thumbnail href="cid:none"/></M>                         |                                          | {Thumbnail=0:} end
+<M ><Thumbnail href="cid:none"/></M> | | {Thumbnail=0:} end
 <M href="#a"/><M ><MapName id="a">n</MapName></M>            |                                          |
 <M ><MapName id="a">n</MapName></M><M href="#a"/>            |                                          | {MapName='n'}
 <M ><Version href="#a"/></M>                                 | <M id="a">@</M>                          | {} end
@@ -62,7 +62,7 @@ const char* const unresolved = R"(
 )";
 TEST(Reference, ThatLeadsNowhereIsRefusedOrLeavesTheDefault) {
   for (const auto& row : rows(unresolved))
-    for (const std::size_t piece : {0, 1}) {
+    for (const std::size_t piece : {0U, 1U}) {
       WireClient client;
       client.piece = piece;
       const std::string read = client.list(answer(row[0], row[1]));

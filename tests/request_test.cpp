@@ -47,10 +47,10 @@ TEST(Request, LoginAsItTravels) {
 
 // Endpoint and action of a call ("-": none given), host, port and "Host" header, action sent.
 const char* const destinations = R"(
--                       | -     | test.tarnwell.example | 80 | test.tarnwell.example | http://tarnwell.example/service/Login
+- | - | test.tarnwell.example | 80 | test.tarnwell.example | http://tarnwell.example/service/Login
 http://a.example/x      | urn:b | a.example             | 80 | a.example             | urn:b
 http://a.example:80/x   | urn:b | a.example             | 80 | a.example             | urn:b
-http://a.example:8080/x | -     | a.example             | 8080 | a.example:8080      | http://tarnwell.example/service/Login
+http://a.example:8080/x | - | a.example | 8080 | a.example:8080 | http://tarnwell.example/service/Login
 )";
 TEST(Request, EndpointAndActionHaveDefaults) {
   for (const auto& row : rows(destinations)) {

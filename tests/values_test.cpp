@@ -49,7 +49,7 @@ void expectRewritten(const Type& type, const std::string& content, const std::st
   client.piece = 1;
   EXPECT_EQ(expected, rewritten(client, document(content), type)) << "byte by byte";
   client.piece = 0;
-  for (const std::size_t size : {1, 2, 3, 7, 4096})
+  for (const std::size_t size : {1U, 2U, 3U, 7U, 4096U})
     EXPECT_EQ(expected, rewritten(client, chunks(size, 200, document(content)).bytes, type)) << "in chunks of " << size;
 }
 
@@ -112,7 +112,7 @@ TEST(Values, BiggerThanTheBuffer) {
   for (const int size : {65000, 65536, 70000, 300000}) {
     const std::string part = "aé😀&lt;<!-- c -->", block = QByteArray(size, 'x').toBase64().toStdString();
     const std::string text = replaced(std::string(static_cast<std::size_t>(size) / 20, '.'), ".", part);
-    for (const std::size_t piece : {0, 4093}) {
+    for (const std::size_t piece : {0U, 4093U}) {
       WireClient client;
       client.piece = piece;
       const auto isSame = [&](TypeNumber number, const std::string& content, const std::string& expected) {
