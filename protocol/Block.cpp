@@ -3,8 +3,10 @@
 #include "protocol/TypeNumbers.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <limits>
+#include <sys/mman.h>
 
 namespace tarnwell {
 namespace {
@@ -22,6 +24,20 @@ int freeBytes(struct soap*, soap_clist* entry) {
 } // namespace
 
 Block::~Block() { std::free(m_bytes); }
+
+unsigned char* Block::end(std::size_t size) {
+  const std::size_t needed = m_size + size;
+  if (m_capacity < big || needed <= m_present)
+    return m_bytes + m_size;
+  // Only a little ahead of what has arrived: the likely size is not trusted.
+  constexpr std::size_t ahead = std::size_t{1} << 20, page = 4096;
+  const std::uintptr_t first = (reinterpret_cast<std::uintptr_t>(m_bytes) + m_present) & ~(page - 1);
+  m_present = std::min(needed + ahead, m_capacity);
+  const std::uintptr_t last = reinterpret_cast<std::uintptr_t>(m_bytes) + m_present;
+  // A system that cannot do this gives the pages one by one, as ever.
+  static_cast<void>(madvise(reinterpret_cast<void*>(first), last - first, MADV_POPULATE_WRITE));
+  return m_bytes + m_size;
+}
 
 bool Block::grow(std::size_t needed, std::size_t likely) {
   const std::size_t least = m_size + needed;

@@ -7,7 +7,8 @@
 
 namespace tarnwell {
 
-/// Owns its bytes until release(). Big blocks grow by remapping.
+/// Owns its bytes until release(). Big blocks grow by remapping, and take their pages from the system many at a time:
+/// page faults, not bytes, are what a big map costs.
 class Block {
 public:
   Block() = default;
@@ -18,7 +19,8 @@ public:
   std::size_t size() const { return m_size; }
   /// Bytes that may be written at end().
   std::size_t room() const { return m_capacity - m_size; }
-  unsigned char* end() { return m_bytes + m_size; }
+  /// Where `size` bytes may be written, which grow() made room for.
+  unsigned char* end(std::size_t size);
   /// Counts `size` bytes that were written at end().
   void extend(std::size_t size) { m_size += size; }
 
@@ -32,6 +34,7 @@ private:
   unsigned char* m_bytes = nullptr;
   std::size_t m_size = 0;
   std::size_t m_capacity = 0;
+  std::size_t m_present = 0; ///< of a big block: bytes whose pages were asked for already
 };
 
 } // namespace tarnwell

@@ -194,8 +194,9 @@ bool makeRoom(struct soap* soap, Block& block) {
 bool append(struct soap* soap, Block& block, unsigned bits, std::size_t count) {
   if (block.room() < 3 + base64::decodeSlack && !makeRoom(soap, block))
     return false;
+  unsigned char* const bytes = block.end(count);
   for (std::size_t i = 0; i < count; ++i)
-    block.end()[i] = static_cast<unsigned char>(bits >> (16 - 8 * i));
+    bytes[i] = static_cast<unsigned char>(bits >> (16 - 8 * i));
   block.extend(count);
   return true;
 }
@@ -213,7 +214,9 @@ int readBase64(struct soap* soap, Block& block) {
       if (block.room() < 3 + base64::decodeSlack && !makeRoom(soap, block))
         return soap->error = SOAP_EOM;
       const std::size_t fitting = (block.room() - base64::decodeSlack) / 3 * 4;
-      const std::size_t taken = base64::decodeGroups(soap->buf + soap->bufidx, std::min(left, fitting), block.end());
+      const std::size_t size = std::min(left, fitting);
+      unsigned char* const bytes = block.end(size / 4 * 3 + base64::decodeSlack);
+      const std::size_t taken = base64::decodeGroups(soap->buf + soap->bufidx, size, bytes);
       block.extend(taken / 4 * 3);
       soap->bufidx += taken;
       if (taken == fitting || taken == left)

@@ -1,13 +1,27 @@
 #include "service/Conversions.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <limits>
+#include <sys/mman.h>
 
 namespace tarnwell {
 namespace {
 
 static_assert(sizeof(wchar_t) == 4, "the protocol's texts hold one code point per unit");
+
+/// Copies a block to a fresh one. A big one asks for huge pages, since page faults cost more than bytes there; a system
+/// without them changes nothing.
+void copyFresh(void* to, const void* from, std::size_t size) {
+  constexpr std::uintptr_t page = 4096;
+  const std::uintptr_t first = (reinterpret_cast<std::uintptr_t>(to) + page - 1) & ~(page - 1);
+  const std::uintptr_t last = (reinterpret_cast<std::uintptr_t>(to) + size) & ~(page - 1);
+  if (size >= std::size_t{1} << 20)
+    static_cast<void>(madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE));
+  if (size > 0)
+    std::memcpy(to, from, size);
+}
 
 /// Places a copy of `bytes` in `member`, in a new object of the context.
 void lend(struct soap* soap, const QByteArray& bytes, std::optional<LentBytes>& copy, xsd__base64Binary*& member) {
@@ -46,13 +60,17 @@ QDateTime fromSeconds(std::time_t seconds) {
 }
 
 QByteArray fromBlock(const xsd__base64Binary& block) {
-  return QByteArray(reinterpret_cast<const char*>(block.__ptr), block.__size);
+  if (!block.__ptr) // also of a size that says otherwise
+    return QByteArray();
+  QByteArray bytes(block.__size, Qt::Uninitialized);
+  copyFresh(bytes.data(), block.__ptr, static_cast<std::size_t>(bytes.size()));
+  return bytes;
 }
 
 LentBytes::LentBytes(xsd__base64Binary& block, const QByteArray& bytes)
     : m_block(block), m_bytes(new unsigned char[static_cast<std::size_t>(bytes.size())]) {
   const auto size = static_cast<std::size_t>(bytes.size());
-  std::memcpy(m_bytes.get(), bytes.constData(), size);
+  copyFresh(m_bytes.get(), bytes.constData(), size);
   m_block.__ptr = m_bytes.get();
   m_block.__size = bytes.size();
 }
