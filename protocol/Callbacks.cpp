@@ -4,8 +4,6 @@
 #include "protocol/Reader.h"
 #include "protocol/Writer.h"
 
-#include <cstring>
-
 using namespace tarnwell;
 
 namespace {

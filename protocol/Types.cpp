@@ -5,7 +5,6 @@
 #include "protocol/Names.h"
 
 #include <array>
-#include <cstring>
 #include <new>
 
 namespace tarnwell {
