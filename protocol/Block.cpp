@@ -4,65 +4,142 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
-#include <limits>
+#include <cstring>
+#include <new>
 #include <sys/mman.h>
 
 namespace tarnwell {
+
+/// Address space, of which only what is written costs memory.
+struct Region {
+  void* mapping;
+  std::size_t mapped;
+  unsigned char* begin; ///< on the border of a huge page
+  std::size_t capacity;
+  std::size_t used;    ///< by blocks that were released
+  std::size_t present; ///< bytes whose pages were asked for
+};
+
 namespace {
 
-/// From here on a block is big: it is allocated at its likely size, of which only what is written costs memory.
-constexpr std::size_t big = std::size_t{1} << 18;
-/// No block of the schema is larger.
-constexpr std::size_t largest = std::numeric_limits<int>::max();
+constexpr std::size_t mebi = std::size_t{1} << 20;
+constexpr std::size_t page = 4096, hugePage = 2 * mebi;
+/// What a region has room for at least.
+constexpr std::size_t smallest = 8 * mebi;
+/// The most that an answer's length is taken for: blocks that are bigger move when they grow.
+constexpr std::size_t mostLikely = 256 * mebi;
+/// Up to here huge pages are asked for. Beyond, they come from memory that the system has not touched for long and that
+/// a virtual machine may have to fetch first, which costs more than the page faults of small pages.
+constexpr std::size_t mostHuge = 32 * mebi;
+/// Pages are asked for this far ahead of what has arrived.
+constexpr std::size_t ahead = mebi;
 
-int freeBytes(struct soap*, soap_clist* entry) {
-  std::free(entry->ptr);
+constexpr std::size_t roundUp(std::size_t size, std::size_t unit) { return (size + unit - 1) / unit * unit; }
+
+/// Under this name the context keeps, as it does for its plug-ins, the region that is being filled.
+constexpr char pluginId[] = "tarnwell/blocks";
+
+soap_plugin* findPlugin(struct soap* soap) {
+  soap_plugin* plugin = soap->plugins;
+  while (plugin && plugin->id != pluginId)
+    plugin = plugin->next;
+  return plugin;
+}
+
+int createPlugin(struct soap*, soap_plugin* plugin, void*) {
+  plugin->id = pluginId;
+  plugin->data = nullptr;
+  plugin->fcopy = [](struct soap*, soap_plugin* copy, soap_plugin*) {
+    copy->data = nullptr;
+    return SOAP_OK;
+  };
+  plugin->fdelete = [](struct soap*, soap_plugin*) {};
   return SOAP_OK;
+}
+
+int freeRegion(struct soap* soap, soap_clist* entry) {
+  Region* const region = static_cast<Region*>(entry->ptr);
+  if (soap_plugin* const plugin = findPlugin(soap); plugin && plugin->data == region)
+    plugin->data = nullptr;
+  munmap(region->mapping, region->mapped);
+  delete region;
+  return SOAP_OK;
+}
+
+/// A new region, which the context frees with its objects. Null: out of memory.
+Region* makeRegion(struct soap* soap, std::size_t capacity) {
+  capacity = roundUp(capacity, page);
+  const std::size_t mapped = capacity + hugePage;
+  void* const mapping =
+      mmap(nullptr, mapped, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (mapping == MAP_FAILED)
+    return nullptr;
+  auto* const begin = reinterpret_cast<unsigned char*>(roundUp(reinterpret_cast<std::uintptr_t>(mapping), hugePage));
+  Region* const region = new (std::nothrow) Region{mapping, mapped, begin, capacity, 0, 0};
+  soap_clist* const entry = region ? soap_link(soap, SOAP_TYPE_xsd__unsignedByte, -1, freeRegion) : nullptr;
+  if (!entry) {
+    munmap(mapping, mapped);
+    delete region;
+    return nullptr;
+  }
+  entry->ptr = region;
+  if (capacity <= mostHuge) // a system without huge pages gives small ones, as ever
+    static_cast<void>(madvise(begin, capacity, MADV_HUGEPAGE));
+  return region;
 }
 
 } // namespace
 
-Block::~Block() { std::free(m_bytes); }
+Block::Block(struct soap* soap) : m_soap(soap) {
+  soap_plugin* const plugin = findPlugin(soap);
+  m_region = plugin ? static_cast<Region*>(plugin->data) : nullptr;
+  m_start = m_region ? m_region->used : 0;
+}
+
+std::size_t Block::room() const { return m_region ? m_region->capacity - m_start - m_size : 0; }
 
 unsigned char* Block::end(std::size_t size) {
-  const std::size_t needed = m_size + size;
-  if (m_capacity < big || needed <= m_present)
-    return m_bytes + m_size;
-  // Only a little ahead of what has arrived: the likely size is not trusted.
-  constexpr std::size_t ahead = std::size_t{1} << 20, page = 4096;
-  const std::uintptr_t first = (reinterpret_cast<std::uintptr_t>(m_bytes) + m_present) & ~(page - 1);
-  m_present = std::min(needed + ahead, m_capacity);
-  const std::uintptr_t last = reinterpret_cast<std::uintptr_t>(m_bytes) + m_present;
-  // A system that cannot do this gives the pages one by one, as ever.
-  static_cast<void>(madvise(reinterpret_cast<void*>(first), last - first, MADV_POPULATE_WRITE));
-  return m_bytes + m_size;
+  const std::size_t at = m_start + m_size;
+  if (at + size > m_region->present) {
+    unsigned char* const first = m_region->begin + m_region->present;
+    const std::size_t present = std::min(roundUp(at + size + ahead, page), m_region->capacity);
+    // A system that cannot do this gives the pages one by one, as ever.
+    static_cast<void>(madvise(first, present - m_region->present, MADV_POPULATE_WRITE));
+    m_region->present = present;
+  }
+  return m_region->begin + at;
 }
 
 bool Block::grow(std::size_t needed, std::size_t likely) {
-  const std::size_t least = m_size + needed;
-  const std::size_t doubled = std::max(least, 2 * m_capacity);
-  for (const std::size_t capacity :
-       {doubled < big ? doubled : std::max(doubled, std::min(likely, largest)), doubled, least}) {
-    void* const bytes = std::realloc(m_bytes, capacity);
-    if (!bytes)
+  const std::size_t wanted = std::max(needed, std::min(likely, mostLikely));
+  if (room() >= wanted)
+    return true;
+  if (!findPlugin(m_soap) && soap_register_plugin(m_soap, createPlugin))
+    return false;
+  for (const std::size_t capacity : {std::max(m_size + std::max(wanted, m_size), smallest), m_size + needed}) {
+    Region* const region = makeRegion(m_soap, capacity);
+    if (!region)
       continue;
-    m_bytes = static_cast<unsigned char*>(bytes);
-    m_capacity = capacity;
+    Block moved(m_soap);
+    moved.m_region = region;
+    moved.m_start = 0;
+    if (m_size > 0) {
+      std::memcpy(moved.end(m_size), m_region->begin + m_start, m_size);
+      const std::size_t kept = roundUp(m_start, page);
+      static_cast<void>(madvise(m_region->begin + kept, m_region->present - kept, MADV_DONTNEED));
+      m_region->present = kept;
+    }
+    m_region = region;
+    m_start = 0;
+    findPlugin(m_soap)->data = region;
     return true;
   }
-  return false;
+  return room() >= needed;
 }
 
-unsigned char* Block::release(struct soap* soap) {
-  soap_clist* const entry = soap_link(soap, SOAP_TYPE_xsd__unsignedByte, -1, freeBytes);
-  if (!entry)
-    return nullptr;
-  if (void* const trimmed = std::realloc(m_bytes, m_size))
-    m_bytes = static_cast<unsigned char*>(trimmed);
-  entry->ptr = m_bytes;
-  m_bytes = nullptr;
-  return static_cast<unsigned char*>(entry->ptr);
+unsigned char* Block::release() {
+  m_region->used = std::min(roundUp(m_start + m_size, alignof(std::max_align_t)), m_region->capacity);
+  return m_region->begin + m_start;
 }
 
 } // namespace tarnwell

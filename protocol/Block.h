@@ -7,34 +7,36 @@
 
 namespace tarnwell {
 
-/// Owns its bytes until release(). Big blocks grow by remapping, and take their pages from the system many at a time:
-/// page faults, not bytes, are what a big map costs.
+struct Region;
+
+/// The open end of the memory that a context has for blocks: regions of address space, filled block after block, which
+/// go with the context's objects. Their pages come from the system many at a time, because page faults, not bytes, are
+/// what a big answer costs. One block of a context is open at a time; one that is not released leaves nothing behind.
 class Block {
 public:
-  Block() = default;
+  explicit Block(struct soap* soap);
   Block(const Block&) = delete;
   Block& operator=(const Block&) = delete;
-  ~Block();
 
   std::size_t size() const { return m_size; }
   /// Bytes that may be written at end().
-  std::size_t room() const { return m_capacity - m_size; }
+  std::size_t room() const;
   /// Where `size` bytes may be written, which grow() made room for.
   unsigned char* end(std::size_t size);
   /// Counts `size` bytes that were written at end().
   void extend(std::size_t size) { m_size += size; }
 
-  /// Makes room for `needed` bytes or more. `likely` is how large the block may get in the end; it is never trusted,
-  /// but spares growing in steps when the block turns out to be big. False: out of memory.
+  /// Makes room for `needed` bytes or more. `likely` is how many more may come in the end; it is never trusted, but
+  /// spares moving the block when it turns out to be big. False: out of memory.
   [[nodiscard]] bool grow(std::size_t needed, std::size_t likely);
-  /// Hands the bytes to the context, which frees them with its objects. Null: out of memory, with the context's error.
-  [[nodiscard]] unsigned char* release(struct soap* soap);
+  /// Hands the bytes to the context.
+  unsigned char* release();
 
 private:
-  unsigned char* m_bytes = nullptr;
+  struct soap* m_soap;
+  Region* m_region;    ///< null: the context has none yet
+  std::size_t m_start; ///< offset in the region
   std::size_t m_size = 0;
-  std::size_t m_capacity = 0;
-  std::size_t m_present = 0; ///< of a big block: bytes whose pages were asked for already
 };
 
 } // namespace tarnwell

@@ -186,8 +186,10 @@ bool makeRoom(struct soap* soap, Block& block) {
   const char* const text = soap->buf + soap->bufidx;
   const void* const end = std::memchr(text, '<', left);
   const std::size_t characters = end ? static_cast<std::size_t>(static_cast<const char*>(end) - text) : left;
-  const std::size_t needed = characters / 4 * 3 + 3 + base64::decodeSlack;
-  return block.grow(needed, end ? needed : static_cast<std::size_t>(soap->length / 4 * 3));
+  // What the runtime counts has the HTTP header in it, of one buffer at most.
+  const ULONG64 read = soap->count - left, most = soap->length + SOAP_BUFLEN;
+  const ULONG64 likely = end || !soap->length ? characters : most - std::min(most, read);
+  return block.grow(characters / 4 * 3 + 3 + base64::decodeSlack, static_cast<std::size_t>(likely / 4 * 3));
 }
 
 /// The bits collected so far, `count` bytes of them.
@@ -206,6 +208,11 @@ int readBase64(struct soap* soap, Block& block) {
   unsigned group = 0;
   int characters = 0;
   bool padded = false;
+  const char* const text = soap->buf + soap->bufidx;
+  if (soap->buflen - soap->bufidx >= 2 && text[0] == '<' && text[1] == '/' && !soap->ahead)
+    return SOAP_OK; // no text, and no memory for it
+  if (!makeRoom(soap, block))
+    return soap->error = SOAP_EOM;
   for (;;) {
     if (soap->bufidx >= soap->buflen && soap_recv(soap))
       return soap->error = SOAP_CHK_EOF;
@@ -261,15 +268,15 @@ int readBlob(struct soap* soap, const Type&, void* value) {
     return soap_attachment_forward(soap, &blob.__ptr, &blob.__size, &blob.id, &blob.type, &blob.options);
   if (!soap->body)
     return SOAP_OK;
-  Block block;
+  Block block(soap);
   if (readBase64(soap, block))
     return soap->error;
   if (block.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
     return soap->error = SOAP_LENGTH;
   if (block.size() > 0) {
     blob.__size = static_cast<int>(block.size());
-    blob.__ptr = block.release(soap);
-    return blob.__ptr ? SOAP_OK : soap->error;
+    blob.__ptr = block.release();
+    return SOAP_OK;
   }
   // Without data there may be an XOP include, which names an attachment.
   if (peekElement(soap) && soap->error != SOAP_NO_TAG)

@@ -39,7 +39,7 @@ bool peekPlainTag(struct soap* soap) {
   if (!endTag) {
     while (size < most && !isBlank(at[size]) && at[size] != '/' && at[size] != '>')
       ++size;
-    if (size == 0 || size == most || at[size] != '>' || std::strchr("!?%", *at))
+    if (size == 0 || size == most || at[size] != '>' || *at == '!' || *at == '?' || *at == '%')
       return false;
     std::memcpy(soap->tag, at, size);
   }
@@ -62,34 +62,6 @@ bool peekPlainTag(struct soap* soap) {
   soap->body = 1;
   soap->error = SOAP_OK;
   return true;
-}
-
-/// Reads one entry of a list; one given by reference takes its place in the list when the reference is resolved.
-int readEntry(struct soap* soap, const Row& row, void* list) {
-  const Type& type = typeOf(row.type);
-  void* entry = nullptr;
-  if (*soap->href != '#') {
-    if (!readPointer(soap, row.tag, &entry, nullptr, type))
-      return soap->error;
-    row.list->append(list, entry);
-    return SOAP_OK;
-  }
-  if (beginElement(soap, row.tag, true))
-    return soap->error;
-  if (!soap_id_forward(soap, soap->href, list, row.list->size(list), type.number, type.number, type.size, 1,
-                       row.list->place, nullptr))
-    return soap->error;
-  row.list->append(list, nullptr);
-  return soap->body ? endElement(soap, row.tag) : SOAP_OK;
-}
-
-int readMember(struct soap* soap, const Row& row, void* record) {
-  void* const member = row.member(record);
-  const Type& type = typeOf(row.type);
-  if (row.occurs == Occurs::Repeated)
-    return readEntry(soap, row, member);
-  const auto read = row.occurs == Occurs::Optional && !type.codec->characters ? readPointer : readElement;
-  return read(soap, row.tag, member, type.name, type) ? SOAP_OK : soap->error;
 }
 
 /// Whether an xsi:type fits: it names the type itself or has one of the local parts that the type accepts besides.
@@ -140,6 +112,63 @@ void* readBegun(struct soap* soap, const char* tag, void* value, const char* nam
     }
   }
   return open && endElement(soap, tag) ? nullptr : value;
+}
+
+/// Goes on after the start tag of readElement().
+void* readElementBegun(struct soap* soap, const char* tag, void* value, const char* name, const Type& type) {
+  if (!value && !(value = instantiate(soap, -1, type, nullptr)))
+    return nullptr;
+  return readBegun(soap, tag, value, name, type);
+}
+
+/// Goes on after the start tag of readPointer().
+void* readPointerBegun(struct soap* soap, const char* tag, void* slot, const char* name, const Type& type) {
+  if (!slot && !(slot = soap_malloc(soap, sizeof(void*))))
+    return nullptr;
+  void** const pointer = static_cast<void**>(slot);
+  *pointer = nullptr;
+  if (soap->null || *soap->href == '#') {
+    const bool open = soap->body != 0;
+    if (*soap->href == '#' && !soap_id_lookup(soap, soap->href, pointer, type.number, type.size, 0, nullptr))
+      return nullptr;
+    return open && endElement(soap, tag) ? nullptr : slot;
+  }
+  void* const value = instantiate(soap, -1, type, nullptr);
+  if (!value || !readBegun(soap, tag, value, name, type))
+    return nullptr;
+  *pointer = value;
+  return slot;
+}
+
+/// Reads one entry of a list; one given by reference takes its place in the list when the reference is resolved.
+int readEntry(struct soap* soap, const Row& row, void* list) {
+  const Type& type = typeOf(row.type);
+  void* entry = nullptr;
+  if (*soap->href != '#') {
+    if (!readPointerBegun(soap, row.tag, &entry, nullptr, type))
+      return soap->error;
+    row.list->append(list, entry);
+    return SOAP_OK;
+  }
+  const bool open = soap->body != 0;
+  if (!soap_id_forward(soap, soap->href, list, row.list->size(list), type.number, type.number, type.size, 1,
+                       row.list->place, nullptr))
+    return soap->error;
+  row.list->append(list, nullptr);
+  return open ? endElement(soap, row.tag) : SOAP_OK;
+}
+
+/// Reads the element peeked at, which is that of `row`.
+int readMember(struct soap* soap, const Row& row, void* record) {
+  void* const member = row.member(record);
+  const Type& type = typeOf(row.type);
+  const bool pointer = row.occurs == Occurs::Optional && !type.codec->characters;
+  if (beginElement(soap, nullptr, pointer || type.codec->characters || row.occurs == Occurs::Repeated))
+    return soap->error;
+  if (row.occurs == Occurs::Repeated)
+    return readEntry(soap, row, member);
+  const auto read = pointer ? readPointerBegun : readElementBegun;
+  return read(soap, row.tag, member, type.name, type) ? SOAP_OK : soap->error;
 }
 
 } // namespace
@@ -225,31 +254,11 @@ int readRecord(struct soap* soap, const Type& type, void* record) {
 
 void* readElement(struct soap* soap, const char* tag, void* value, const char* name, const Type& type) {
   const bool pointer = type.codec->characters || value == nullptr;
-  if (beginElement(soap, tag, pointer))
-    return nullptr;
-  if (!value && !(value = instantiate(soap, -1, type, nullptr)))
-    return nullptr;
-  return readBegun(soap, tag, value, name, type);
+  return beginElement(soap, tag, pointer) ? nullptr : readElementBegun(soap, tag, value, name, type);
 }
 
 void* readPointer(struct soap* soap, const char* tag, void* slot, const char* name, const Type& type) {
-  if (beginElement(soap, tag, true))
-    return nullptr;
-  if (!slot && !(slot = soap_malloc(soap, sizeof(void*))))
-    return nullptr;
-  void** const pointer = static_cast<void**>(slot);
-  *pointer = nullptr;
-  if (soap->null || *soap->href == '#') {
-    const bool open = soap->body != 0;
-    if (*soap->href == '#' && !soap_id_lookup(soap, soap->href, pointer, type.number, type.size, 0, nullptr))
-      return nullptr;
-    return open && endElement(soap, tag) ? nullptr : slot;
-  }
-  void* const value = instantiate(soap, -1, type, nullptr);
-  if (!value || !readBegun(soap, tag, value, name, type))
-    return nullptr;
-  *pointer = value;
-  return slot;
+  return beginElement(soap, tag, true) ? nullptr : readPointerBegun(soap, tag, slot, name, type);
 }
 
 void* readIndependent(struct soap* soap, const char* tag, void* value, const char* name, const Type& type) {

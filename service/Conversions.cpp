@@ -17,7 +17,7 @@ void copyFresh(void* to, const void* from, std::size_t size) {
   constexpr std::uintptr_t page = 4096;
   const std::uintptr_t first = (reinterpret_cast<std::uintptr_t>(to) + page - 1) & ~(page - 1);
   const std::uintptr_t last = (reinterpret_cast<std::uintptr_t>(to) + size) & ~(page - 1);
-  if (size >= std::size_t{1} << 20)
+  if (size >= std::size_t{1} << 22)
     static_cast<void>(madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE));
   if (size > 0)
     std::memcpy(to, from, size);

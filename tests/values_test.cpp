@@ -8,6 +8,7 @@
 #include <QtCore/QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <clocale>
 #include <cmath>
 #include <ctime>
@@ -123,6 +124,34 @@ TEST(Values, BiggerThanTheBuffer) {
       EXPECT_TRUE(isSame(SOAP_TYPE_xsd__base64Binary, block, block)) << size << " " << piece;
       EXPECT_TRUE(isSame(SOAP_TYPE_xsd__string, text, replaced(text, "<!-- c -->", ""))) << size << " " << piece;
     }
+  }
+}
+TEST(Values, BlocksKeepTheirBytesWhileOthersFollow) {
+  const std::string claimed =
+      "HTTP/1.1 200 OK\r\nContent-Type: application/soap+xml\r\nContent-Length: 9999999999\r\n\r\n";
+  WireClient client;
+  std::mt19937 random(1);
+  for (int round = 0; round < 2; ++round) { // the second time after all objects are gone
+    std::vector<std::pair<const xsd__base64Binary*, QByteArray>> blocks;
+    for (const char form : {'c', 'l', '!'})
+      for (const int size : {1, 65000, 5000000, 3, 9000000, 2}) {
+        QByteArray bytes(size, '\0');
+        std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<char>(random()); });
+        const std::string body = document(bytes.toBase64().toStdString());
+        client.rewind();
+        client.reply = form == 'l'   ? reply(200, body).bytes
+                       : form == 'c' ? chunks(60000, 200, body).bytes
+                                     : claimed + body;
+        ASSERT_EQ(SOAP_OK, soap_begin_recv(client.soap));
+        void* const block =
+            tarnwell::readElement(client.soap, "v", nullptr, nullptr, tarnwell::typeOf(SOAP_TYPE_xsd__base64Binary));
+        ASSERT_NE(nullptr, block) << form << " " << size;
+        blocks.emplace_back(static_cast<const xsd__base64Binary*>(block), bytes);
+      }
+    for (const auto& [block, bytes] : blocks)
+      EXPECT_TRUE(bytes == QByteArray(reinterpret_cast<const char*>(block->__ptr), block->__size)) << bytes.size();
+    soap_destroy(client.soap);
+    soap_end(client.soap);
   }
 }
 TEST(Values, TimesWithoutACalendarDate) {
