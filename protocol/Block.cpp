@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <ctime>
 #include <new>
 #include <sys/mman.h>
 
@@ -18,6 +19,7 @@ struct Region {
   std::size_t capacity;
   std::size_t used;    ///< by blocks that were released
   std::size_t present; ///< bytes whose pages were asked for
+  bool huge;           ///< with huge pages, as long as they are not dear
 };
 
 namespace {
@@ -28,11 +30,18 @@ constexpr std::size_t page = 4096, hugePage = 2 * mebi;
 constexpr std::size_t smallest = 8 * mebi;
 /// The most that an answer's length is taken for: blocks that are bigger move when they grow.
 constexpr std::size_t mostLikely = 256 * mebi;
-/// Up to here huge pages are asked for. Beyond, they come from memory that the system has not touched for long and that
-/// a virtual machine may have to fetch first, which costs more than the page faults of small pages.
-constexpr std::size_t mostHuge = 32 * mebi;
 /// Pages are asked for this far ahead of what has arrived.
 constexpr std::size_t ahead = mebi;
+
+/// A huge page that takes more of the thread's time than 512 small ones would, in nanoseconds, is dear: a virtual
+/// machine has to fetch it from its host first, some ten times as long, while smaller pieces are still at hand.
+constexpr long dear = 1000000;
+
+long threadTime() {
+  timespec time{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return time.tv_sec * 1000000000 + time.tv_nsec;
+}
 
 constexpr std::size_t roundUp(std::size_t size, std::size_t unit) { return (size + unit - 1) / unit * unit; }
 
@@ -67,7 +76,7 @@ int freeRegion(struct soap* soap, soap_clist* entry) {
 }
 
 /// A new region, which the context frees with its objects. Null: out of memory.
-Region* makeRegion(struct soap* soap, std::size_t capacity) {
+Region* makeRegion(struct soap* soap, std::size_t capacity, bool huge) {
   capacity = roundUp(capacity, page);
   const std::size_t mapped = capacity + hugePage;
   void* const mapping =
@@ -75,7 +84,7 @@ Region* makeRegion(struct soap* soap, std::size_t capacity) {
   if (mapping == MAP_FAILED)
     return nullptr;
   auto* const begin = reinterpret_cast<unsigned char*>(roundUp(reinterpret_cast<std::uintptr_t>(mapping), hugePage));
-  Region* const region = new (std::nothrow) Region{mapping, mapped, begin, capacity, 0, 0};
+  Region* const region = new (std::nothrow) Region{mapping, mapped, begin, capacity, 0, 0, huge};
   soap_clist* const entry = region ? soap_link(soap, SOAP_TYPE_xsd__unsignedByte, -1, freeRegion) : nullptr;
   if (!entry) {
     munmap(mapping, mapped);
@@ -83,7 +92,7 @@ Region* makeRegion(struct soap* soap, std::size_t capacity) {
     return nullptr;
   }
   entry->ptr = region;
-  if (capacity <= mostHuge) // a system without huge pages gives small ones, as ever
+  if (huge) // a system without huge pages gives small ones, as ever
     static_cast<void>(madvise(begin, capacity, MADV_HUGEPAGE));
   return region;
 }
@@ -103,9 +112,14 @@ unsigned char* Block::end(std::size_t size) {
   if (at + size > m_region->present) {
     unsigned char* const first = m_region->begin + m_region->present;
     const std::size_t present = std::min(roundUp(at + size + ahead, page), m_region->capacity);
+    const long start = m_region->huge ? threadTime() : 0;
     // A system that cannot do this gives the pages one by one, as ever.
     static_cast<void>(madvise(first, present - m_region->present, MADV_POPULATE_WRITE));
     m_region->present = present;
+    if (m_region->huge && threadTime() - start > dear) {
+      m_region->huge = false;
+      static_cast<void>(madvise(m_region->begin, m_region->capacity, MADV_NOHUGEPAGE));
+    }
   }
   return m_region->begin + at;
 }
@@ -117,7 +131,7 @@ bool Block::grow(std::size_t needed, std::size_t likely) {
   if (!findPlugin(m_soap) && soap_register_plugin(m_soap, createPlugin))
     return false;
   for (const std::size_t capacity : {std::max(m_size + std::max(wanted, m_size), smallest), m_size + needed}) {
-    Region* const region = makeRegion(m_soap, capacity);
+    Region* const region = makeRegion(m_soap, capacity, !m_region || m_region->huge);
     if (!region)
       continue;
     Block moved(m_soap);

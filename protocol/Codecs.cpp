@@ -179,17 +179,23 @@ int writeQualifiedName(struct soap* soap, const Type&, const void* value) {
   return text ? writeText(soap, std::string_view(text)) : soap->error;
 }
 
+/// Bytes that may be written when `characters` of base64 text are decoded.
+constexpr std::size_t decodedSize(std::size_t characters) { return characters / 4 * 3 + 3 + base64::decodeSlack; }
+
 /// Makes room in `block` for what is left of the base64 text in the buffer; of a text that goes on beyond it, also for
 /// what the message's length allows.
 bool makeRoom(struct soap* soap, Block& block) {
   const std::size_t left = soap->buflen - soap->bufidx;
-  const char* const text = soap->buf + soap->bufidx;
-  const void* const end = std::memchr(text, '<', left);
-  const std::size_t characters = end ? static_cast<std::size_t>(static_cast<const char*>(end) - text) : left;
   // What the runtime counts has the HTTP header in it, of one buffer at most.
   const ULONG64 read = soap->count - left, most = soap->length + SOAP_BUFLEN;
-  const ULONG64 likely = end || !soap->length ? characters : most - std::min(most, read);
-  return block.grow(characters / 4 * 3 + 3 + base64::decodeSlack, static_cast<std::size_t>(likely / 4 * 3));
+  const std::size_t likely = soap->length ? decodedSize(most - std::min(most, read)) : 0;
+  if (likely && block.room() >= likely)
+    return true;
+  const char* const text = soap->buf + soap->bufidx;
+  const void* const end = std::memchr(text, '<', left);
+  if (!end)
+    return block.grow(decodedSize(left), likely);
+  return block.grow(decodedSize(static_cast<std::size_t>(static_cast<const char*>(end) - text)), 0);
 }
 
 /// The bits collected so far, `count` bytes of them.

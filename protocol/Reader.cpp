@@ -3,6 +3,7 @@
 #include "protocol/Callbacks.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -24,6 +25,13 @@ const Row* findRow(struct soap* soap, const Type& type, unsigned long seen, std:
   return nullptr;
 }
 
+/// Whether a start tag's name ends here: at a blank, "/" or ">", all of them below the letters.
+bool endsName(char c) {
+  constexpr std::uint64_t ends = ((2ULL << ' ') - 1) | 1ULL << '/' | 1ULL << '>';
+  const unsigned code = static_cast<unsigned char>(c);
+  return code < 64 && (ends >> code & 1) != 0;
+}
+
 /// Does what soap_peek_element does for a start tag without attributes, or an end tag, that is whole in the buffer:
 /// most of an answer. False: it is something else, and nothing was done.
 bool peekPlainTag(struct soap* soap) {
@@ -37,7 +45,7 @@ bool peekPlainTag(struct soap* soap) {
   const std::size_t most = std::min<std::size_t>(static_cast<std::size_t>(end - at), sizeof soap->tag);
   const bool endTag = *at == '/';
   if (!endTag) {
-    while (size < most && !isBlank(at[size]) && at[size] != '/' && at[size] != '>')
+    while (size < most && !endsName(at[size]))
       ++size;
     if (size == 0 || size == most || at[size] != '>' || *at == '!' || *at == '?' || *at == '%')
       return false;

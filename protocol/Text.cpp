@@ -2,7 +2,9 @@
 
 #include "protocol/Reader.h"
 
+#include <charconv>
 #include <cstring>
+#include <utility>
 
 namespace tarnwell {
 namespace {
@@ -27,6 +29,52 @@ void appendUtf8(std::string& text, unsigned c) {
   if (c >= 0x80)
     bytes[size++] = static_cast<char>(0x80 | (c & 0x3f));
   text.append(bytes, size);
+}
+
+/// Characters between "&" and ";" that are looked at.
+constexpr std::size_t longestReference = 12;
+
+/// The number in "#128512" or "#x1F600"; 0 if it is none.
+unsigned characterNumber(std::string_view name) {
+  if (name.empty() || name.front() != '#')
+    return 0;
+  const bool hexadecimal = name.size() > 1 && (name[1] == 'x' || name[1] == 'X');
+  const char* const first = name.data() + (hexadecimal ? 2 : 1);
+  const char* const last = name.data() + name.size();
+  unsigned number = 0;
+  const auto [end, failure] = std::from_chars(first, last, number, hexadecimal ? 16 : 10);
+  return failure == std::errc() && end == last && number <= lastCodePoint ? number : 0;
+}
+
+/// Appends the character of "&name;": one of XML's five names or a character's number (XML 1.0 section 4.1). False: it
+/// is neither.
+bool appendReference(std::string& text, std::string_view name) {
+  static constexpr std::pair<std::string_view, char> entities[] = {
+      {"lt", '<'}, {"gt", '>'}, {"amp", '&'}, {"quot", '"'}, {"apos", '\''}};
+  for (const auto& [entity, character] : entities)
+    if (name == entity) {
+      text.push_back(character);
+      return true;
+    }
+  const unsigned number = characterNumber(name);
+  if (number != 0)
+    appendUtf8(text, number);
+  return number != 0;
+}
+
+/// Copies `text`, its references resolved. False: it has something else behind a "&".
+bool appendResolved(std::string& out, std::string_view text) {
+  for (;;) {
+    const std::size_t reference = text.find('&');
+    out.append(text, 0, reference);
+    if (reference == text.npos)
+      return true;
+    text.remove_prefix(reference + 1);
+    const std::size_t end = text.substr(0, longestReference + 1).find(';');
+    if (end == text.npos || !appendReference(out, text.substr(0, end)))
+      return false;
+    text.remove_prefix(end + 1);
+  }
 }
 
 /// Collects character data byte by byte: the way that works for everything, across buffers.
@@ -138,41 +186,17 @@ private:
     return SOAP_OK;
   }
 
-  /// What follows "&": one of XML's five names or a character's number (XML 1.0 section 4.1), then ";".
+  /// What follows "&", up to ";".
   int reference() {
     std::string name;
     for (int c = next(); c != ';'; c = next()) {
       if (c == EOF)
         return truncated();
-      if (name.size() == 12)
+      if (name.size() == longestReference)
         return m_soap->error = SOAP_SYNTAX_ERROR;
       name.push_back(static_cast<char>(c));
     }
-    static constexpr struct {
-      const char* name;
-      char character;
-    } entities[] = {{"lt", '<'}, {"gt", '>'}, {"amp", '&'}, {"quot", '"'}, {"apos", '\''}};
-    for (const auto& entity : entities)
-      if (name == entity.name)
-        return character(entity.character);
-    unsigned number = 0;
-    if (!characterNumber(name, number))
-      return m_soap->error = SOAP_SYNTAX_ERROR;
-    appendUtf8(m_out, number);
-    return SOAP_OK;
-  }
-
-  /// "#128512" or "#x1F600".
-  static bool characterNumber(const std::string& name, unsigned& number) {
-    if (name.size() < 2 || name[0] != '#')
-      return false;
-    const int base = name[1] == 'x' || name[1] == 'X' ? 16 : 10;
-    const char* const digits = name.c_str() + (base == 16 ? 2 : 1);
-    if (std::strspn(digits, base == 16 ? "0123456789abcdefABCDEF" : "0123456789") != std::strlen(digits))
-      return false;
-    const unsigned long value = std::strtoul(digits, nullptr, base);
-    number = static_cast<unsigned>(value);
-    return *digits && value > 0 && value <= lastCodePoint;
+    return appendReference(m_out, name) ? SOAP_OK : m_soap->error = SOAP_SYNTAX_ERROR;
   }
 
   struct soap* m_soap;
@@ -245,15 +269,20 @@ int Content::read(struct soap* soap) {
   if (!soap->body)
     return SOAP_OK;
   if (!soap->ahead && !soap->cdata && !(soap->mode & SOAP_ENC_LATIN)) {
-    // All of it in the buffer, and nothing in it to resolve: no copy.
+    // All of it in the buffer; with nothing in it to resolve, there is no copy.
     const char* const start = soap->buf + soap->bufidx;
     const std::size_t left = soap->buflen - soap->bufidx;
     const char* const end = static_cast<const char*>(std::memchr(start, '<', left));
-    if (end && end + 1 < start + left && end[1] == '/' &&
-        !std::memchr(start, '&', static_cast<std::size_t>(end - start))) {
+    if (end && end + 1 < start + left && end[1] == '/') {
       m_text = {start, static_cast<std::size_t>(end - start)};
-      soap->bufidx += m_text.size();
-      return SOAP_OK;
+      const bool plain = m_text.find('&') == m_text.npos;
+      m_collected.clear();
+      if (plain || appendResolved(m_collected, m_text)) {
+        soap->bufidx += m_text.size();
+        if (!plain)
+          m_text = m_collected;
+        return SOAP_OK;
+      }
     }
   }
   m_collected.clear();
