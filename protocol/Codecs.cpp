@@ -200,7 +200,7 @@ bool makeRoom(struct soap* soap, Block& block) {
 
 /// The bits collected so far, `count` bytes of them.
 bool append(struct soap* soap, Block& block, unsigned bits, std::size_t count) {
-  if (block.room() < 3 + base64::decodeSlack && !makeRoom(soap, block))
+  if (block.room() < decodedSize(0) && !makeRoom(soap, block))
     return false;
   unsigned char* const bytes = block.end(count);
   for (std::size_t i = 0; i < count; ++i)
@@ -214,22 +214,20 @@ int readBase64(struct soap* soap, Block& block) {
   unsigned group = 0;
   int characters = 0;
   bool padded = false;
-  const char* const text = soap->buf + soap->bufidx;
-  if (soap->buflen - soap->bufidx >= 2 && text[0] == '<' && text[1] == '/' && !soap->ahead)
-    return SOAP_OK; // no text, and no memory for it
-  if (!makeRoom(soap, block))
-    return soap->error = SOAP_EOM;
   for (;;) {
     if (soap->bufidx >= soap->buflen && soap_recv(soap))
       return soap->error = SOAP_CHK_EOF;
+    const char* const text = soap->buf + soap->bufidx;
     const std::size_t left = soap->buflen - soap->bufidx;
+    if (!soap->ahead && !soap->cdata && left >= 2 && text[0] == '<' && text[1] == '/')
+      break;
     if (characters == 0 && !padded && !soap->ahead && left >= 4) {
-      if (block.room() < 3 + base64::decodeSlack && !makeRoom(soap, block))
+      if ((block.size() == 0 || block.room() < decodedSize(0)) && !makeRoom(soap, block))
         return soap->error = SOAP_EOM;
       const std::size_t fitting = (block.room() - base64::decodeSlack) / 3 * 4;
       const std::size_t size = std::min(left, fitting);
       unsigned char* const bytes = block.end(size / 4 * 3 + base64::decodeSlack);
-      const std::size_t taken = base64::decodeGroups(soap->buf + soap->bufidx, size, bytes);
+      const std::size_t taken = base64::decodeGroups(text, size, bytes);
       block.extend(taken / 4 * 3);
       soap->bufidx += taken;
       if (taken == fitting || taken == left)

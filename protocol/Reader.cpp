@@ -11,6 +11,21 @@
 namespace tarnwell {
 namespace {
 
+/// Whether the element peeked at, with the local name `local`, is that of `row`. Mostly it has no prefix and the
+/// innermost declaration is the default namespace's: then the runtime, which searches, is not asked.
+bool matches(struct soap* soap, const char* local, const Row& row) {
+  if (std::strcmp(local, row.local) != 0)
+    return false;
+  const soap_nlist* const innermost = soap->nlist;
+  if (local == soap->tag && row.local != row.tag && innermost && !*innermost->id && innermost->index >= 0) {
+    const auto size = static_cast<std::size_t>(row.local - row.tag - 1);
+    const char* const prefix = soap->local_namespaces[innermost->index].id;
+    if (prefix && std::strncmp(prefix, row.tag, size) == 0 && !prefix[size])
+      return true;
+  }
+  return soap_match_tag(soap, soap->tag, row.tag) == SOAP_OK;
+}
+
 /// Of the rows not yet read, the one that the element peeked at belongs to; null if none. `next` is where to look
 /// first, as elements mostly come in order.
 const Row* findRow(struct soap* soap, const Type& type, unsigned long seen, std::size_t next) {
@@ -18,8 +33,7 @@ const Row* findRow(struct soap* soap, const Type& type, unsigned long seen, std:
   for (std::size_t i = 0; i < type.rowCount; ++i) {
     const std::size_t at = next + i < type.rowCount ? next + i : next + i - type.rowCount;
     const Row& row = type.rows[at];
-    if (*local == *row.local && !(seen >> at & 1) && std::strcmp(local, row.local) == 0 &&
-        soap_match_tag(soap, soap->tag, row.tag) == SOAP_OK)
+    if (*local == *row.local && !(seen >> at & 1) && matches(soap, local, row))
       return &row;
   }
   return nullptr;
