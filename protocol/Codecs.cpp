@@ -185,17 +185,14 @@ constexpr std::size_t decodedSize(std::size_t characters) { return characters / 
 /// Makes room in `block` for what is left of the base64 text in the buffer; of a text that goes on beyond it, also for
 /// what the message's length allows.
 bool makeRoom(struct soap* soap, Block& block) {
-  const std::size_t left = soap->buflen - soap->bufidx;
+  const std::string_view next = unread(soap);
   // What the runtime counts has the HTTP header in it, of one buffer at most.
-  const ULONG64 read = soap->count - left, most = soap->length + SOAP_BUFLEN;
+  const ULONG64 read = soap->count - next.size(), most = soap->length + SOAP_BUFLEN;
   const std::size_t likely = soap->length ? decodedSize(most - std::min(most, read)) : 0;
   if (likely && block.room() >= likely)
     return true;
-  const char* const text = soap->buf + soap->bufidx;
-  const void* const end = std::memchr(text, '<', left);
-  if (!end)
-    return block.grow(decodedSize(left), likely);
-  return block.grow(decodedSize(static_cast<std::size_t>(static_cast<const char*>(end) - text)), 0);
+  const std::size_t end = next.find('<');
+  return end == next.npos ? block.grow(decodedSize(next.size()), likely) : block.grow(decodedSize(end), 0);
 }
 
 /// The bits collected so far, `count` bytes of them.
@@ -217,20 +214,19 @@ int readBase64(struct soap* soap, Block& block) {
   for (;;) {
     if (soap->bufidx >= soap->buflen && soap_recv(soap))
       return soap->error = SOAP_CHK_EOF;
-    const char* const text = soap->buf + soap->bufidx;
-    const std::size_t left = soap->buflen - soap->bufidx;
-    if (!soap->ahead && !soap->cdata && left >= 2 && text[0] == '<' && text[1] == '/')
+    const std::string_view next = unread(soap);
+    if (!soap->ahead && !soap->cdata && next.substr(0, 2) == "</")
       break;
-    if (characters == 0 && !padded && !soap->ahead && left >= 4) {
+    if (characters == 0 && !padded && !soap->ahead && next.size() >= 4) {
       if ((block.size() == 0 || block.room() < decodedSize(0)) && !makeRoom(soap, block))
         return soap->error = SOAP_EOM;
       const std::size_t fitting = (block.room() - base64::decodeSlack) / 3 * 4;
-      const std::size_t size = std::min(left, fitting);
+      const std::size_t size = std::min(next.size(), fitting);
       unsigned char* const bytes = block.end(size / 4 * 3 + base64::decodeSlack);
-      const std::size_t taken = base64::decodeGroups(text, size, bytes);
+      const std::size_t taken = base64::decodeGroups(next.data(), size, bytes);
       block.extend(taken / 4 * 3);
       soap->bufidx += taken;
-      if (taken == fitting || taken == left)
+      if (taken == fitting || taken == next.size())
         continue;
     }
     // One character the slow way: a blank, padding, an odd group at the buffer's edge, the end.

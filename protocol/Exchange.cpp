@@ -67,7 +67,7 @@ private:
 /// What soap_envelope_begin_out writes with the namespace table, as it stands: the runtime looks at every character of
 /// it for something to escape, twice, which costs more than all the rest of a small request.
 int beginEnvelope(struct soap* soap) {
-  if (soap->namespaces != namespaces || soap->version != 2 ||
+  if (soap->namespaces != namespaces ||
       soap->mode & (SOAP_XML_CANONICAL | SOAP_XML_DOM | SOAP_XML_INDENT | SOAP_XML_DEFAULTNS))
     return soap_envelope_begin_out(soap);
   soap->part = SOAP_IN_ENVELOPE;
@@ -94,7 +94,7 @@ int writeMessage(struct soap* soap, const Operation& operation, const SchemaObje
 /// What soap_begin does, except that it leaves the tables of ids and pointers alone when nothing is left of a request:
 /// soap_begin_recv clears them too, and their fifty kilobytes cost more time than writing a small request.
 void begin(struct soap* soap) {
-  if (soap->pblk || soap->blist || soap->nlist || soap->xlist)
+  if (soap->pblk || soap->nlist)
     return soap_begin(soap);
   soap->error = SOAP_OK;
   if (!soap->keep_alive)

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <string_view>
 
 namespace tarnwell {
 namespace {
@@ -49,8 +50,9 @@ bool endsName(char c) {
 /// Does what soap_peek_element does for a start tag without attributes, or an end tag, that is whole in the buffer:
 /// most of an answer. False: it is something else, and nothing was done.
 bool peekPlainTag(struct soap* soap) {
-  const char* at = soap->buf + soap->bufidx;
-  const char* const end = soap->buf + soap->buflen;
+  const std::string_view next = unread(soap);
+  const char* at = next.data();
+  const char* const end = at + next.size();
   while (at < end && isBlank(*at))
     ++at;
   if (soap->ahead || soap->cdata || soap->feltbegin || soap->mode & SOAP_XML_DOM || end - at < 3 || *at++ != '<')
@@ -212,16 +214,15 @@ int beginElement(struct soap* soap, const char* tag, bool nillable) {
 }
 
 int endElement(struct soap* soap, const char* tag) {
-  const char* const at = soap->buf + soap->bufidx;
-  const std::size_t left = soap->buflen - soap->bufidx;
+  const std::string_view next = unread(soap);
   const bool peekedAtEnd = soap->peeked && !*soap->tag && soap->ahead == endTagMark;
   if (soap->mode & (SOAP_XML_STRICT | SOAP_XML_DOM) || soap->feltendin || soap->cdata)
     return soap_element_end_in(soap, tag);
   if (peekedAtEnd) { // "</" was taken: the rest of the tag, whatever its name
-    const char* const close = static_cast<const char*>(std::memchr(at, '>', left));
-    if (!close)
+    const std::size_t close = next.find('>');
+    if (close == next.npos)
       return soap_element_end_in(soap, tag);
-    soap->bufidx += static_cast<std::size_t>(close + 1 - at);
+    soap->bufidx += close + 1;
     soap->peeked = 0;
     soap->ahead = 0;
     soap->error = SOAP_OK;
@@ -230,8 +231,8 @@ int endElement(struct soap* soap, const char* tag) {
   }
   // The very end tag of the start tag taken last, whole in the buffer: nothing for the runtime to find out.
   const std::size_t size = std::strlen(soap->tag);
-  if (soap->error || soap->peeked || soap->ahead || left < size + 3 || at[0] != '<' || at[1] != '/' ||
-      at[size + 2] != '>' || std::memcmp(at + 2, soap->tag, size) != 0)
+  if (soap->error || soap->peeked || soap->ahead || next.size() < size + 3 || next[0] != '<' || next[1] != '/' ||
+      next[size + 2] != '>' || next.compare(2, size, soap->tag, size) != 0)
     return soap_element_end_in(soap, tag);
   soap->bufidx += size + 3;
   --soap->level;

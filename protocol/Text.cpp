@@ -270,15 +270,13 @@ int Content::read(struct soap* soap) {
     return SOAP_OK;
   if (!soap->ahead && !soap->cdata && !(soap->mode & SOAP_ENC_LATIN)) {
     // All of it in the buffer; with nothing in it to resolve, there is no copy.
-    const char* const start = soap->buf + soap->bufidx;
-    const std::size_t left = soap->buflen - soap->bufidx;
-    const char* const end = static_cast<const char*>(std::memchr(start, '<', left));
-    if (end && end + 1 < start + left && end[1] == '/') {
-      m_text = {start, static_cast<std::size_t>(end - start)};
+    const std::string_view next = unread(soap);
+    const std::size_t end = next.find('<');
+    if (end != next.npos && end + 1 < next.size() && next[end + 1] == '/') {
+      m_text = next.substr(0, end);
       const bool plain = m_text.find('&') == m_text.npos;
-      m_collected.clear();
       if (plain || appendResolved(m_collected, m_text)) {
-        soap->bufidx += m_text.size();
+        soap->bufidx += end;
         if (!plain)
           m_text = m_collected;
         return SOAP_OK;

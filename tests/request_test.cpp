@@ -66,6 +66,21 @@ TEST(Request, EndpointAndActionHaveDefaults) {
   }
 }
 
+TEST(Request, DeclaresTheNamespacesOfItsContext) {
+  const Namespace table[] = {{"SOAP-ENV", "http://schemas.xmlsoap.org/soap/envelope/", nullptr, nullptr},
+                             {"SOAP-ENC", "http://schemas.xmlsoap.org/soap/encoding/", nullptr, nullptr},
+                             {"dsns", "urn:other", nullptr, nullptr},
+                             {nullptr, nullptr, nullptr, nullptr}};
+  WireClient client;
+  soap_set_namespaces(client.soap, table);
+  client.login(success);
+  EXPECT_EQ("text/xml; charset=utf-8", client.request().header("Content-Type"));
+  EXPECT_NE(std::string::npos, client.sent.find("<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/"
+                                                "envelope/\" xmlns:SOAP-ENC=\"http://schemas.xmlsoap.org/soap/"
+                                                "encoding/\" xmlns:dsns=\"urn:other\">"))
+      << client.sent;
+}
+
 TEST(Request, ThroughAProxy) {
   const std::string user(500, 'u'), fits(260, 'p'), tooLong(261, 'p');
   const struct {

@@ -77,6 +77,7 @@ xsd:dateTime | 05:06:07 => error 4 | 1 => error 4 | => 1970-01-01T00:00:00Z | 00
 xsd:dateTime | 0001-01-01T00:00:00 => 1969-12-31T20:30:00Z | 9999-12-31T23:59:59Z => 9999-12-31T23:59:59Z
 xsd:string | plain => plain | => | a&lt;&gt;&amp;&quot;&apos;b => a&lt;&gt;&amp;"'b | é€😀 => é€😀 | ]] => ]]
 xsd:string | &#233;&#xE9;&#x20AC; => éé€ | a&#x1F600;b => a😀b | &#128512; => 😀 | &amp;amp; => &amp;amp; | &#13; => &#xD;
+xsd:string | a&nope;b => error 5 | a&#12x;b => error 5 | &#x110000; => error 5 | &#; => error 5 | &#0000000000065; => error 5
 xsd:string | a<![CDATA[b<&amp;]]]]>c => ab&lt;&amp;amp;]]c | <![CDATA[]]> => | a<!-- <b> -->c => ac | a<?b c?>d => ad
 dsns2:guid | {67C8770B-44f1}? => {67C8770B-44f1}? | a&amp;b<![CDATA[<]]>é => a&amp;b&lt;é
 xsd:QName | s:Sender => SOAP-ENV:Sender
@@ -84,6 +85,7 @@ dsns:DesktopLoginEnumerators | NotAUser => NotAUser | 1 => NotPremiumAccount | 2
 dsns:DesktopMapAccess | 0 => DbError | FileExists => FileExists | 2 => Success | 3 => None | NoAccess => NoAccess | => DbError
 dsns:DesktopMapAccess | 5 => OngoingCollaboration | MapRemoved => MapRemoved | 9 => 9 | -1 => -1 | noaccess => error 4
 xsd:base64Binary | QUJD => QUJD | QUI= => QUI= | QQ== => QQ== | => | QU JD  RA = = => QUJDRA== | +/+/ => +/+/
+xsd:base64Binary | QU<!-- J -->JD => QUJD | <![CDATA[QUJD]]> => QUJD | <![CDATA[QUJD</]]> => error 4
 xsd:base64Binary | QUJD* => error 4 | Q*JDQUJD => error 4 | QU-D => error 4 | QUJé => error 4 | =QUJ => error 4
 )";
 TEST(Values, AreReadAndWritten) {
