@@ -126,7 +126,9 @@ unsigned char* Block::end(std::size_t size) {
 
 bool Block::grow(std::size_t needed, std::size_t likely) {
   const std::size_t wanted = std::max(needed, std::min(likely, mostLikely));
-  if (room() >= wanted)
+  // Once a region is as big as an answer claims to be, only what arrived opens another: claims alone would add up.
+  const bool claimed = m_region && m_region->capacity >= wanted && m_region->used < m_region->capacity / 2;
+  if (room() >= (claimed ? needed : wanted))
     return true;
   if (!findPlugin(m_soap) && soap_register_plugin(m_soap, createPlugin))
     return false;

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <iostream>
 #include <random>
 
@@ -88,6 +89,26 @@ TEST(Damage, CutOffAnswersFail) {
       soap_destroy(client.soap);
       soap_end(client.soap);
     }
+}
+
+/// Resident memory of this process, in bytes.
+std::size_t residentMemory() {
+  std::size_t pages = 0;
+  std::ifstream("/proc/self/statm").ignore(100, ' ') >> pages;
+  return pages * 4096;
+}
+
+TEST(Damage, FalseLengthsCostNothing) {
+  const std::string map = "<DesktopInfoClass><Thumbnail>QUJD</Thumbnail></DesktopInfoClass>";
+  const std::string list = replaced(std::string(300, '.'), ".", map);
+  WireClient client;
+  client.piece = 7;
+  client.reply = "HTTP/1.1 200 OK\r\nContent-Type: application/soap+xml\r\nContent-Length: 99999999999\r\n\r\n" +
+                 message::answer("GetMapsList_NEW_DESKTOP", message::listing(list));
+  const std::size_t before = residentMemory();
+  for (int call = 0; call < 3; ++call)
+    EXPECT_EQ(std::string::npos, client.list().find("error"));
+  EXPECT_LT(residentMemory() - before, std::size_t{30} << 20);
 }
 
 TEST(Damage, PiecesOfAnySize) {
