@@ -35,12 +35,12 @@ constexpr std::size_t ahead = mebi;
 
 /// A huge page that takes more of the thread's time than 512 small ones would, in nanoseconds, is dear: a virtual
 /// machine has to fetch it from its host first, some ten times as long, while smaller pieces are still at hand.
-constexpr long dear = 1000000;
+constexpr long long dear = 1000000;
 
-long threadTime() {
+long long threadTime() {
   timespec time{};
   clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-  return time.tv_sec * 1000000000 + time.tv_nsec;
+  return time.tv_sec * 1000000000LL + time.tv_nsec;
 }
 
 constexpr std::size_t roundUp(std::size_t size, std::size_t unit) { return (size + unit - 1) / unit * unit; }
@@ -112,7 +112,7 @@ unsigned char* Block::end(std::size_t size) {
   if (at + size > m_region->present) {
     unsigned char* const first = m_region->begin + m_region->present;
     const std::size_t present = std::min(roundUp(at + size + ahead, page), m_region->capacity);
-    const long start = m_region->huge ? threadTime() : 0;
+    const long long start = m_region->huge ? threadTime() : 0;
     // A system that cannot do this gives the pages one by one, as ever.
     static_cast<void>(madvise(first, present - m_region->present, MADV_POPULATE_WRITE));
     m_region->present = present;
