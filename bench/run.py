@@ -146,6 +146,8 @@ def main():
             for case in CASES:
                 if re.search(options.only, case.name):
                     print_row(bench.compare(case, options.rounds))
+            pages = subprocess.run([os.path.join(options.build, "bench_pages")], stdout=subprocess.PIPE, text=True)
+            print("\nFresh memory, CPU µs per 4 KiB: " + pages.stdout.strip())
             if not options.no_instructions:
                 print()
                 print_head("instructions", "per", "generated", "limit", "ours")
