@@ -1,11 +1,11 @@
 #include "protocol/Block.h"
 
+#include "protocol/HugePages.h"
 #include "protocol/TypeNumbers.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <ctime>
 #include <new>
 #include <sys/mman.h>
 
@@ -19,7 +19,7 @@ struct Region {
   std::size_t capacity;
   std::size_t used;    ///< by blocks that were released
   std::size_t present; ///< bytes whose pages were asked for
-  bool huge;           ///< with huge pages, as long as they are not dear
+  HugePages pages;
 };
 
 namespace {
@@ -30,19 +30,6 @@ constexpr std::size_t page = 4096, hugePage = 2 * mebi;
 constexpr std::size_t smallest = 8 * mebi;
 /// The most that an answer's length is taken for: blocks that are bigger move when they grow.
 constexpr std::size_t mostLikely = 256 * mebi;
-/// Pages are asked for this far ahead of what has arrived.
-constexpr std::size_t ahead = mebi;
-
-/// A huge page that takes more of the thread's time than 512 small ones would, in nanoseconds, is dear: a virtual
-/// machine has to fetch it from its host first, some ten times as long, while smaller pieces are still at hand.
-constexpr long long dear = 1000000;
-
-long long threadTime() {
-  timespec time{};
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-  return time.tv_sec * 1000000000LL + time.tv_nsec;
-}
-
 constexpr std::size_t roundUp(std::size_t size, std::size_t unit) { return (size + unit - 1) / unit * unit; }
 
 /// Under this name the context keeps, as it does for its plug-ins, the region that is being filled.
@@ -84,7 +71,7 @@ Region* makeRegion(struct soap* soap, std::size_t capacity, bool huge) {
   if (mapping == MAP_FAILED)
     return nullptr;
   auto* const begin = reinterpret_cast<unsigned char*>(roundUp(reinterpret_cast<std::uintptr_t>(mapping), hugePage));
-  Region* const region = new (std::nothrow) Region{mapping, mapped, begin, capacity, 0, 0, huge};
+  Region* const region = new (std::nothrow) Region{mapping, mapped, begin, capacity, 0, 0, {begin, capacity, huge}};
   soap_clist* const entry = region ? soap_link(soap, SOAP_TYPE_xsd__unsignedByte, -1, freeRegion) : nullptr;
   if (!entry) {
     munmap(mapping, mapped);
@@ -92,8 +79,6 @@ Region* makeRegion(struct soap* soap, std::size_t capacity, bool huge) {
     return nullptr;
   }
   entry->ptr = region;
-  if (huge) // a system without huge pages gives small ones, as ever
-    static_cast<void>(madvise(begin, capacity, MADV_HUGEPAGE));
   return region;
 }
 
@@ -110,16 +95,11 @@ std::size_t Block::room() const { return m_region ? m_region->capacity - m_start
 unsigned char* Block::end(std::size_t size) {
   const std::size_t at = m_start + m_size;
   if (at + size > m_region->present) {
+    // A little ahead of what has arrived. A system that cannot do this gives the pages one by one, as ever.
     unsigned char* const first = m_region->begin + m_region->present;
-    const std::size_t present = std::min(roundUp(at + size + ahead, page), m_region->capacity);
-    const long long start = m_region->huge ? threadTime() : 0;
-    // A system that cannot do this gives the pages one by one, as ever.
-    static_cast<void>(madvise(first, present - m_region->present, MADV_POPULATE_WRITE));
+    const std::size_t present = std::min(roundUp(at + size + HugePages::step, page), m_region->capacity);
+    m_region->pages.watch([&] { static_cast<void>(madvise(first, present - m_region->present, MADV_POPULATE_WRITE)); });
     m_region->present = present;
-    if (m_region->huge && threadTime() - start > dear) {
-      m_region->huge = false;
-      static_cast<void>(madvise(m_region->begin, m_region->capacity, MADV_NOHUGEPAGE));
-    }
   }
   return m_region->begin + at;
 }
@@ -133,7 +113,7 @@ bool Block::grow(std::size_t needed, std::size_t likely) {
   if (!findPlugin(m_soap) && soap_register_plugin(m_soap, createPlugin))
     return false;
   for (const std::size_t capacity : {std::max(m_size + std::max(wanted, m_size), smallest), m_size + needed}) {
-    Region* const region = makeRegion(m_soap, capacity, !m_region || m_region->huge);
+    Region* const region = makeRegion(m_soap, capacity, !m_region || m_region->pages.wanted());
     if (!region)
       continue;
     Block moved(m_soap);

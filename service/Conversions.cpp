@@ -1,26 +1,24 @@
 #include "service/Conversions.h"
 
+#include "protocol/HugePages.h"
+
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
 #include <limits>
-#include <sys/mman.h>
 
 namespace tarnwell {
 namespace {
 
 static_assert(sizeof(wchar_t) == 4, "the protocol's texts hold one code point per unit");
 
-/// Copies a block to a fresh one. A big one asks for huge pages, since page faults cost more than bytes there; a system
-/// without them changes nothing.
+/// Copies a block to a fresh one; one that has a huge page in it for certain asks for huge pages.
 void copyFresh(void* to, const void* from, std::size_t size) {
-  constexpr std::uintptr_t page = 4096;
-  const std::uintptr_t first = (reinterpret_cast<std::uintptr_t>(to) + page - 1) & ~(page - 1);
-  const std::uintptr_t last = (reinterpret_cast<std::uintptr_t>(to) + size) & ~(page - 1);
-  if (size >= std::size_t{1} << 22)
-    static_cast<void>(madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE));
-  if (size > 0)
-    std::memcpy(to, from, size);
+  HugePages pages(to, size, size >= 4 * HugePages::step);
+  for (std::size_t at = 0; at < size; at += HugePages::step)
+    pages.watch([&] {
+      std::memcpy(static_cast<char*>(to) + at, static_cast<const char*>(from) + at,
+                  std::min(HugePages::step, size - at));
+    });
 }
 
 /// Places a copy of `bytes` in `member`, in a new object of the context.

@@ -1,0 +1,41 @@
+// Fresh memory in huge pages, for as long as these are worth it.
+#pragma once
+
+#include <cstddef>
+
+namespace tarnwell {
+
+/// Asks for huge pages in memory that is about to be used for the first time: page faults cost more than bytes there.
+/// On a machine without huge pages nothing changes.
+class HugePages {
+public:
+  /// What may be touched in one watch().
+  static constexpr std::size_t step = std::size_t{1} << 20;
+
+  /// Of the memory at `begin`; `wanted` false: small pages from the beginning.
+  HugePages(void* begin, std::size_t size, bool wanted = true);
+
+  /// Whether huge pages were worth it so far.
+  bool wanted() const { return m_wanted; }
+  /// Runs `touch`, which touches the next step of the memory, and gives huge pages up if it takes too long: a virtual
+  /// machine may have to fetch them from its host first, some ten times as long, while small pages are still at hand.
+  template <class Touch> void watch(Touch touch) {
+    const long long start = m_wanted ? threadTime() : 0;
+    touch();
+    if (m_wanted && threadTime() - start > dear)
+      giveUp();
+  }
+
+private:
+  /// The thread's time, in nanoseconds, that the 512 small pages in the place of a huge one would take.
+  static constexpr long long dear = 1000000;
+
+  static long long threadTime();
+  void giveUp();
+
+  void* m_begin;
+  std::size_t m_size;
+  bool m_wanted;
+};
+
+} // namespace tarnwell
