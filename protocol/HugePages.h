@@ -9,7 +9,7 @@ namespace tarnwell {
 /// On a machine without huge pages nothing changes.
 class HugePages {
 public:
-  /// What may be touched in one watch().
+  /// What one watch() should touch at most, to give up in time: 1 MiB.
   static constexpr std::size_t step = std::size_t{1} << 20;
 
   /// Of the memory at `begin`; `wanted` false: small pages from the beginning.
