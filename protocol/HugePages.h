@@ -1,6 +1,7 @@
 // Fresh memory in huge pages, for as long as these are worth it.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 
 namespace tarnwell {
@@ -37,5 +38,17 @@ private:
   std::size_t m_size;
   bool m_wanted;
 };
+
+/// Fills a fresh block of `size` bytes at `to` by calls of `fill(at, count)`, for all of it from its start to its end.
+/// A block that has a huge page in it for certain asks for huge pages.
+template <class Fill> void fillFresh(void* to, std::size_t size, Fill fill) {
+  // Blocks from here on malloc maps anew each time (M_MMAP_THRESHOLD of mallopt(3)), mostly in memory that the block
+  // before gave back: huge pages pay from the second one on, however dear the first are. So all is one step.
+  constexpr std::size_t mappedAnew = 32 * HugePages::step;
+  const std::size_t step = size < mappedAnew ? HugePages::step : size;
+  HugePages pages(to, size, size >= 4 * HugePages::step);
+  for (std::size_t at = 0; at < size; at += step)
+    pages.watch([&] { fill(at, std::min(step, size - at)); });
+}
 
 } // namespace tarnwell

@@ -11,17 +11,10 @@ namespace {
 
 static_assert(sizeof(wchar_t) == 4, "the protocol's texts hold one code point per unit");
 
-/// Copies a block to a fresh one; one that has a huge page in it for certain asks for huge pages.
 void copyFresh(void* to, const void* from, std::size_t size) {
-  // Blocks from here on are mapped anew each time (M_MMAP_THRESHOLD of mallopt(3)), mostly in memory that the block
-  // before gave back: huge pages pay from the second one on, however dear the first are. So all is one step.
-  constexpr std::size_t mappedAnew = 32 * HugePages::step;
-  const std::size_t step = size < mappedAnew ? HugePages::step : size;
-  HugePages pages(to, size, size >= 4 * HugePages::step);
-  for (std::size_t at = 0; at < size; at += step)
-    pages.watch([&] {
-      std::memcpy(static_cast<char*>(to) + at, static_cast<const char*>(from) + at, std::min(step, size - at));
-    });
+  fillFresh(to, size, [=](std::size_t at, std::size_t count) {
+    std::memcpy(static_cast<char*>(to) + at, static_cast<const char*>(from) + at, count);
+  });
 }
 
 /// Places a copy of `bytes` in `member`, in a new object of the context.

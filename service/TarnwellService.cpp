@@ -1,12 +1,15 @@
 #include "service/TarnwellService.h"
 
 #include "client/ContextObject.h"
+#include "protocol/HugePages.h"
 #include "service/Conversions.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
+#include <algorithm>
 #include <iterator>
+#include <limits>
 
 using namespace tarnwell;
 
@@ -119,7 +122,20 @@ int manageMap(struct soap* context, const MapInfo& info, const QString& name, Ca
 /// All bytes of the file; none when it cannot be opened, which deliberately does not stop a save.
 QByteArray contentOf(const QString& filePath) {
   QFile file(filePath);
-  return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+  if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+    return QByteArray();
+  // A regular file's size is known, and a block of that size can be fresh memory of the better kind.
+  const qint64 size = file.size();
+  if (size <= 0 || size > std::numeric_limits<int>::max() / 2)
+    return file.readAll();
+  QByteArray bytes(static_cast<int>(size), Qt::Uninitialized);
+  qint64 read = 0;
+  tarnwell::fillFresh(bytes.data(), static_cast<std::size_t>(size), [&](std::size_t at, std::size_t count) {
+    if (read == static_cast<qint64>(at)) // nothing was missing so far
+      read += std::max<qint64>(0, file.read(bytes.data() + at, static_cast<qint64>(count)));
+  });
+  bytes.truncate(static_cast<int>(read));
+  return bytes += file.readAll(); // what it has grown by meanwhile
 }
 
 } // namespace
