@@ -124,7 +124,7 @@ QByteArray contentOf(const QString& filePath) {
   QFile file(filePath);
   if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
     return QByteArray();
-  // A regular file's size is known, and a block of that size can be fresh memory of the better kind.
+  // Where the size is known, the whole block can be had in huge pages before it is read.
   const qint64 size = file.size();
   if (size <= 0 || size > std::numeric_limits<int>::max() / 2)
     return file.readAll();
