@@ -8,10 +8,11 @@
 #include <cstring>
 #include <new>
 #include <sys/mman.h>
+#include <utility>
 
 namespace tarnwell {
 
-/// Address space, of which only what is written costs memory.
+/// Address space, of which what is written, and a little ahead of it, costs memory.
 struct Region {
   void* mapping;
   std::size_t mapped;
@@ -30,11 +31,13 @@ constexpr std::size_t page = 4096, hugePage = 2 * mebi;
 constexpr std::size_t smallest = 8 * mebi;
 /// The most that an answer's length is taken for: blocks that are bigger move when they grow.
 constexpr std::size_t mostLikely = 256 * mebi;
+
 constexpr std::size_t roundUp(std::size_t size, std::size_t unit) { return (size + unit - 1) / unit * unit; }
 
 /// Under this name the context keeps, as it does for its plug-ins, the region that is being filled.
 constexpr char pluginId[] = "tarnwell/blocks";
 
+/// The context's entry of that name; the runtime's own look-up gives its data alone, not where they are.
 soap_plugin* findPlugin(struct soap* soap) {
   soap_plugin* plugin = soap->plugins;
   while (plugin && plugin->id != pluginId)
@@ -112,25 +115,23 @@ bool Block::grow(std::size_t needed, std::size_t likely) {
     return true;
   if (!findPlugin(m_soap) && soap_register_plugin(m_soap, createPlugin))
     return false;
-  for (const std::size_t capacity : {std::max(m_size + std::max(wanted, m_size), smallest), m_size + needed}) {
-    Region* const region = makeRegion(m_soap, capacity, !m_region || m_region->pages.wanted());
-    if (!region)
-      continue;
-    Block moved(m_soap);
-    moved.m_region = region;
-    moved.m_start = 0;
-    if (m_size > 0) {
-      std::memcpy(moved.end(m_size), m_region->begin + m_start, m_size);
-      const std::size_t kept = roundUp(m_start, page);
-      static_cast<void>(madvise(m_region->begin + kept, m_region->present - kept, MADV_DONTNEED));
-      m_region->present = kept;
-    }
-    m_region = region;
-    m_start = 0;
-    findPlugin(m_soap)->data = region;
+  const bool huge = !m_region || m_region->pages.wanted();
+  Region* region = makeRegion(m_soap, std::max(m_size + std::max(wanted, m_size), smallest), huge);
+  if (!region && room() >= needed)
     return true;
+  if (!region && !(region = makeRegion(m_soap, m_size + needed, huge)))
+    return false;
+  findPlugin(m_soap)->data = region;
+  Region* const old = std::exchange(m_region, region);
+  const std::size_t start = std::exchange(m_start, 0), size = std::exchange(m_size, 0);
+  if (size > 0) {
+    std::memcpy(end(size), old->begin + start, size);
+    extend(size);
+    const std::size_t kept = roundUp(start, page);
+    static_cast<void>(madvise(old->begin + kept, old->present - kept, MADV_DONTNEED));
+    old->present = kept;
   }
-  return room() >= needed;
+  return true;
 }
 
 unsigned char* Block::release() {

@@ -212,7 +212,7 @@ int readBase64(struct soap* soap, Block& block) {
   int characters = 0;
   bool padded = false;
   for (;;) {
-    if (soap->bufidx >= soap->buflen && soap_recv(soap))
+    if (unread(soap).empty() && soap_recv(soap))
       return soap->error = SOAP_CHK_EOF;
     const std::string_view next = unread(soap);
     if (!soap->ahead && !soap->cdata && next.substr(0, 2) == "</")

@@ -14,7 +14,7 @@ public:
   static constexpr std::size_t step = std::size_t{1} << 20;
 
   /// Of the memory at `begin`; `wanted` false: small pages from the beginning.
-  HugePages(void* begin, std::size_t size, bool wanted = true);
+  HugePages(void* begin, std::size_t size, bool wanted);
 
   /// Whether huge pages were worth it so far.
   bool wanted() const { return m_wanted; }

@@ -6,6 +6,7 @@
 #include "tests/Messages.h"
 #include "tests/ScriptedService.h"
 #include "tests/Show.h"
+#include "tests/Table.h"
 
 #include <algorithm>
 
@@ -76,3 +77,13 @@ private:
   static WireClient& of(struct soap* soap) { return *static_cast<WireClient*>(soap->user); }
   std::size_t m_position = 0;
 };
+
+/// Calls `check(client, row)` for every row of a table twice: what the client reads arrives whole, then byte by byte.
+template <class Check> void forEachArrival(const char* table, Check check) {
+  for (const auto& row : rows(table))
+    for (const std::size_t piece : {0U, 1U}) {
+      WireClient client;
+      client.piece = piece;
+      check(client, row);
+    }
+}

@@ -35,12 +35,9 @@ const char* const resolved = R"(
 <M /><Other/>                                                |                                              | {}
 )";
 TEST(Reference, IsResolved) {
-  for (const auto& row : rows(resolved))
-    for (const std::size_t piece : {0U, 1U}) {
-      WireClient client;
-      client.piece = piece;
-      EXPECT_EQ("login 2 " + expanded(row[2]) + " end", client.list(answer(row[0], row[1]))) << row[0] << " " << row[1];
-    }
+  forEachArrival(resolved, [](WireClient& client, const auto& row) {
+    EXPECT_EQ("login 2 " + expanded(row[2]) + " end", client.list(answer(row[0], row[1]))) << row[0] << " " << row[1];
+  });
 }
 
 // What must not happen is a crash or a value from nowhere: such a call fails, or reads what the third column begins
@@ -61,15 +58,11 @@ const char* const unresolved = R"(
 <M href=""/><M href="#"/>                                    |                                          |
 )";
 TEST(Reference, ThatLeadsNowhereIsRefusedOrLeavesTheDefault) {
-  for (const auto& row : rows(unresolved))
-    for (const std::size_t piece : {0U, 1U}) {
-      WireClient client;
-      client.piece = piece;
-      const std::string read = client.list(answer(row[0], row[1]));
-      EXPECT_TRUE(read.find("error ") == 0 || read.find("login 2 " + expanded(row[2])) == 0)
-          << row[0] << row[1] << read;
-      EXPECT_EQ(expanded("login 2 @ end"), client.list(answer("<M >@</M>", ""))) << "after " << row[0] << row[1];
-    }
+  forEachArrival(unresolved, [](WireClient& client, const auto& row) {
+    const std::string read = client.list(answer(row[0], row[1]));
+    EXPECT_TRUE(read.find("error ") == 0 || read.find("login 2 " + expanded(row[2])) == 0) << row[0] << row[1] << read;
+    EXPECT_EQ(expanded("login 2 @ end"), client.list(answer("<M >@</M>", ""))) << "after " << row[0] << row[1];
+  });
 }
 
 TEST(Reference, OfAResultsParts) {
