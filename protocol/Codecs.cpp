@@ -189,8 +189,6 @@ bool makeRoom(struct soap* soap, Block& block) {
   // What the runtime counts has the HTTP header in it, of one buffer at most.
   const ULONG64 read = soap->count - next.size(), most = soap->length + SOAP_BUFLEN;
   const std::size_t likely = soap->length ? decodedSize(most - std::min(most, read)) : 0;
-  if (likely && block.room() >= likely)
-    return true;
   const std::size_t end = next.find('<');
   return end == next.npos ? block.grow(decodedSize(next.size()), likely) : block.grow(decodedSize(end), 0);
 }
@@ -274,9 +272,9 @@ int readBlob(struct soap* soap, const Type&, void* value) {
   if (block.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
     return soap->error = SOAP_LENGTH;
   if (block.size() > 0) {
-    blob.__size = static_cast<int>(block.size());
     blob.__ptr = block.release();
-    return SOAP_OK;
+    blob.__size = blob.__ptr ? static_cast<int>(block.size()) : 0;
+    return soap->error = blob.__ptr ? SOAP_OK : SOAP_EOM;
   }
   // Without data there may be an XOP include, which names an attachment.
   if (peekElement(soap) && soap->error != SOAP_NO_TAG)

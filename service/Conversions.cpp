@@ -1,23 +1,35 @@
 #include "service/Conversions.h"
 
-#include "protocol/HugePages.h"
+#include "protocol/Block.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
+#include <memory>
+#include <new>
 
 namespace tarnwell {
 namespace {
 
 static_assert(sizeof(wchar_t) == 4, "the protocol's texts hold one code point per unit");
 
-void copyFresh(void* to, const void* from, std::size_t size) {
-  fillFresh(to, size, [=](std::size_t at, std::size_t count) {
-    std::memcpy(static_cast<char*>(to) + at, static_cast<const char*>(from) + at, count);
-  });
-}
+/// A big block in a byte array.
+class ArrayBlock : public BigBlock {
+public:
+  unsigned char* resize(std::size_t size) noexcept override try {
+    if (size > static_cast<std::size_t>(std::numeric_limits<int>::max()))
+      return nullptr;
+    bytes.resize(static_cast<int>(size));
+    return reinterpret_cast<unsigned char*>(bytes.data());
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
 
-/// Places a copy of `bytes` in `member`, in a new object of the context.
+  QByteArray bytes;
+};
+
+std::unique_ptr<BigBlock> makeArrayBlock() noexcept { return std::unique_ptr<BigBlock>(new (std::nothrow) ArrayBlock); }
+
+/// Places `bytes` in `member`, in a new object of the context.
 void lend(struct soap* soap, const QByteArray& bytes, std::optional<LentBytes>& copy, xsd__base64Binary*& member) {
   ContextObject<xsd__base64Binary> block(soap);
   copy.emplace(*block, bytes);
@@ -53,20 +65,19 @@ QDateTime fromSeconds(std::time_t seconds) {
   return QDateTime::fromSecsSinceEpoch(static_cast<quint32>(seconds), Qt::UTC);
 }
 
+void readIntoArrays(struct soap* soap) { setBigBlocks(soap, makeArrayBlock); }
+
 QByteArray fromBlock(const xsd__base64Binary& block) {
-  if (!block.__ptr) // also of a size that says otherwise
-    return QByteArray();
-  QByteArray bytes(block.__size, Qt::Uninitialized);
-  copyFresh(bytes.data(), block.__ptr, static_cast<std::size_t>(bytes.size()));
-  return bytes;
+  const auto* const bytes = reinterpret_cast<const char*>(block.__ptr);
+  if (const auto* const big = dynamic_cast<const ArrayBlock*>(lastBigBlock(block.soap)))
+    if (big->bytes.constData() == bytes && big->bytes.size() == block.__size)
+      return big->bytes;
+  return bytes ? QByteArray(bytes, block.__size) : QByteArray(); // also of a size that says otherwise
 }
 
-LentBytes::LentBytes(xsd__base64Binary& block, const QByteArray& bytes)
-    : m_block(block), m_bytes(new unsigned char[static_cast<std::size_t>(bytes.size())]) {
-  const auto size = static_cast<std::size_t>(bytes.size());
-  copyFresh(m_bytes.get(), bytes.constData(), size);
-  m_block.__ptr = m_bytes.get();
-  m_block.__size = bytes.size();
+LentBytes::LentBytes(xsd__base64Binary& block, const QByteArray& bytes) : m_block(block), m_bytes(bytes) {
+  m_block.__ptr = reinterpret_cast<unsigned char*>(const_cast<char*>(m_bytes.constData())); // only read
+  m_block.__size = m_bytes.size();
 }
 
 LentBytes::~LentBytes() {

@@ -6,7 +6,6 @@
 #include "service/MapInfo.h"
 
 #include <ctime>
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -28,14 +27,17 @@ std::time_t toSeconds(const QDateTime& date);
 /// A UTC date-time. Deliberately by the low 32 bits alone, without sign: -1 is 2106-02-07T06:28:15.
 QDateTime fromSeconds(std::time_t seconds);
 
-/// A copy of its own.
+/// Makes the context read big blocks into byte arrays, for fromBlock() to share.
+void readIntoArrays(struct soap* soap);
+/// An array that is independent of the block: of a big one that was read last, the array in which the context keeps the
+/// bytes, implicitly shared; of any other, a copy.
 QByteArray fromBlock(const xsd__base64Binary& block);
 
-/// A copy of a byte array inside `block`, for the length of a scope; afterwards `block` is empty again. The copy is not
-/// the context's, `block` is.
+/// A byte array inside `block`, for the length of a scope; afterwards `block` is empty again. The bytes are not the
+/// context's, `block` is.
 class LentBytes {
 public:
-  /// `block` outlives this. Throws std::bad_alloc.
+  /// `block` outlives this.
   LentBytes(xsd__base64Binary& block, const QByteArray& bytes);
   LentBytes(const LentBytes&) = delete;
   LentBytes& operator=(const LentBytes&) = delete;
@@ -43,7 +45,7 @@ public:
 
 private:
   xsd__base64Binary& m_block;
-  std::unique_ptr<unsigned char[]> m_bytes;
+  QByteArray m_bytes; ///< implicitly shared: nobody else writes these
 };
 
 /// What a request tells of a map beyond identifier, texts, published flag and modification date, which all tell.

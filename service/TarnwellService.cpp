@@ -1,7 +1,7 @@
 #include "service/TarnwellService.h"
 
 #include "client/ContextObject.h"
-#include "protocol/HugePages.h"
+#include "protocol/FreshMemory.h"
 #include "service/Conversions.h"
 
 #include <QtCore/QFile>
@@ -119,26 +119,42 @@ int manageMap(struct soap* context, const MapInfo& info, const QString& name, Ca
   return ResultFailed;
 }
 
+/// A huge page lies for certain in an array of twice its size. Arrays from 32 MiB on are mapped anew by malloc each
+/// time (M_MMAP_THRESHOLD of mallopt(3)), mostly in memory that the one before gave back: huge pages pay from the
+/// second one on, however dear the first are.
+constexpr HugePages hugePagesFor(qint64 size) {
+  constexpr qint64 mebi = 1 << 20;
+  return size >= 32 * mebi ? HugePages::Always : size >= 4 * mebi ? HugePages::WhileCheap : HugePages::None;
+}
+
 /// All bytes of the file; none when it cannot be opened, which deliberately does not stop a save.
 QByteArray contentOf(const QString& filePath) {
   QFile file(filePath);
   if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
     return QByteArray();
-  // Where the size is known, the whole block can be had in huge pages before it is read.
   const qint64 size = file.size();
   if (size <= 0 || size > std::numeric_limits<int>::max() / 2)
     return file.readAll();
   QByteArray bytes(static_cast<int>(size), Qt::Uninitialized);
+  FreshMemory memory(bytes.data(), static_cast<std::size_t>(size), hugePagesFor(size));
+  constexpr qint64 step = 1 << 20;
   qint64 read = 0;
-  tarnwell::fillFresh(bytes.data(), static_cast<std::size_t>(size), [&](std::size_t at, std::size_t count) {
-    if (read == static_cast<qint64>(at)) // nothing was missing so far
-      read += std::max<qint64>(0, file.read(bytes.data() + at, static_cast<qint64>(count)));
-  });
+  for (qint64 got = 1; got > 0 && read < size; read += std::max<qint64>(0, got)) {
+    char* const next = bytes.data() + read;
+    const qint64 wanted = std::min(step, size - read);
+    memory.reach(next + wanted);
+    got = file.read(next, wanted);
+  }
   bytes.truncate(static_cast<int>(read));
   return bytes += file.readAll(); // what it has grown by meanwhile
 }
 
 } // namespace
+
+TarnwellService::TarnwellService() {
+  if (context())
+    readIntoArrays(context());
+}
 
 int TarnwellService::login(QString userName, QString password) try {
   m_userName = userName;

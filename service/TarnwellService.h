@@ -10,6 +10,8 @@
 /// decides; and an answer that lacks its result or its login object is a failed call.
 class TarnwellService : public ITarnwellService {
 public:
+  TarnwellService();
+
   int login(QString userName, QString password) override;
   QString currentUser() const override { return m_userName; }
   void logout() override { m_service.setLoginResult(false); }
