@@ -3,6 +3,8 @@
 #include "client/ContextObject.h"
 #include "protocol/Deployment.h"
 
+#include <type_traits>
+
 namespace {
 
 template <class Request, class Response>
@@ -26,7 +28,23 @@ int call(const DesktopServiceSoap12& proxy, Stub<Request, Response> stub, Respon
   }
 }
 
+template <class Request, class = void> constexpr bool hasBehaviour = false;
+template <class Request> constexpr bool hasBehaviour<Request, std::void_t<decltype(&Request::behaviour)>> = true;
+
 } // namespace
+
+/// A call with the stored credentials and, where the request has a behaviour, an empty one.
+template <class Stub, class Response, class Fill>
+int STLDesktopService::callAsUser(Stub stub, Response* response, Fill fill) {
+  std::wstring behaviour;
+  return call(proxy, stub, response, [&](auto& request) {
+    request.username = &username;
+    request.pass = &password;
+    if constexpr (hasBehaviour<std::remove_reference_t<decltype(request)>>)
+      request.behaviour = &behaviour;
+    fill(request);
+  });
+}
 
 void STLDesktopService::setEndPoint(std::string url) {
   endPoint = url.empty() ? TARNWELL_PRODUCTION_ENDPOINT : std::move(url);
@@ -63,7 +81,7 @@ void STLDesktopService::setText(std::string& stored, std::string text, const cha
 int STLDesktopService::login(std::wstring user, std::wstring secret, _dsns__LoginResponse* response) {
   username = std::move(user);
   password = std::move(secret);
-  const int code = call(proxy, soap_call___dsns4__Login, response, [&](auto& request) { addCredentials(request); });
+  const int code = callAsUser(soap_call___dsns4__Login, response, [](auto&) {});
   if (code == SOAP_OK)
     loggedIn = true;
   return code;
@@ -71,57 +89,36 @@ int STLDesktopService::login(std::wstring user, std::wstring secret, _dsns__Logi
 
 int STLDesktopService::getDesktopMapsList(bool isPublished,
                                           _dsns__GetMapsList_USCORENEW_USCOREDESKTOPResponse* response) {
-  std::wstring behaviour;
-  return call(proxy, soap_call___dsns4__GetMapsList_USCORENEW_USCOREDESKTOP, response, [&](auto& request) {
-    addCredentials(request);
-    request.IsPublished = isPublished;
-    request.behaviour = &behaviour;
-  });
+  return callAsUser(soap_call___dsns4__GetMapsList_USCORENEW_USCOREDESKTOP, response,
+                    [=](auto& request) { request.IsPublished = isPublished; });
 }
 
 int STLDesktopService::getDesktopMapsListLite(bool isPublished,
                                               _dsns__GetMapsListLite_USCORENEW_USCOREDESKTOPResponse* response) {
-  std::wstring behaviour;
-  return call(proxy, soap_call___dsns4__GetMapsListLite_USCORENEW_USCOREDESKTOP, response, [&](auto& request) {
-    addCredentials(request);
-    request.IsPublished = isPublished;
-    request.behaviour = &behaviour;
-  });
+  return callAsUser(soap_call___dsns4__GetMapsListLite_USCORENEW_USCOREDESKTOP, response,
+                    [=](auto& request) { request.IsPublished = isPublished; });
 }
 
 int STLDesktopService::saveMap(bool isForced, dsns__DesktopInfoClass* map,
                                _dsns__SaveMap_USCORENEW_USCOREDESKTOPResponse* response) {
-  std::wstring behaviour;
-  return call(proxy, soap_call___dsns4__SaveMap_USCORENEW_USCOREDESKTOP, response, [&](auto& request) {
-    addCredentials(request);
+  return callAsUser(soap_call___dsns4__SaveMap_USCORENEW_USCOREDESKTOP, response, [=](auto& request) {
     request.DesktopInfo = map;
     request.IsForced = isForced;
-    request.behaviour = &behaviour;
   });
 }
 
 int STLDesktopService::getMap(dsns__DesktopInfoClass* map,
                               _dsns__GetMapContent_USCORENEW_USCOREDESKTOPResponse* response) {
-  std::wstring behaviour;
-  return call(proxy, soap_call___dsns4__GetMapContent_USCORENEW_USCOREDESKTOP, response, [&](auto& request) {
-    addCredentials(request);
-    request.DesktopInfo = map;
-    request.behaviour = &behaviour;
-  });
+  return callAsUser(soap_call___dsns4__GetMapContent_USCORENEW_USCOREDESKTOP, response,
+                    [=](auto& request) { request.DesktopInfo = map; });
 }
 
 int STLDesktopService::deleteMap(dsns__DesktopInfoClass* map, _dsns__DeleteDesktopMapResponse* response) {
-  return call(proxy, soap_call___dsns4__DeleteDesktopMap, response, [&](auto& request) {
-    addCredentials(request);
-    request.DesktopInfo = map;
-  });
+  return callAsUser(soap_call___dsns4__DeleteDesktopMap, response, [=](auto& request) { request.DesktopInfo = map; });
 }
 
 int STLDesktopService::renameMap(dsns__DesktopInfoClass* map, _dsns__RenameDesktopMapResponse* response) {
-  return call(proxy, soap_call___dsns4__RenameDesktopMap, response, [&](auto& request) {
-    addCredentials(request);
-    request.DesktopInfo = map;
-  });
+  return callAsUser(soap_call___dsns4__RenameDesktopMap, response, [=](auto& request) { request.DesktopInfo = map; });
 }
 
 int STLDesktopService::checkForUpdate(std::wstring version, int desktopLiveUpdateType,

@@ -52,10 +52,7 @@ public:
 private:
   /// Stores a text that the context's `field` points into: the one is never assigned without the other.
   void setText(std::string& stored, std::string text, const char* soap::*field);
-  template <class Request> void addCredentials(Request& request) {
-    request.username = &username;
-    request.pass = &password;
-  }
+  template <class Stub, class Response, class Fill> int callAsUser(Stub stub, Response* response, Fill fill);
 
   bool loggedIn = false;
   std::wstring username;

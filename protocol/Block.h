@@ -10,7 +10,7 @@
 
 namespace tarnwell {
 
-/// The memory of one big block. The layer above may bring its own kind, to hand the bytes on without a copy.
+/// The memory of one big block, of the layer above, which can hand the bytes on without a copy.
 class BigBlock {
 public:
   BigBlock() = default;
@@ -18,24 +18,23 @@ public:
   BigBlock& operator=(const BigBlock&) = delete;
   virtual ~BigBlock() = default;
 
-  /// Makes it `size` bytes, the first of which stay what they are. Null: out of memory, nothing has changed.
+  /// Makes it `size` bytes, the first of which stay what they are. Null: out of memory.
   virtual unsigned char* resize(std::size_t size) noexcept = 0;
 };
 
 /// A new one without bytes; null: out of memory.
 using MakeBigBlock = std::unique_ptr<BigBlock> (*)() noexcept;
 
-/// From now on big blocks of the context are made by `make`; without memory for that, as before.
+/// From now on the context's big blocks are made by `make`; without memory for that, they are its own, as before.
 void setBigBlocks(struct soap* soap, MakeBigBlock make);
-/// The big block that the context read last, if it still has it.
+/// The one of them that the context read last; null: none, or gone with the context's objects.
 const BigBlock* lastBigBlock(struct soap* soap);
 
 struct Blocks;
-struct Region;
 
-/// The block that a context is reading. Small ones lie one behind the other in regions of address space, which go with
-/// the context's objects; a big one has memory of its own. One block of a context is open at a time; one that is not
-/// released leaves nothing behind.
+/// The block that a context is reading. Blocks lie one behind the other in regions of address space, unless the layer
+/// above has memory for the big ones. One block of a context is open at a time; one that is not released leaves nothing
+/// behind.
 class Block {
 public:
   explicit Block(struct soap* soap);
@@ -57,12 +56,12 @@ public:
   unsigned char* release();
 
 private:
-  bool growBig(std::size_t least, std::size_t most);
-  /// Takes what the block has over from where it was.
-  void copyStart(const unsigned char* from);
+  bool growBig(std::size_t size);
+  /// Takes along what was read so far.
+  void moveTo(unsigned char* bytes);
 
   struct soap* m_soap;
-  Blocks* m_blocks;                ///< null: the context has none yet
+  Blocks* m_blocks;                ///< null: out of memory
   std::unique_ptr<BigBlock> m_big; ///< null: the block lies in the region
   std::optional<FreshMemory> m_bigMemory;
   FreshMemory* m_memory = nullptr; ///< that the block lies in

@@ -16,8 +16,9 @@ constexpr long long dear = 1000000;
 constexpr std::uintptr_t pageAt(std::uintptr_t address) { return address & ~(page - 1); }
 
 /// A failure changes nothing: a system that cannot do this gives small pages, one by one, as ever.
-bool advise(std::uintptr_t begin, std::uintptr_t end, int advice) {
-  return begin < end && madvise(reinterpret_cast<void*>(begin), end - begin, advice) == 0;
+void advise(std::uintptr_t begin, std::uintptr_t end, int advice) {
+  if (begin < end)
+    static_cast<void>(madvise(reinterpret_cast<void*>(begin), end - begin, advice));
 }
 
 long long threadTime() {
@@ -28,23 +29,25 @@ long long threadTime() {
 
 } // namespace
 
-FreshMemory::FreshMemory(void* begin, std::size_t size, HugePages huge)
+FreshMemory::FreshMemory(void* begin, std::size_t size, bool& huge)
     : m_begin(reinterpret_cast<std::uintptr_t>(begin)), m_end(m_begin + size), m_present(pageAt(m_begin)),
       m_huge(huge) {
-  if (m_huge != HugePages::None && !advise(pageAt(m_begin + page - 1), pageAt(m_end), MADV_HUGEPAGE))
-    m_huge = HugePages::None;
+  if (m_huge)
+    adviseAll(MADV_HUGEPAGE);
 }
+
+void FreshMemory::adviseAll(int advice) const { advise(pageAt(m_begin + page - 1), pageAt(m_end), advice); }
 
 void FreshMemory::reach(const void* end) {
   if (reinterpret_cast<std::uintptr_t>(end) <= m_present)
     return;
   const std::uintptr_t ahead = pageAt(std::min(reinterpret_cast<std::uintptr_t>(end) + step, m_end) + page - 1);
-  const long long start = m_huge == HugePages::WhileCheap ? threadTime() : 0;
+  const long long start = m_huge ? threadTime() : 0;
   advise(m_present, ahead, MADV_POPULATE_WRITE);
   m_present = ahead;
-  if (m_huge == HugePages::WhileCheap && threadTime() - start > dear) {
-    m_huge = HugePages::None;
-    advise(pageAt(m_begin + page - 1), pageAt(m_end), MADV_NOHUGEPAGE);
+  if (m_huge && threadTime() - start > dear) {
+    m_huge = false;
+    adviseAll(MADV_NOHUGEPAGE);
   }
 }
 

@@ -29,13 +29,6 @@ public:
 
 std::unique_ptr<BigBlock> makeArrayBlock() noexcept { return std::unique_ptr<BigBlock>(new (std::nothrow) ArrayBlock); }
 
-/// Places `bytes` in `member`, in a new object of the context.
-void lend(struct soap* soap, const QByteArray& bytes, std::optional<LentBytes>& copy, xsd__base64Binary*& member) {
-  ContextObject<xsd__base64Binary> block(soap);
-  copy.emplace(*block, bytes);
-  member = block.release();
-}
-
 } // namespace
 
 QString fromWide(const std::wstring* text) {
@@ -75,27 +68,27 @@ QByteArray fromBlock(const xsd__base64Binary& block) {
   return bytes ? QByteArray(bytes, block.__size) : QByteArray(); // also of a size that says otherwise
 }
 
-LentBytes::LentBytes(xsd__base64Binary& block, const QByteArray& bytes) : m_block(block), m_bytes(bytes) {
-  m_block.__ptr = reinterpret_cast<unsigned char*>(const_cast<char*>(m_bytes.constData())); // only read
-  m_block.__size = m_bytes.size();
-}
-
-LentBytes::~LentBytes() {
-  m_block.__ptr = nullptr;
-  m_block.__size = 0;
+void lendBytes(const QByteArray& bytes, xsd__base64Binary& block) {
+  block.__ptr = reinterpret_cast<unsigned char*>(const_cast<char*>(bytes.constData())); // requests are only read
+  block.__size = bytes.size();
 }
 
 RequestDescription::RequestDescription(dsns__DesktopInfoClass* record, const MapInfo& info, const QString& name,
                                        MapParts parts)
     : m_record(record), m_id(toGuid(info.mapID())), m_author(toWide(info.mapAuthor())),
-      m_description(toWide(info.mapDescription())), m_name(toWide(name)) {
+      m_description(toWide(info.mapDescription())), m_name(toWide(name)), m_content(info.mapContent()),
+      m_thumbnail(info.mapThumbnail()) {
   if (!record)
     return;
   // What may throw comes first: a record that is not reset must not point here.
   if (parts & WithContent)
-    lend(record->soap, info.mapContent(), m_content, record->MapContent);
+    record->MapContent = ContextObject<xsd__base64Binary>(record->soap).release();
   if (parts & WithThumbnail)
-    lend(record->soap, info.mapThumbnail(), m_thumbnail, record->Thumbnail);
+    record->Thumbnail = ContextObject<xsd__base64Binary>(record->soap).release();
+  if (record->MapContent)
+    lendBytes(m_content, *record->MapContent);
+  if (record->Thumbnail)
+    lendBytes(m_thumbnail, *record->Thumbnail);
   record->MapId = m_id.data();
   if (parts & WithVersion)
     record->Version = info.version();
@@ -107,8 +100,12 @@ RequestDescription::RequestDescription(dsns__DesktopInfoClass* record, const Map
 }
 
 RequestDescription::~RequestDescription() {
-  if (m_record)
-    m_record->soap_default(m_record->soap);
+  if (!m_record)
+    return;
+  for (xsd__base64Binary* const block : {m_record->MapContent, m_record->Thumbnail})
+    if (block)
+      block->soap_default(m_record->soap);
+  m_record->soap_default(m_record->soap);
 }
 
 } // namespace tarnwell

@@ -6,7 +6,6 @@
 #include "service/MapInfo.h"
 
 #include <ctime>
-#include <optional>
 #include <string>
 
 namespace tarnwell {
@@ -33,20 +32,8 @@ void readIntoArrays(struct soap* soap);
 /// bytes, implicitly shared; of any other, a copy.
 QByteArray fromBlock(const xsd__base64Binary& block);
 
-/// A byte array inside `block`, for the length of a scope; afterwards `block` is empty again. The bytes are not the
-/// context's, `block` is.
-class LentBytes {
-public:
-  /// `block` outlives this.
-  LentBytes(xsd__base64Binary& block, const QByteArray& bytes);
-  LentBytes(const LentBytes&) = delete;
-  LentBytes& operator=(const LentBytes&) = delete;
-  ~LentBytes();
-
-private:
-  xsd__base64Binary& m_block;
-  QByteArray m_bytes; ///< implicitly shared: nobody else writes these
-};
+/// Lets `block`, of a request, point to the bytes: `bytes` has to outlive its use.
+void lendBytes(const QByteArray& bytes, xsd__base64Binary& block);
 
 /// What a request tells of a map beyond identifier, texts, published flag and modification date, which all tell.
 enum MapParts : unsigned {
@@ -76,8 +63,8 @@ private:
   std::wstring m_author;
   std::wstring m_description;
   std::wstring m_name;
-  std::optional<LentBytes> m_content;
-  std::optional<LentBytes> m_thumbnail;
+  QByteArray m_content; ///< like the thumbnail the host's, implicitly shared
+  QByteArray m_thumbnail;
 };
 
 } // namespace tarnwell

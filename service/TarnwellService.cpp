@@ -1,15 +1,12 @@
 #include "service/TarnwellService.h"
 
 #include "client/ContextObject.h"
-#include "protocol/FreshMemory.h"
 #include "service/Conversions.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
-#include <algorithm>
 #include <iterator>
-#include <limits>
 
 using namespace tarnwell;
 
@@ -119,42 +116,17 @@ int manageMap(struct soap* context, const MapInfo& info, const QString& name, Ca
   return ResultFailed;
 }
 
-/// A huge page lies for certain in an array of twice its size. Arrays from 32 MiB on are mapped anew by malloc each
-/// time (M_MMAP_THRESHOLD of mallopt(3)), mostly in memory that the one before gave back: huge pages pay from the
-/// second one on, however dear the first are.
-constexpr HugePages hugePagesFor(qint64 size) {
-  constexpr qint64 mebi = 1 << 20;
-  return size >= 32 * mebi ? HugePages::Always : size >= 4 * mebi ? HugePages::WhileCheap : HugePages::None;
-}
-
 /// All bytes of the file; none when it cannot be opened, which deliberately does not stop a save.
 QByteArray contentOf(const QString& filePath) {
   QFile file(filePath);
   if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
     return QByteArray();
-  const qint64 size = file.size();
-  if (size <= 0 || size > std::numeric_limits<int>::max() / 2)
-    return file.readAll();
-  QByteArray bytes(static_cast<int>(size), Qt::Uninitialized);
-  FreshMemory memory(bytes.data(), static_cast<std::size_t>(size), hugePagesFor(size));
-  constexpr qint64 step = 1 << 20;
-  qint64 read = 0;
-  for (qint64 got = 1; got > 0 && read < size; read += std::max<qint64>(0, got)) {
-    char* const next = bytes.data() + read;
-    const qint64 wanted = std::min(step, size - read);
-    memory.reach(next + wanted);
-    got = file.read(next, wanted);
-  }
-  bytes.truncate(static_cast<int>(read));
-  return bytes += file.readAll(); // what it has grown by meanwhile
+  return file.readAll();
 }
 
 } // namespace
 
-TarnwellService::TarnwellService() {
-  if (context())
-    readIntoArrays(context());
-}
+TarnwellService::TarnwellService() { readIntoArrays(context()); }
 
 int TarnwellService::login(QString userName, QString password) try {
   m_userName = userName;
@@ -291,7 +263,7 @@ bool TarnwellService::sendCrashReport(const QString& subject, const QString& mes
   const ContextObject<_dsns__SendFeedbackWithAttachment> request(context());
   const ContextObject<_dsns__SendFeedbackWithAttachmentResponse> response(context());
   const ContextObject<xsd__base64Binary> block(context());
-  const LentBytes bytes(*block, attachment);
+  lendBytes(attachment, *block);
   request->subject = &subjectText;
   request->message = &messageText;
   request->bytes = block.get();
