@@ -182,15 +182,12 @@ int writeQualifiedName(struct soap* soap, const Type&, const void* value) {
 /// Bytes that may be written when `characters` of base64 text are decoded.
 constexpr std::size_t decodedSize(std::size_t characters) { return characters / 4 * 3 + 3 + base64::decodeSlack; }
 
-/// Makes room in `block` for what is left of the base64 text in the buffer; of a text that goes on beyond it, also for
-/// what the message's length allows.
+/// Makes room in `block` for base64 text like all that is in the buffer; told what the message's length allows.
 bool makeRoom(struct soap* soap, Block& block) {
-  const std::string_view next = unread(soap);
+  const std::size_t next = unread(soap).size();
   // What the runtime counts has the HTTP header in it, of one buffer at most.
-  const ULONG64 read = soap->count - next.size(), most = soap->length + SOAP_BUFLEN;
-  const std::size_t likely = soap->length ? decodedSize(most - std::min(most, read)) : 0;
-  const std::size_t end = next.find('<');
-  return end == next.npos ? block.grow(decodedSize(next.size()), likely) : block.grow(decodedSize(end), 0);
+  const ULONG64 read = soap->count - next, most = soap->length + SOAP_BUFLEN;
+  return block.grow(decodedSize(next), soap->length ? decodedSize(most - std::min(most, read)) : 0);
 }
 
 /// The bits collected so far, `count` bytes of them.

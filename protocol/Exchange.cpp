@@ -3,55 +3,35 @@
 #include "protocol/Deployment.h"
 #include "protocol/Envelope.h"
 
+#include <cstdint>
 #include <cstring>
 
 namespace tarnwell {
 namespace {
 
-/// Closes the socket when the exchange is left, however; the context's error stays.
-class SocketCloser {
+/// What the end of an exchange, however it comes, finds or puts back in the context, whose error stays:
+/// - the request's mode, which attachments set, and proxy credentials, which are not sent when they are too long for
+///   the runtime's buffer;
+/// - once an answer had a header, that one: every request carries an empty one until the context's objects are
+///   released, while the runtime would forget it with the next answer that has none;
+/// - a closed socket.
+class ExchangeScope {
 public:
-  explicit SocketCloser(struct soap* soap) : m_soap(soap) {}
-  SocketCloser(const SocketCloser&) = delete;
-  SocketCloser& operator=(const SocketCloser&) = delete;
-  ~SocketCloser() { soap_closesock(m_soap); }
-
-private:
-  struct soap* m_soap;
-};
-
-/// Once an answer had a header, every request carries an empty one until the context's objects are released: the
-/// runtime would forget it with the next answer that has none.
-class HeaderKeeper {
-public:
-  explicit HeaderKeeper(struct soap* soap) : m_soap(soap), m_header(soap->header) {}
-  HeaderKeeper(const HeaderKeeper&) = delete;
-  HeaderKeeper& operator=(const HeaderKeeper&) = delete;
-  ~HeaderKeeper() {
-    if (!m_soap->header)
-      m_soap->header = m_header;
-  }
-
-private:
-  struct soap* m_soap;
-  SOAP_ENV__Header* m_header;
-};
-
-/// What an exchange changes in the context's settings for itself: proxy credentials that are too long for the runtime's
-/// buffer are not sent, and a request with attachments sets its mode.
-class SettingsKeeper {
-public:
-  explicit SettingsKeeper(struct soap* soap)
-      : m_soap(soap), m_mode(soap->omode), m_user(soap->proxy_userid), m_password(soap->proxy_passwd) {
+  explicit ExchangeScope(struct soap* soap)
+      : m_soap(soap), m_mode(soap->omode), m_user(soap->proxy_userid), m_password(soap->proxy_passwd),
+        m_header(soap->header) {
     if (m_user && m_password && std::strlen(m_user) + std::strlen(m_password) > longestCredentials)
       soap->proxy_userid = soap->proxy_passwd = nullptr;
   }
-  SettingsKeeper(const SettingsKeeper&) = delete;
-  SettingsKeeper& operator=(const SettingsKeeper&) = delete;
-  ~SettingsKeeper() {
+  ExchangeScope(const ExchangeScope&) = delete;
+  ExchangeScope& operator=(const ExchangeScope&) = delete;
+  ~ExchangeScope() {
     m_soap->omode = m_mode;
     m_soap->proxy_userid = m_user;
     m_soap->proxy_passwd = m_password;
+    if (!m_soap->header)
+      m_soap->header = m_header;
+    soap_closesock(m_soap);
   }
 
 private:
@@ -62,6 +42,7 @@ private:
   soap_mode m_mode;
   const char* m_user;
   const char* m_password;
+  SOAP_ENV__Header* m_header;
 };
 
 /// What soap_envelope_begin_out writes with the namespace table, as it stands: the runtime looks at every character of
@@ -124,6 +105,20 @@ int send(struct soap* soap, const char* endpoint, const char* action, const Oper
   return soap_end_send(soap);
 }
 
+/// What soap_end_recv does, which passes through the table of ids four times, also when no element had one and the rest
+/// of a plain answer is nothing to do.
+int endReceive(struct soap* soap) {
+  std::uintptr_t ids = 0; // without a branch: this takes a tenth of the time
+  for (const soap_ilist* const entry : soap->iht)
+    ids |= reinterpret_cast<std::uintptr_t>(entry);
+  if (ids || soap->mode & (SOAP_ENC_DIME | SOAP_ENC_MIME | SOAP_ENC_ZLIB) || (soap->mode & SOAP_IO) == SOAP_IO_CHUNK ||
+      soap->xlist || soap->fpreparefinalrecv)
+    return soap_end_recv(soap);
+  soap_pop_namespace(soap);
+  soap->part = SOAP_END;
+  return SOAP_OK;
+}
+
 /// The result of a call whose answer is a fault, by the code of SOAP 1.2 Part 1 section 5.4.6 or its SOAP 1.1 name. The
 /// codes have the prefix of the namespace table, whatever the answer's own was.
 int faultResult(const char* code) {
@@ -168,19 +163,17 @@ int receiveFault(struct soap* soap) {
 int exchange(struct soap* soap, const char* endpoint, const char* action, OperationIndex index,
              const SchemaObject* request, SchemaObject* response) {
   const Operation& operation = operations[static_cast<std::size_t>(index)];
-  const SocketCloser socket(soap);
-  const SettingsKeeper settings(soap);
+  const ExchangeScope scope(soap);
   if (send(soap, endpoint ? endpoint : TARNWELL_TEST_ENDPOINT, action ? action : operation.action, operation, request))
     return soap->error;
   if (!response)
     return soap->error;
   response->soap_default(soap);
-  const HeaderKeeper header(soap);
   if (soap_begin_recv(soap) || soap_envelope_begin_in(soap) || soap_recv_header(soap) || soap_body_begin_in(soap))
     return soap->error;
   if (!response->soap_get(soap, operation.responseElement, nullptr))
     return receiveFault(soap);
-  if (soap_body_end_in(soap) || soap_envelope_end_in(soap) || soap_end_recv(soap))
+  if (soap_body_end_in(soap) || soap_envelope_end_in(soap) || endReceive(soap))
     return soap->error;
   return soap->error = SOAP_OK;
 }
