@@ -16,10 +16,8 @@ constexpr std::size_t mebi = std::size_t{1} << 20;
 constexpr std::size_t hugePage = 2 * mebi;
 /// What a region has room for at least.
 constexpr std::size_t smallest = 8 * mebi;
-/// What a block may hold before anyone asks how big it will get: most are small, whatever the message's length.
-constexpr std::size_t trial = mebi / 2;
-/// From here on a block is big.
-constexpr std::size_t big = 4 * mebi;
+/// Up to here a block is small, which most are, whatever the message's length allows.
+constexpr std::size_t small = mebi / 2;
 /// The most that an answer's length is taken for.
 constexpr std::size_t mostLikely = 256 * mebi;
 
@@ -128,10 +126,10 @@ bool Block::grow(std::size_t needed, std::size_t likely) {
   if (!m_blocks)
     return false;
   const std::size_t more = std::max(needed, std::min(std::max(likely, m_size), mostLikely));
-  const bool isTried = m_size + needed > trial, isBig = m_size + more > big;
-  if (isTried && isBig && m_blocks->make)
+  const bool isSmall = m_size + needed <= small;
+  if (!isSmall && m_blocks->make)
     return growBig(m_size + more);
-  m_capacity = isTried || !isBig ? m_size + more : trial;
+  m_capacity = isSmall ? std::min(m_size + more, small) : m_size + more;
   if (!m_blocks->region || m_blocks->region->capacity - m_blocks->region->used < m_capacity) {
     Region* const region = keep(m_soap, makeRegion(std::max(m_capacity, smallest), m_blocks->huge));
     if (!region)

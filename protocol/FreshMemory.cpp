@@ -8,6 +8,8 @@ namespace tarnwell {
 namespace {
 
 constexpr std::uintptr_t page = 4096;
+/// What has a huge page in it for certain.
+constexpr std::size_t worthHuge = std::size_t{4} << 20;
 /// How much is fetched ahead: many pages a call, yet few enough to be in the cache still when they are written.
 constexpr std::uintptr_t step = std::uintptr_t{128} << 10;
 /// The thread's time, in nanoseconds, that the 512 small pages in the place of a huge one would take.
@@ -32,7 +34,7 @@ long long threadTime() {
 FreshMemory::FreshMemory(void* begin, std::size_t size, bool& huge)
     : m_begin(reinterpret_cast<std::uintptr_t>(begin)), m_end(m_begin + size), m_present(pageAt(m_begin)),
       m_huge(huge) {
-  if (m_huge)
+  if (m_huge && size >= worthHuge)
     adviseAll(MADV_HUGEPAGE);
 }
 
