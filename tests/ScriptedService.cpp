@@ -55,6 +55,8 @@ Reply chunks(std::size_t size, int status, const std::string& body) {
   return {bytes + "0\r\n\r\n"};
 }
 
+Reply falseLength(const std::string& body) { return {head(200, "", "Content-Length: 99999999999") + body}; }
+
 Reply hangUp(std::size_t count) { return {"", count}; }
 
 Request Request::parsed(const std::string& message) {

@@ -25,6 +25,8 @@ struct Reply {
 Reply reply(int status, const std::string& body, const std::string& headers = {});
 /// The same in HTTP chunks of `size` bytes.
 Reply chunks(std::size_t size, int status, const std::string& body);
+/// The same with a length that is far too big.
+Reply falseLength(const std::string& body);
 /// No reply: the connection is closed after `count` bytes of the request (npos: after all of it).
 Reply hangUp(std::size_t count);
 

@@ -1,6 +1,8 @@
 // Tables of test data as text, so that a row is a line.
 #pragma once
 
+#include <algorithm>
+#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -32,4 +34,12 @@ inline std::string replaced(std::string text, const std::string& what, const std
   for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size()))
     text.replace(at, what.size(), by);
   return text;
+}
+
+/// Bytes as of a packed file, others with every call.
+inline std::string randomBytes(std::size_t size) {
+  static std::mt19937 random(1);
+  std::string bytes(size, '\0');
+  std::generate(bytes.begin(), bytes.end(), [] { return static_cast<char>(random()); });
+  return bytes;
 }

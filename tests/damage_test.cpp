@@ -103,8 +103,7 @@ TEST(Damage, FalseLengthsCostNothing) {
   const std::string list = replaced(std::string(300, '.'), ".", map);
   WireClient client;
   client.piece = 7;
-  client.reply = "HTTP/1.1 200 OK\r\nContent-Type: application/soap+xml\r\nContent-Length: 99999999999\r\n\r\n" +
-                 message::answer("GetMapsList_NEW_DESKTOP", message::listing(list));
+  client.reply = falseLength(message::answer("GetMapsList_NEW_DESKTOP", message::listing(list))).bytes;
   const std::size_t before = residentMemory();
   for (int call = 0; call < 3; ++call)
     EXPECT_EQ(std::string::npos, client.list().find("error"));

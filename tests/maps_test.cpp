@@ -142,6 +142,38 @@ TEST(OneMap, ContentIsNeededToGetIt) {
   }
 }
 
+TEST(OneMap, DownloadedContentIsTheHostsOwn) {
+  std::vector<Reply> replies;
+  std::vector<std::string> expected;
+  for (const std::size_t size : {3, 600000, 2500000})
+    for (const bool thumbnailFirst : {false, true}) {
+      const auto block = [&](const char* name, const std::string& bytes) {
+        return element(name, QByteArray::fromStdString(bytes).toBase64().toStdString());
+      };
+      const std::string bytes = randomBytes(size), content = block("MapContent", bytes),
+                        thumbnail = block("Thumbnail", randomBytes(size));
+      const std::string body = message::answer(
+          get.name, message::outcome("Success", "Success") +
+                        element("DesktopInfo", thumbnailFirst ? thumbnail + content : content + thumbnail));
+      for (const Reply& arriving : {reply(200, body), chunks(60000, 200, body), falseLength(body)}) {
+        replies.push_back(arriving);
+        expected.push_back(bytes);
+      }
+    }
+  auto session = std::make_unique<Session>(replies);
+  std::vector<QByteArray> contents;
+  for (const std::string& bytes : expected) {
+    MapInfo info = known();
+    ASSERT_EQ(0, session->service.getMap(info));
+    contents.push_back(info.mapContent());
+    EXPECT_LE(static_cast<std::size_t>(contents.back().capacity()), 2 * bytes.size() + 100);
+    info.mapContent().fill('!'); // a host may write to a copy
+  }
+  session.reset();
+  for (std::size_t i = 0; i < expected.size(); ++i)
+    EXPECT_TRUE(expected[i] == contents[i].toStdString()) << i;
+}
+
 TEST(Saving, NeedsAFile) {
   Session session(save.name, "");
   for (const QString& path :

@@ -129,29 +129,24 @@ TEST(Values, BiggerThanTheBuffer) {
   }
 }
 TEST(Values, BlocksKeepTheirBytesWhileOthersFollow) {
-  const std::string claimed =
-      "HTTP/1.1 200 OK\r\nContent-Type: application/soap+xml\r\nContent-Length: 9999999999\r\n\r\n";
   WireClient client;
-  std::mt19937 random(1);
   for (int round = 0; round < 2; ++round) { // the second time after all objects are gone
-    std::vector<std::pair<const xsd__base64Binary*, QByteArray>> blocks;
-    for (const char form : {'c', 'l', '!'})
-      for (const int size : {1, 65000, 5000000, 3, 9000000, 2}) {
-        QByteArray bytes(size, '\0');
-        std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<char>(random()); });
-        const std::string body = document(bytes.toBase64().toStdString());
+    std::vector<std::pair<const xsd__base64Binary*, std::string>> blocks;
+    for (const std::size_t size : {1, 65000, 5000000, 3, 9000000, 2}) {
+      const std::string bytes = randomBytes(size);
+      const std::string body = document(QByteArray::fromStdString(bytes).toBase64().toStdString());
+      for (const Reply& arriving : {reply(200, body), chunks(60000, 200, body), falseLength(body)}) {
         client.rewind();
-        client.reply = form == 'l'   ? reply(200, body).bytes
-                       : form == 'c' ? chunks(60000, 200, body).bytes
-                                     : claimed + body;
+        client.reply = arriving.bytes;
         ASSERT_EQ(SOAP_OK, soap_begin_recv(client.soap));
         void* const block =
             tarnwell::readElement(client.soap, "v", nullptr, nullptr, tarnwell::typeOf(SOAP_TYPE_xsd__base64Binary));
-        ASSERT_NE(nullptr, block) << form << " " << size;
+        ASSERT_NE(nullptr, block) << size;
         blocks.emplace_back(static_cast<const xsd__base64Binary*>(block), bytes);
       }
+    }
     for (const auto& [block, bytes] : blocks)
-      EXPECT_TRUE(bytes == QByteArray(reinterpret_cast<const char*>(block->__ptr), block->__size)) << bytes.size();
+      EXPECT_TRUE(bytes == std::string(block->__ptr, block->__ptr + block->__size)) << bytes.size();
     soap_destroy(client.soap);
     soap_end(client.soap);
   }
