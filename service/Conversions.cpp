@@ -66,7 +66,7 @@ void readIntoArrays(struct soap* soap) { setBigBlocks(soap, makeArrayBlock); }
 QByteArray fromBlock(const xsd__base64Binary& block) {
   const auto* const bytes = reinterpret_cast<const char*>(block.__ptr);
   if (const auto* const big = dynamic_cast<const ArrayBlock*>(lastBigBlock(block.soap)))
-    if (big->bytes.constData() == bytes && big->bytes.size() == block.__size)
+    if (big->bytes.constData() == bytes)
       return big->bytes;
   return bytes ? QByteArray(bytes, block.__size) : QByteArray(); // also of a size that says otherwise
 }

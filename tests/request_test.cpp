@@ -99,12 +99,17 @@ TEST(Request, ThroughAProxy) {
     EXPECT_EQ(0, client.login(L"", L"", &response));
     EXPECT_EQ(row.useProxy ? 1U : 0U, proxy.requests().size());
     const Request request = row.useProxy ? proxy.request() : server.request();
-    const std::string credentials = QByteArray::fromStdString(row.user + ":" + row.password).toBase64().toStdString();
-    EXPECT_EQ(row.authorized ? "Basic " + credentials : "", request.header("Proxy-Authorization"));
+    const auto basic = [&](const std::string& password) {
+      return "Basic " + QByteArray::fromStdString(row.user + ":" + password).toBase64().toStdString();
+    };
+    EXPECT_EQ(row.authorized ? basic(row.password) : "", request.header("Proxy-Authorization"));
     EXPECT_EQ(0U, request.head.find("POST " + (row.useProxy ? server.url() : "/service/desktopservice.asmx") + " "));
     EXPECT_EQ("127.0.0.1:" + std::to_string(server.port()), request.header("Host"));
     EXPECT_EQ(canonical(message::request("<dsns:Login><dsns:username/><dsns:pass/></dsns:Login>")),
               canonical(request.body));
+    client.setProxyPassword("short");
+    EXPECT_EQ(0, client.login(L"", L"", &response));
+    EXPECT_EQ(row.useProxy ? basic("short") : "", proxy.request().header("Proxy-Authorization"));
   }
 }
 

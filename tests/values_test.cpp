@@ -1,5 +1,6 @@
 // The simple types: what a text is read as, and how that is written again. Every text arrives whole, in single bytes
 // and in HTTP chunks, because the reader's fast and slow paths have to give the same value.
+#include "protocol/Block.h"
 #include "tests/Table.h"
 #include "tests/WireClient.h"
 
@@ -128,9 +129,21 @@ TEST(Values, BiggerThanTheBuffer) {
     }
   }
 }
+class VectorBlock : public tarnwell::BigBlock {
+public:
+  unsigned char* resize(std::size_t size) noexcept override {
+    bytes.resize(size);
+    return bytes.data();
+  }
+  std::vector<unsigned char> bytes;
+};
 TEST(Values, BlocksKeepTheirBytesWhileOthersFollow) {
   WireClient client;
-  for (int round = 0; round < 2; ++round) { // the second time after all objects are gone
+  for (int round = 0; round < 4; ++round) { // all but the first after all objects are gone
+    if (round == 2)
+      tarnwell::setBigBlocks(client.soap, []() noexcept -> std::unique_ptr<tarnwell::BigBlock> {
+        return std::make_unique<VectorBlock>();
+      });
     std::vector<std::pair<const xsd__base64Binary*, std::string>> blocks;
     for (const std::size_t size : {1, 65000, 5000000, 3, 9000000, 2}) {
       const std::string bytes = randomBytes(size);
@@ -147,8 +160,11 @@ TEST(Values, BlocksKeepTheirBytesWhileOthersFollow) {
     }
     for (const auto& [block, bytes] : blocks)
       EXPECT_TRUE(bytes == std::string(block->__ptr, block->__ptr + block->__size)) << bytes.size();
+    const auto* const last = static_cast<const VectorBlock*>(tarnwell::lastBigBlock(client.soap));
+    EXPECT_EQ(round < 2 ? 0U : 9000000U, last ? last->bytes.size() : 0U);
     soap_destroy(client.soap);
     soap_end(client.soap);
+    EXPECT_EQ(nullptr, tarnwell::lastBigBlock(client.soap));
   }
 }
 TEST(Values, TimesWithoutACalendarDate) {
