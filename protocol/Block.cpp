@@ -125,6 +125,7 @@ unsigned char* Block::end(std::size_t size) {
 bool Block::grow(std::size_t needed, std::size_t likely) {
   if (!m_blocks)
     return false;
+  // What the message may bring, or as much again as there is.
   const std::size_t more = std::max(needed, std::min(std::max(likely, m_size), mostLikely));
   const bool isSmall = m_size + needed <= small;
   if (!isSmall && m_blocks->make)
