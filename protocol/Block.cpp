@@ -131,7 +131,11 @@ bool Block::grow(std::size_t needed, std::size_t likely) {
   if (!isSmall && m_blocks->make)
     return growBig(m_size + more);
   m_capacity = isSmall ? std::min(m_size + more, small) : m_size + more;
-  if (!m_blocks->region || m_blocks->region->capacity - m_blocks->region->used < m_capacity) {
+  // Half of that will do: claims alone must not open region after region.
+  const std::size_t left = m_blocks->region ? m_blocks->region->capacity - m_blocks->region->used : 0;
+  if (left >= std::max(m_capacity / 2, m_size + needed)) {
+    m_capacity = std::min(m_capacity, left);
+  } else {
     Region* const region = keep(m_soap, makeRegion(std::max(m_capacity, smallest), m_blocks->huge));
     if (!region)
       return false;

@@ -91,23 +91,27 @@ TEST(Damage, CutOffAnswersFail) {
     }
 }
 
-/// Resident memory of this process, in bytes.
-std::size_t residentMemory() {
-  std::size_t pages = 0;
-  std::ifstream("/proc/self/statm").ignore(100, ' ') >> pages;
-  return pages * 4096;
+/// Address space and resident memory of this process, in MiB.
+std::pair<long, long> memory() {
+  long size = 0, resident = 0;
+  std::ifstream("/proc/self/statm") >> size >> resident;
+  return {size / 256, resident / 256};
 }
 
 TEST(Damage, FalseLengthsCostNothing) {
-  const std::string map = "<DesktopInfoClass><Thumbnail>QUJD</Thumbnail></DesktopInfoClass>";
-  const std::string list = replaced(std::string(300, '.'), ".", map);
-  WireClient client;
-  client.piece = 7;
-  client.reply = falseLength(message::answer("GetMapsList_NEW_DESKTOP", message::listing(list))).bytes;
-  const std::size_t before = residentMemory();
-  for (int call = 0; call < 3; ++call)
-    EXPECT_EQ(std::string::npos, client.list().find("error"));
-  EXPECT_LT(residentMemory() - before, std::size_t{30} << 20);
+  for (const auto& [count, size] : {std::pair(300, 4), std::pair(8, 900000)}) {
+    const std::string map = "<DesktopInfoClass><Thumbnail>" + std::string(static_cast<std::size_t>(size), 'Q') +
+                            "</Thumbnail></DesktopInfoClass>";
+    const std::string list = replaced(std::string(static_cast<std::size_t>(count), '.'), ".", map);
+    WireClient client;
+    client.piece = size == 4 ? 7 : 0;
+    client.reply = falseLength(message::answer("GetMapsList_NEW_DESKTOP", message::listing(list))).bytes;
+    const auto before = memory();
+    for (int call = 0; call < 3; ++call)
+      EXPECT_EQ(std::string::npos, client.list().find("error"));
+    EXPECT_LT(memory().first - before.first, 1000) << size;
+    EXPECT_LT(memory().second - before.second, 100) << size;
+  }
 }
 
 TEST(Damage, PiecesOfAnySize) {
