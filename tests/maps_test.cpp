@@ -179,6 +179,30 @@ TEST(OneMap, DownloadedContentIsTheHostsOwn) {
     EXPECT_TRUE(download.bytes == download.content.toStdString()) << download.bytes.size();
 }
 
+TEST(OneMap, LeavesNothingOfTheHostsInTheContext) {
+  struct Opened : TarnwellService {
+    const soap_clist* objects() const { return m_service.proxy.soap->clist; }
+  } service;
+  const ScriptedService server(reply(500, message::fault("soap:Receiver")));
+  service.setEndPoint(QString::fromStdString(server.url()));
+  MapInfo info = known();
+  for (const MapOperation& operation : operations)
+    EXPECT_EQ(1, operation.call(service, info)) << operation.name;
+  int blocks = 0, descriptions = 0;
+  for (const soap_clist* entry = service.objects(); entry; entry = entry->next) {
+    if (entry->type == SOAP_TYPE_xsd__base64Binary) {
+      ++blocks;
+      EXPECT_EQ(nullptr, static_cast<const xsd__base64Binary*>(entry->ptr)->__ptr);
+    } else if (entry->type == SOAP_TYPE_dsns__DesktopInfoClass) {
+      ++descriptions;
+      const auto& description = *static_cast<const dsns__DesktopInfoClass*>(entry->ptr);
+      EXPECT_TRUE(!description.MapId && !description.MapName && !description.Author && !description.Description);
+    }
+  }
+  EXPECT_EQ(3, blocks);
+  EXPECT_EQ(2, descriptions);
+}
+
 TEST(Saving, NeedsAFile) {
   Session session(save.name, "");
   for (const QString& path :
