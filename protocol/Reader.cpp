@@ -1,5 +1,6 @@
 #include "protocol/Reader.h"
 
+#include "protocol/Block.h"
 #include "protocol/Callbacks.h"
 
 #include <algorithm>
@@ -106,6 +107,8 @@ bool typeFits(struct soap* soap, const char* name, const Type& type) {
 bool enterId(struct soap* soap, void* value, const Type& type) {
   if (!*soap->id)
     return true;
+  if (BlockMemory* const memory = blockMemory(soap))
+    memory->hasReferences = true;
   const std::string id = soap->id; // the runtime copies it into the context again
   return soap_id_enter(soap, id.c_str(), value, type.number, type.size, nullptr, nullptr, nullptr, nullptr) != nullptr;
 }

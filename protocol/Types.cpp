@@ -110,7 +110,7 @@ constexpr Type types[] = {
     enumeration<dsns__DesktopLoginEnumerators>(SOAP_TYPE_dsns__DesktopLoginEnumerators, "dsns:DesktopLoginEnumerators",
                                                loginNames),
     enumeration<dsns__DesktopMapAccess>(SOAP_TYPE_dsns__DesktopMapAccess, "dsns:DesktopMapAccess", mapAccessNames),
-    simple<xsd__base64Binary>(SOAP_TYPE_xsd__base64Binary, "xsd:base64Binary", blobCodec, ":base64Binary:base64"),
+    simple<xsd__base64Binary>(SOAP_TYPE_xsd__base64Binary, "xsd:base64Binary", blockCodec, ":base64Binary:base64"),
     record<dsns__DesktopLoginResponseClass>("dsns:DesktopLoginResponseClass"),
     record<dsns__DesktopInfoClass>("dsns:DesktopInfoClass"),
     record<dsns__ArrayOfDesktopInfoClass>("dsns:ArrayOfDesktopInfoClass"),
