@@ -113,8 +113,9 @@ int run(int argc, char** argv, std::unique_ptr<Peer> (*connect)(const char* endp
     const long long cpu = nanoseconds(CLOCK_PROCESS_CPUTIME_ID) - cpuStart;
     const long long wall = nanoseconds(CLOCK_MONOTONIC) - wallStart;
     const long peak = memory("VmHWM");
+    const long resident = memory("VmRSS");
     const QByteArray values = getenv("BENCH_DIGEST") ? digest(outcome) : "-";
-    printf("cpu_ns=%lld wall_ns=%lld idle_kib=%ld peak_kib=%ld code=%d maps=%d digest=%s\n", cpu, wall, idle, peak,
+    printf("cpu_ns=%lld wall_ns=%lld idle_kib=%ld peak_kib=%ld resident_kib=%ld code=%d maps=%d digest=%s\n", cpu, wall, idle, peak, resident,
            outcome.code, outcome.maps.size(), values.constData());
     if (outcome.code)
       return 1;
