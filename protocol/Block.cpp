@@ -187,8 +187,7 @@ int writeBlock(struct soap* soap, const Type&, const void* value) {
 } // namespace
 
 bool OpenBlock::grow(std::size_t needed, std::size_t expected) {
-  // Decoding may write a little behind the last byte.
-  constexpr std::size_t largest = largestBlock + decodedSize(0);
+  constexpr std::size_t largest = largestBlock + decodedSize(8); // decoding may write a little behind the last byte
   if (needed > largest - m_size)
     return false;
   // What may come; as much again as there is, so that many small pieces are not moved once each; what is needed.

@@ -20,8 +20,8 @@ public:
   /// Gives the open block room for `capacity` bytes, or opens one; keeps the `size` bytes that were written. Returns
   /// where the bytes lie. Null: out of memory, and the block is as it was.
   virtual unsigned char* reserve(std::size_t capacity, std::size_t size) noexcept = 0;
-  /// Closes the open block, which has `size` bytes, and keeps it; `shrink`: without the room that is left. Returns where
-  /// the bytes lie from now on. Null: out of memory.
+  /// Closes the open block, which has `size` bytes, and keeps it; `shrink`: without the room that is left. Returns
+  /// where the bytes lie from now on. Null: out of memory.
   virtual unsigned char* keep(std::size_t size, bool shrink) noexcept = 0;
   /// Frees the open block.
   virtual void discard() noexcept = 0;

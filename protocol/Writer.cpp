@@ -79,7 +79,8 @@ void serialize(struct soap* soap, const void* value, const Type& type) {
     if (!block.__ptr || (!block.id && !block.type))
       return;
     soap->omode |= SOAP_ENC_DIME; // document/literal messages have attachments only when told so
-    static_cast<void>(soap_attachment_reference(soap, value, block.__ptr, block.__size, type.number, block.id, block.type));
+    static_cast<void>(
+        soap_attachment_reference(soap, value, block.__ptr, block.__size, type.number, block.id, block.type));
     return;
   }
   for (std::size_t i = 0; i < type.rowCount; ++i) {

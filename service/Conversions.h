@@ -21,7 +21,7 @@ inline QString fromWide(const std::wstring* text) { return text ? fromWide(std::
 /// The only form that is sent: 38 characters, in braces, lower case; a null identifier is all zeros.
 inline QByteArray toGuid(const QUuid& id) { return id.toByteArray(); }
 /// With or without braces, any case; absent (null) or any other text as the null identifier.
-inline QUuid fromGuid(const char* text) { return QUuid(QString::fromUtf8(text)); }
+inline QUuid fromGuid(const char* text) { return QUuid::fromString(QLatin1String(text)); }
 
 /// Seconds since 1970 UTC, below 2^32 - 1; deliberately that number for every date without such a count: null, invalid,
 /// earlier, later.

@@ -69,8 +69,8 @@ template <class Response, class Result> int mapOutcome(int code, const Response*
   return login == ResultOk ? resultOf(accessOutcomes, (response->*result)->DesktopMapAccess) : login;
 }
 
-/// Runs `body`, which may throw; then the result is `failed`. The unwinding of a thread that is cancelled in a call passes
-/// through, as it must: whoever stops it ends the process.
+/// Runs `body`, which may throw; then the result is `failed`. The unwinding of a thread that is cancelled in a call
+/// passes through, as it must: whoever stops it ends the process.
 template <class Result, class Body> Result contain(Result failed, Body body) {
   try {
     return body();
@@ -89,8 +89,8 @@ template <class Body> void set(Body body) {
   });
 }
 
-MapInfo listedMap(dsns__DesktopInfoClass& description, bool withThumbnail, DownloadedBlocks& downloads) {
-  MapInfo map;
+/// Fills a new record from an answer's description.
+void fillListed(MapInfo& map, dsns__DesktopInfoClass& description, bool withThumbnail, DownloadedBlocks& downloads) {
   map.setMapAuthor(fromWide(description.Author));
   map.setMapDescription(fromWide(description.Description));
   map.setMapModificationDate(fromSeconds(description.LastModified));
@@ -101,14 +101,13 @@ MapInfo listedMap(dsns__DesktopInfoClass& description, bool withThumbnail, Downl
   map.setMapID(fromGuid(description.MapId));
   map.setVersion(description.Version);
   map.setIsTWLX(description.Format_IsTwlx);
-  return map;
 }
 
 /// Largest file that is uploaded, bytes: what a QByteArray holds.
 constexpr qint64 largestFile = largestBlock;
 
-/// All bytes of a file. None when it cannot be opened, which does not stop a save: the interface promises it. Null: only
-/// part of it can be read, it is too large, or it is a device or a pipe, whose bytes may never end.
+/// All bytes of a file. None when it cannot be opened, which does not stop a save: the interface promises it. Null:
+/// only part of it can be read, it is too large, or it is a device or a pipe, whose bytes may never end.
 std::optional<QByteArray> contentOf(const QString& filePath) {
   struct stat status {};
   if (stat(QFile::encodeName(filePath).constData(), &status) == 0 &&
@@ -172,9 +171,13 @@ int TarnwellService::listMaps(Call call, dsns__CompleteDesktopResponse* Response
       return outcome;
     QList<MapInfo> listed;
     listed.reserve(static_cast<int>(answer->DesktopInfoObjectList->DesktopInfoClass.size()));
-    for (dsns__DesktopInfoClass* description : answer->DesktopInfoObjectList->DesktopInfoClass)
-      if (description)
-        listed.append(listedMap(*description, withThumbnails, m_downloads));
+    const MapInfo unfilled;
+    for (dsns__DesktopInfoClass* description : answer->DesktopInfoObjectList->DesktopInfoClass) {
+      if (!description)
+        continue;
+      listed.append(unfilled);
+      fillListed(listed.last(), *description, withThumbnails, m_downloads);
+    }
     maps.append(listed); // at once, so that a failure leaves the host's list alone
     return ResultOk;
   });
@@ -278,11 +281,10 @@ int TarnwellService::renameMap(MapInfo& info, const QString& newName) {
   return manageMap(info, newName, call, &Response::RenameDesktopMapResult);
 }
 
-/// Both version checks: `call(version, response)`, the answer's texts stored if both are there. Returns whether texts are
-/// stored, of this check or of an earlier one.
+/// Both version checks: `call(version, response)`, the answer's texts stored if both are there. Returns whether texts
+/// are stored, of this check or of an earlier one.
 template <class Response, class Call>
-bool TarnwellService::checkVersion(const QString& version, Call call,
-                                   dsns__DesktopVersioningClass* Response::*result) {
+bool TarnwellService::checkVersion(const QString& version, Call call, dsns__DesktopVersioningClass* Response::*result) {
   perform(false, [&] {
     const ContextObject<Response> response(context());
     const bool answered = call(toWide(version), response.get()) == SOAP_OK;

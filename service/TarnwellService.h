@@ -53,7 +53,9 @@ protected: // for tests that take the context away
   QString m_userName;
 
 private:
-  struct soap* context() const { return m_service.proxy.soap; }
+  struct soap* context() const {
+    return m_service.proxy.soap;
+  }
   template <class Result, class Body> Result perform(Result failed, Body body);
   template <class Response, class Call>
   int listMaps(Call call, dsns__CompleteDesktopResponse* Response::*result, bool withThumbnails, QList<MapInfo>& maps);
