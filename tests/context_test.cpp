@@ -42,25 +42,25 @@ struct Operation {
 const std::string text = "<Author>a</Author>", map = text + "<MapContent>QQ==</MapContent>",
                   saved = message::outcome("Success", "Success") + element("DesktopInfoClass", text),
                   listed = message::listing("<DesktopInfoClass>" + map + "</DesktopInfoClass><DesktopInfoClass/>");
-const char* const listLeft = "string=1 base64Binary=1 DesktopLoginResponseClass=1 DesktopInfoClass=2 "
-                             "ArrayOfDesktopInfoClass=1 CompleteDesktopResponse=1 Header=1";
-const char* const actionLeft = "string=1 DesktopLoginResponseClass=1 DesktopInfoClass=1 MapActionResponse=1 Header=1";
-const char* const updateLeft = "string=2 DesktopVersioningClass=1 Header=1";
+const char* const listLeft = "string=1 base64Binary=1 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=2 "
+                             "ArrayOfDesktopInfoClass=1 CompleteDesktopResponse=1";
+const char* const actionLeft = "string=1 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=1 MapActionResponse=1";
+const char* const updateLeft = "string=2 Header=1 DesktopVersioningClass=1";
 const Operation operations[] = {
     {"Login", message::loginValue("Success"), [](auto& service) { return service.login("a", "b") == ResultOk; },
-     "DesktopLoginResponseClass=1 Header=1", "LoginResponse=1"},
+     "Header=1 DesktopLoginResponseClass=1", "LoginResponse=1"},
     {"GetMapsList_NEW_DESKTOP", listed,
      [](auto& service) { return service.getDesktopMapsList(true, maps) == ResultOk; }, listLeft, ""},
     {"GetMapsListLite_NEW_DESKTOP", listed,
      [](auto& service) { return service.getDesktopMapsListLite(true, maps) == ResultOk; }, listLeft, ""},
     {"GetMapContent_NEW_DESKTOP", message::outcome("Success", "Success") + element("DesktopInfo", map),
      [](auto& service) { return service.getMap(info) == ResultOk; },
-     "string=1 base64Binary=2 DesktopLoginResponseClass=1 DesktopInfoClass=2 GetMapResponse=1 Header=1 "
+     "string=1 base64Binary=2 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=2 GetMapResponse=1 "
      "GetMapContent_NEW_DESKTOPResponse=1",
      "base64Binary=1 DesktopInfoClass=1 GetMapContent_NEW_DESKTOPResponse=1"},
     {"SaveMap_NEW_DESKTOP", saved,
      [](auto& service) { return service.saveMap(savedFile(), info, "t", true) == ResultOk; },
-     "string=1 base64Binary=2 DesktopLoginResponseClass=1 DesktopInfoClass=2 MapActionResponse=1 Header=1 "
+     "string=1 base64Binary=2 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=2 MapActionResponse=1 "
      "SaveMap_NEW_DESKTOPResponse=1",
      "base64Binary=2 DesktopInfoClass=1 SaveMap_NEW_DESKTOPResponse=1"},
     {"DeleteDesktopMap", saved, [](auto& service) { return service.deleteMap(info) == ResultOk; }, actionLeft, ""},
