@@ -113,17 +113,6 @@ int endElement(struct soap* soap, const char* tag) {
   return SOAP_OK;
 }
 
-bool hasName(struct soap* soap, const char* name, const char* local, bool isPrefixed) {
-  const soap_nlist* const innermost = soap->nlist;
-  if (local != name && !isPrefixed && innermost && !*innermost->id && innermost->index >= 0) {
-    const auto size = static_cast<std::size_t>(local - name - 1);
-    const char* const prefix = soap->local_namespaces[innermost->index].id;
-    if (prefix && std::strncmp(prefix, name, size) == 0 && !prefix[size])
-      return true;
-  }
-  return soap_match_tag(soap, soap->tag, name) == SOAP_OK;
-}
-
 int endReceive(struct soap* soap) {
   std::uintptr_t ids = 0; // no branch in the loop, so that it takes several entries at a time
   for (const soap_ilist* const entry : soap->iht)

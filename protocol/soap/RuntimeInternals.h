@@ -7,6 +7,7 @@
 #include "protocol/soap/Runtime.h"
 
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 
 namespace tarnwell {
@@ -41,7 +42,16 @@ int peekElement(struct soap* soap);
 int endElement(struct soap* soap, const char* tag);
 /// soap_match_tag of the element peeked at, for a `name` whose local part, `local`, is known to be that of the element.
 /// Faster for an element without prefix in the default namespace.
-bool hasName(struct soap* soap, const char* name, const char* local, bool isPrefixed);
+inline bool hasName(struct soap* soap, const char* name, const char* local, bool isPrefixed) {
+  const soap_nlist* const innermost = soap->nlist;
+  if (local != name && !isPrefixed && innermost && !*innermost->id && innermost->index >= 0) {
+    const auto size = static_cast<std::size_t>(local - name - 1);
+    const char* const prefix = soap->local_namespaces[innermost->index].id;
+    if (prefix && std::strncmp(prefix, name, size) == 0 && !prefix[size])
+      return true;
+  }
+  return soap_match_tag(soap, soap->tag, name) == SOAP_OK;
+}
 /// soap_end_recv, without two walks through the chains of all ids when the answer is plain and no element had one.
 int endReceive(struct soap* soap);
 
