@@ -46,9 +46,9 @@ bool applyZone(const char* zone, std::tm& time, bool& local) {
   if (*zone != '+' && *zone != '-')
     return false;
   int hours = 0, minutes = 0, used = 0;
-  if (std::sscanf(zone, "%d:%d%n", &hours, &minutes, &used) == 2) {
+  if (std::sscanf(zone, "%5d:%5d%n", &hours, &minutes, &used) == 2) {
     minutes = *zone == '-' ? -minutes : minutes;
-  } else if (std::sscanf(zone, "%d%n", &minutes, &used) == 1) {
+  } else if (std::sscanf(zone, "%7d%n", &minutes, &used) == 1) {
     hours = minutes / 100;
     minutes %= 100;
   }
@@ -65,8 +65,9 @@ bool parseDateTime(std::string_view text, std::time_t& seconds) {
   if (parseUsual(text, seconds))
     return true;
   const std::string value(text);
-  const char* const pattern = value.find('-') != value.npos   ? "%d-%d-%dT%d:%d:%d%31s"
-                              : value.find(':') != value.npos ? "%4d%2d%2dT%d:%d:%d%31s"
+  // At most nine characters a number, so that none of the sums below leaves an int.
+  const char* const pattern = value.find('-') != value.npos   ? "%9d-%9d-%9dT%9d:%9d:%9d%31s"
+                              : value.find(':') != value.npos ? "%4d%2d%2dT%9d:%9d:%9d%31s"
                                                               : "%4d%2d%2dT%2d%2d%2d%31s";
   std::tm time{};
   char zone[32] = "";

@@ -4,8 +4,10 @@
 #include "protocol/soap/Envelope.h"
 #include "protocol/soap/RuntimeInternals.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <strings.h>
 
 namespace tarnwell {
 namespace {
@@ -98,8 +100,7 @@ int receiveFault(struct soap* soap) {
     return first;
   soap->error = SOAP_OK;
   if (soap_getfault(soap)) {
-    if (const char** const code = soap_faultcode(soap))
-      *code = soap->version == 2 ? "SOAP-ENV:Sender" : "SOAP-ENV:Client";
+    *soap_faultcode(soap) = soap->version == 2 ? "SOAP-ENV:Sender" : "SOAP-ENV:Client";
     return soap->error = first;
   }
   const int result = faultResult(faultCode(soap));
@@ -109,13 +110,28 @@ int receiveFault(struct soap* soap) {
   return soap->error = result;
 }
 
+/// Whether the runtime may have the settings. Of another scheme it waits for ever or sends the envelope, with the
+/// password, to a bare socket; a control character ends the request's first line, a blank begins another endpoint; and a
+/// port is taken modulo 65536.
+bool canConnect(const struct soap* soap, const char* endpoint) {
+  constexpr char scheme[] = "http://";
+  constexpr std::size_t schemeSize = sizeof scheme - 1;
+  const auto isForbidden = [](unsigned char c) { return c <= ' ' || c == 0x7f; };
+  return strncasecmp(endpoint, scheme, schemeSize) == 0 && std::strcspn(endpoint + schemeSize, ":/?#") > 0 &&
+         std::none_of(endpoint, endpoint + std::strlen(endpoint), isForbidden) &&
+         (!soap->proxy_host || (soap->proxy_port >= 1 && soap->proxy_port <= 65535));
+}
+
 } // namespace
 
 int exchange(struct soap* soap, const char* endpoint, const char* action, OperationIndex index,
              const SchemaObject* request, SchemaObject* response) {
   const Operation& operation = operations[static_cast<std::size_t>(index)];
+  endpoint = endpoint ? endpoint : TARNWELL_TEST_ENDPOINT;
+  if (!canConnect(soap, endpoint))
+    return soap->error = SOAP_TCP_ERROR;
   const ExchangeScope scope(soap);
-  if (send(soap, endpoint ? endpoint : TARNWELL_TEST_ENDPOINT, action ? action : operation.action, operation, request))
+  if (send(soap, endpoint, action ? action : operation.action, operation, request))
     return soap->error;
   if (!response)
     return soap->error;

@@ -4,6 +4,8 @@
 #include "protocol/binding/Writer.h"
 #include "protocol/soap/Envelope.h"
 
+#include <new>
+
 using namespace tarnwell;
 
 namespace {
@@ -22,6 +24,10 @@ SOAP_ENV__Fault* requireFault(struct soap* soap) {
 }
 
 bool isVersion12(const struct soap* soap) { return soap->version == 2; }
+
+/// Where a text goes for which there is no memory: the runtime writes through what the functions below return without a
+/// test. In the context, since several threads would write to a common place.
+const char** placeWithoutMemory(struct soap* soap) { return new (&soap->data[1]) const char*(nullptr); }
 
 // The runtime declares its functions with pointers to constant text where the structures hold writable text.
 const char** constant(char** text) { return const_cast<const char**>(text); }
@@ -76,16 +82,16 @@ void soap_serializefault(struct soap* soap) {
 const char** soap_faultcode(struct soap* soap) {
   SOAP_ENV__Fault* const fault = requireFault(soap);
   if (!fault)
-    return nullptr;
+    return placeWithoutMemory(soap);
   return constant(fault->SOAP_ENV__Code ? &fault->SOAP_ENV__Code->SOAP_ENV__Value : &fault->faultcode);
 }
 
 const char** soap_faultsubcode(struct soap* soap) {
   SOAP_ENV__Fault* const fault = requireFault(soap);
   if (!fault || !fault->SOAP_ENV__Code)
-    return fault ? constant(&fault->faultcode) : nullptr;
+    return fault ? constant(&fault->faultcode) : placeWithoutMemory(soap);
   SOAP_ENV__Code* const subcode = require(soap, fault->SOAP_ENV__Code->SOAP_ENV__Subcode);
-  return subcode ? constant(&subcode->SOAP_ENV__Value) : nullptr;
+  return subcode ? constant(&subcode->SOAP_ENV__Value) : placeWithoutMemory(soap);
 }
 
 const char* soap_fault_subcode(struct soap* soap) {
@@ -98,27 +104,21 @@ const char* soap_fault_subcode(struct soap* soap) {
 const char** soap_faultstring(struct soap* soap) {
   SOAP_ENV__Fault* const fault = requireFault(soap);
   if (!fault)
-    return nullptr;
+    return placeWithoutMemory(soap);
   return constant(fault->SOAP_ENV__Reason ? &fault->SOAP_ENV__Reason->SOAP_ENV__Text : &fault->faultstring);
 }
 
-const char* soap_fault_string(struct soap* soap) {
-  const char** const text = soap_faultstring(soap);
-  return text ? *text : nullptr;
-}
+const char* soap_fault_string(struct soap* soap) { return *soap_faultstring(soap); }
 
 const char** soap_faultdetail(struct soap* soap) {
   SOAP_ENV__Fault* const fault = requireFault(soap);
   if (!fault)
-    return nullptr;
+    return placeWithoutMemory(soap);
   SOAP_ENV__Detail* const detail = require(soap, isVersion12(soap) ? fault->SOAP_ENV__Detail : fault->detail);
-  return detail ? constant(&detail->__any) : nullptr;
+  return detail ? constant(&detail->__any) : placeWithoutMemory(soap);
 }
 
-const char* soap_fault_detail(struct soap* soap) {
-  const char** const detail = soap_faultdetail(soap);
-  return detail ? *detail : nullptr;
-}
+const char* soap_fault_detail(struct soap* soap) { return *soap_faultdetail(soap); }
 
 void* soap_getelement(struct soap* soap, const char* tag, int* number) { return readAnyElement(soap, tag, number); }
 
