@@ -153,11 +153,12 @@ void markAttachment(struct soap* soap, const Type& type, const void* value) {
       soap_attachment_reference(soap, value, block.__ptr, block.__size, type.number, block.id, block.type));
 }
 
-int announceAttachment(struct soap* soap, const Type& type, const void* value, const char* tag, int id,
-                       const char* name) {
+bool announceAttachment(struct soap* soap, const Type& type, const void* value, const char* tag, int& id,
+                        const char* name) {
   const xsd__base64Binary& block = *static_cast<const xsd__base64Binary*>(value);
-  return soap_attachment(soap, tag, id, value, block.__ptr, block.__size, block.id, block.type, block.options, name,
-                         type.number);
+  id = soap_attachment(soap, tag, id, value, block.__ptr, block.__size, block.id, block.type, block.options, name,
+                       type.number);
+  return id >= 0;
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "protocol/binding/Text.h"
 #include "protocol/binding/Writer.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -63,6 +64,22 @@ template <class Integer, class Wide> constexpr Codec integerCodec() {
   return {readSimple<parseInteger<Integer, Wide>>, writeSimple<formatInteger<Integer, Wide>>, false};
 }
 
+/// Whether a decimal number that no float holds is too large, and not too small: by the power of ten of its first digit
+/// that is not 0.
+bool isLarge(std::string_view number) {
+  const std::size_t end = std::min(number.find_first_of("eE"), number.size());
+  const std::string_view digits = number.substr(0, end);
+  const auto point = static_cast<long>(std::min(digits.find('.'), digits.size()));
+  const auto first = static_cast<long>(digits.find_first_of("123456789"));
+  std::string_view exponent = number.substr(std::min(end + 1, number.size()));
+  if (exponent.substr(0, 1) == "+")
+    exponent.remove_prefix(1);
+  long power = 0;
+  if (std::from_chars(exponent.data(), exponent.data() + exponent.size(), power).ec == std::errc::result_out_of_range)
+    return exponent[0] != '-';
+  return power > first - point;
+}
+
 /// "INF", "+INF", "-INF", "NaN", or what scanf's "%g" takes, which stops at the first character that does not fit.
 int parseFloat(struct soap* soap, const Type&, std::string_view text, void* value) {
   float& number = *static_cast<float*>(value);
@@ -70,16 +87,16 @@ int parseFloat(struct soap* soap, const Type&, std::string_view text, void* valu
     number = std::numeric_limits<float>::quiet_NaN();
     return SOAP_OK;
   }
-  if (text[0] == '+')
+  if (text[0] == '+' && text.substr(1, 1) != "-")
     text.remove_prefix(1);
   const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
   if (failure == std::errc::invalid_argument)
     return soap->error = SOAP_TYPE;
-  if (failure == std::errc::result_out_of_range) { // too large or too small: what rounding makes of it
-    const std::string_view taken = text.substr(0, static_cast<std::size_t>(end - text.data()));
-    const bool tiny =
-        taken.find("e-") != taken.npos || taken.find("E-") != taken.npos || taken.find_first_of("123456789") > 2;
-    number = std::copysign(tiny ? 0.0F : std::numeric_limits<float>::infinity(), text[0] == '-' ? -1.0F : 1.0F);
+  if (failure == std::errc::result_out_of_range) { // what rounding makes of it
+    const bool isNegative = text[0] == '-';
+    const auto size = static_cast<std::size_t>(end - text.data());
+    const bool large = isLarge(text.substr(isNegative, size - isNegative));
+    number = std::copysign(large ? std::numeric_limits<float>::infinity() : 0.0F, isNegative ? -1.0F : 1.0F);
   }
   return SOAP_OK;
 }
@@ -175,6 +192,14 @@ int writeQualifiedName(struct soap* soap, const Type&, const void* value) {
   return text ? writeText(soap, std::string_view(text)) : soap->error;
 }
 
+/// A name of a namespace outside the table gets a prefix, which has to be declared on the element itself: before its
+/// start tag is written.
+bool declarePrefix(struct soap* soap, const Type& type, const void* value, const char*, int& id, const char*) {
+  const char* const name = *static_cast<const char* const*>(value);
+  id = soap_embedded_id(soap, id, value, type.number);
+  return !name || soap_QName2s(soap, name);
+}
+
 } // namespace
 
 constexpr Codec byteCodec = integerCodec<char, int>();
@@ -187,7 +212,7 @@ constexpr Codec dateTimeCodec = {readSimple<parseTime>, writeTime, false};
 constexpr Codec enumerationCodec = {readSimple<parseEnumeration>, writeEnumeration, false};
 constexpr Codec wideTextCodec = {readWideText, writeWideText, false};
 constexpr Codec charactersCodec = {readCharacters, writeCharacters, true};
-constexpr Codec qualifiedNameCodec = {readQualifiedName, writeQualifiedName, true};
+constexpr Codec qualifiedNameCodec = {readQualifiedName, writeQualifiedName, true, nullptr, declarePrefix};
 constexpr Codec recordCodec = {readRecord, writeRecord, false};
 
 const char* enumerationText(struct soap* soap, const Type& type, int value) {

@@ -227,9 +227,10 @@ void* readAnyElement(struct soap* soap, const char* tag, int* number) {
 }
 
 int readFollowing(struct soap* soap) {
+  const bool isWholeDocument = soap->level == 0;
   while (!peekElement(soap) && !skipUnknown(soap))
     continue;
-  if (soap->error == SOAP_NO_TAG)
+  if (soap->error == SOAP_NO_TAG || (isWholeDocument && soap->error == SOAP_CHK_EOF))
     soap->error = SOAP_OK;
   return soap->error;
 }

@@ -24,11 +24,12 @@ struct Codec {
   int (*write)(struct soap* soap, const Type& type, const void* value);
   /// The value is itself a pointer to characters in the context (guid, qualified name, text of a fault).
   bool characters = false;
-  /// Of values that may travel as attachments, else null: marks one for output, and announces it before its element
-  /// `tag`, whose id is returned (below 0: failed).
+  /// Of values that may travel as attachments, else null: marks one for output.
   void (*mark)(struct soap* soap, const Type& type, const void* value) = nullptr;
-  int (*announce)(struct soap* soap, const Type& type, const void* value, const char* tag, int id,
-                  const char* name) = nullptr;
+  /// What has to be done before the start tag of element `tag` is written; null: nothing. Sets the element's id.
+  /// False: nothing is left to write, since it failed or the value is an attachment.
+  bool (*announce)(struct soap* soap, const Type& type, const void* value, const char* tag, int& id,
+                   const char* name) = nullptr;
 };
 
 /// One type of the binding.

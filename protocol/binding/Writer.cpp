@@ -1,5 +1,7 @@
 #include "protocol/binding/Writer.h"
 
+#include "protocol/soap/RuntimeInternals.h"
+
 namespace tarnwell {
 namespace {
 
@@ -44,9 +46,9 @@ int writeRecord(struct soap* soap, const Type& type, const void* record) {
 }
 
 int writeElement(struct soap* soap, const char* tag, int id, const void* value, const char* name, const Type& type) {
-  id = type.codec->announce ? type.codec->announce(soap, type, value, tag, id, name)
-                            : soap_embedded_id(soap, id, value, type.number);
-  if (id < 0 && type.codec->announce)
+  if (!type.codec->announce)
+    id = soap_embedded_id(soap, id, value, type.number);
+  else if (!type.codec->announce(soap, type, value, tag, id, name))
     return soap->error;
   if (soap_element_begin_out(soap, tag, id, name) || type.codec->write(soap, type, value))
     return soap->error;
@@ -59,9 +61,16 @@ int writePointer(struct soap* soap, const char* tag, int id, const void* const* 
   return id < 0 ? soap->error : writeElement(soap, tag, id, *slot, name, type);
 }
 
+int writePending(struct soap* soap) {
+  return forEachPending(soap, [](struct soap* context, const void* object, int id, int number) {
+    return writeAnyElement(context, object, "id", id, number);
+  });
+}
+
 int writeIndependent(struct soap* soap, const char* tag, const void* value, const char* name, const Type& type) {
-  return writeElement(soap, tag ? tag : type.name, -2, value, name,
-                      type); // nothing is pending: SOAP 1.2 writes objects that are referred to twice in place
+  if (writeElement(soap, tag ? tag : type.name, -2, value, name, type))
+    return soap->error;
+  return writePending(soap);
 }
 
 int writeAnyElement(struct soap* soap, const void* value, const char* tag, int id, int number) {

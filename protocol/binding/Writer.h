@@ -11,7 +11,10 @@ int writeElement(struct soap* soap, const char* tag, int id, const void* value, 
 /// The same for an element held by pointer; a null one is left out.
 int writePointer(struct soap* soap, const char* tag, int id, const void* const* slot, const char* name,
                  const Type& type);
-/// writeElement as a top-level element (default tag: the type's name), then the pending multi-reference elements.
+/// Writes the elements of objects that are referred to more than once: only SOAP 1.1 with an encoding style has them,
+/// SOAP 1.2 writes such objects in place.
+int writePending(struct soap* soap);
+/// writeElement as a top-level element (default tag: the type's name), then the pending ones.
 int writeIndependent(struct soap* soap, const char* tag, const void* value, const char* name, const Type& type);
 
 /// Writes any object by the number of its type.

@@ -13,6 +13,11 @@ TARNWELL_NAMED_FUNCTIONS(xsd__boolean)
 TARNWELL_NAMED_FUNCTIONS(xsd__dateTime)
 TARNWELL_NAMED_FUNCTIONS(xsd__string)
 TARNWELL_NAMED_FUNCTIONS(xsd__QName)
+TARNWELL_NAMED_FUNCTIONS(SOAP_ENV__Header)
+TARNWELL_NAMED_FUNCTIONS(SOAP_ENV__Code)
+TARNWELL_NAMED_FUNCTIONS(SOAP_ENV__Reason)
+TARNWELL_NAMED_FUNCTIONS(SOAP_ENV__Detail)
+TARNWELL_NAMED_FUNCTIONS(SOAP_ENV__Fault)
 TARNWELL_NAMED_FUNCTIONS(dsns2__guid)
 TARNWELL_NAMED_FUNCTIONS(dsns__DesktopLoginEnumerators)
 TARNWELL_NAMED_FUNCTIONS(dsns__DesktopMapAccess)
@@ -32,6 +37,6 @@ TARNWELL_NAMED_FUNCTIONS(dsns__DesktopVersioningClass)
 /// The text of an enumeration's value: its name, or the decimal number when it has none.
 const char* soap_dsns__DesktopLoginEnumerators2s(struct soap* soap, dsns__DesktopLoginEnumerators value);
 const char* soap_dsns__DesktopMapAccess2s(struct soap* soap, dsns__DesktopMapAccess value);
-/// The value of a text. Returns 0, or 4 (type error) when it is neither a name nor a number.
+/// The value of a text. Returns 0, or 4 (type error) when it is null or neither a name nor a number.
 int soap_s2dsns__DesktopLoginEnumerators(struct soap* soap, const char* text, dsns__DesktopLoginEnumerators* value);
 int soap_s2dsns__DesktopMapAccess(struct soap* soap, const char* text, dsns__DesktopMapAccess* value);

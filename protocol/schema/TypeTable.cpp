@@ -183,6 +183,20 @@ using tarnwell::enumerationText;
 using tarnwell::enumerationValue;
 using tarnwell::typeOf;
 
+namespace {
+
+template <class Enumeration> int textToEnumerator(struct soap* soap, int type, const char* text, Enumeration& value) {
+  if (!text)
+    return soap->error = SOAP_TYPE;
+  int number = 0;
+  if (enumerationValue(soap, typeOf(type), text, number))
+    return soap->error;
+  value = static_cast<Enumeration>(number);
+  return SOAP_OK;
+}
+
+} // namespace
+
 const char* soap_dsns__DesktopLoginEnumerators2s(struct soap* soap, dsns__DesktopLoginEnumerators value) {
   return enumerationText(soap, typeOf(SOAP_TYPE_dsns__DesktopLoginEnumerators), value);
 }
@@ -192,17 +206,9 @@ const char* soap_dsns__DesktopMapAccess2s(struct soap* soap, dsns__DesktopMapAcc
 }
 
 int soap_s2dsns__DesktopLoginEnumerators(struct soap* soap, const char* text, dsns__DesktopLoginEnumerators* value) {
-  int number = 0;
-  if (enumerationValue(soap, typeOf(SOAP_TYPE_dsns__DesktopLoginEnumerators), text, number))
-    return soap->error;
-  *value = static_cast<dsns__DesktopLoginEnumerators>(number);
-  return SOAP_OK;
+  return textToEnumerator(soap, SOAP_TYPE_dsns__DesktopLoginEnumerators, text, *value);
 }
 
 int soap_s2dsns__DesktopMapAccess(struct soap* soap, const char* text, dsns__DesktopMapAccess* value) {
-  int number = 0;
-  if (enumerationValue(soap, typeOf(SOAP_TYPE_dsns__DesktopMapAccess), text, number))
-    return soap->error;
-  *value = static_cast<dsns__DesktopMapAccess>(number);
-  return SOAP_OK;
+  return textToEnumerator(soap, SOAP_TYPE_dsns__DesktopMapAccess, text, *value);
 }

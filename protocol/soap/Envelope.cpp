@@ -7,28 +7,48 @@
 namespace tarnwell {
 namespace {
 
-/// Skips whatever is in a header, also what says that it must be understood.
-int readHeader(struct soap* soap, const Type&, void*) {
+/// Calls `take` for each child of the element that is open; it takes the child peeked at, or fails.
+template <class Take> int readChildren(struct soap* soap, Take take) {
   while (soap->body && peekElement(soap) == SOAP_OK) {
-    if (skipElement(soap))
+    if (take())
       return soap->error;
     soap->body = 1;
   }
   return soap->error == SOAP_NO_TAG ? soap->error = SOAP_OK : soap->error;
 }
 
+/// Skips whatever is in a header, also what says that it must be understood.
+int readHeader(struct soap* soap, const Type&, void*) {
+  return readChildren(soap, [soap] { return skipElement(soap); });
+}
+
 int writeHeader(struct soap*, const Type&, const void*) { return SOAP_OK; }
 
+/// A reason has a text for each language (SOAP 1.2 Part 1 section 5.4.2): the first is kept.
+int readReason(struct soap* soap, const Type&, void* value) {
+  SOAP_ENV__Reason& reason = *static_cast<SOAP_ENV__Reason*>(value);
+  return readChildren(soap, [&] {
+    if (soap_match_tag(soap, soap->tag, "SOAP-ENV:Text"))
+      return skipUnknown(soap);
+    if (reason.SOAP_ENV__Text)
+      return skipElement(soap);
+    return readElement(soap, "SOAP-ENV:Text", &reason.SOAP_ENV__Text, nullptr, typeOf(SOAP_TYPE_string)) ? SOAP_OK
+                                                                                                         : soap->error;
+  });
+}
+
 int writeReason(struct soap* soap, const Type& type, const void* value) {
-  if (soap->lang && soap_set_attr(soap, "xml:lang", soap->lang, 1))
+  const bool hasText = static_cast<const SOAP_ENV__Reason*>(value)->SOAP_ENV__Text != nullptr;
+  if (hasText && soap->lang && soap_set_attr(soap, "xml:lang", soap->lang, 1))
     return soap->error;
   return writeRecord(soap, type, value);
 }
 
-/// The first element of a type of the binding, and the first of any other kind as literal XML.
+/// The first element of a type of the binding, and the first of any other kind as literal XML. A detail that begins
+/// with text is literal XML from there to its end.
 int readDetail(struct soap* soap, const Type&, void* value) {
   SOAP_ENV__Detail& detail = *static_cast<SOAP_ENV__Detail*>(value);
-  while (soap->body && peekElement(soap) == SOAP_OK) {
+  const int error = readChildren(soap, [&] {
     const unsigned level = soap->level;
     if (!detail.fault && level < maximumDepth)
       detail.fault = readAnyElement(soap, nullptr, &detail.__type);
@@ -42,11 +62,13 @@ int readDetail(struct soap* soap, const Type&, void* value) {
       else
         soap_inliteral(soap, "-any", &detail.__any);
     }
-    if (soap->error)
-      return soap->error;
-    soap->body = 1;
-  }
-  return soap->error == SOAP_NO_TAG ? soap->error = SOAP_OK : soap->error;
+    return soap->error;
+  });
+  if (error || !isBeforeText(soap) || detail.__any)
+    return error;
+  soap->peeked = 0;
+  soap_inliteral(soap, "-any", &detail.__any);
+  return soap->error;
 }
 
 int writeDetail(struct soap* soap, const Type&, const void* value) {
@@ -59,7 +81,7 @@ int writeDetail(struct soap* soap, const Type&, const void* value) {
 } // namespace
 
 constexpr Codec headerCodec = {readHeader, writeHeader, false};
-constexpr Codec reasonCodec = {readRecord, writeReason, false};
+constexpr Codec reasonCodec = {readReason, writeReason, false};
 constexpr Codec detailCodec = {readDetail, writeDetail, false};
 
 const char* faultCode(const struct soap* soap) {

@@ -110,9 +110,16 @@ int receiveFault(struct soap* soap) {
   return soap->error = result;
 }
 
+/// The runtime's call-back for an encoding in the XML declaration that is none of its own (UTF-8, ISO-8859-1), whose
+/// bytes it would take for one of these. What follows the name is the rest of the declaration.
+int refuseEncoding(struct soap*, const char* encoding) {
+  constexpr char ascii[] = "US-ASCII";
+  return strncasecmp(encoding, ascii, sizeof ascii - 1) == 0 ? SOAP_OK : SOAP_UTF_ERROR;
+}
+
 /// Whether the runtime may have the settings. Of another scheme it waits for ever or sends the envelope, with the
-/// password, to a bare socket; a control character ends the request's first line, a blank begins another endpoint; and a
-/// port is taken modulo 65536.
+/// password, to a bare socket; a control character ends the request's first line, a blank begins another endpoint; and
+/// a port is taken modulo 65536.
 bool canConnect(const struct soap* soap, const char* endpoint) {
   constexpr char scheme[] = "http://";
   constexpr std::size_t schemeSize = sizeof scheme - 1;
@@ -136,7 +143,12 @@ int exchange(struct soap* soap, const char* endpoint, const char* action, Operat
   if (!response)
     return soap->error;
   response->soap_default(soap);
-  if (soap_begin_recv(soap) || soap_envelope_begin_in(soap) || soap_recv_header(soap) || soap_body_begin_in(soap))
+  soap->fencoding = refuseEncoding;
+  if (soap_begin_recv(soap) || soap_envelope_begin_in(soap))
+    return soap->error;
+  if (soap->version == 0) // the runtime takes any XML for an answer, too
+    return soap->error = SOAP_TAG_MISMATCH;
+  if (soap_recv_header(soap) || soap_body_begin_in(soap))
     return soap->error;
   if (!response->soap_get(soap, operation.responseElement, nullptr))
     return receiveFault(soap);

@@ -118,7 +118,11 @@ const char** soap_faultdetail(struct soap* soap) {
   return detail ? constant(&detail->__any) : placeWithoutMemory(soap);
 }
 
-const char* soap_fault_detail(struct soap* soap) { return *soap_faultdetail(soap); }
+const char* soap_fault_detail(struct soap* soap) { // asking makes none
+  const SOAP_ENV__Fault* const fault = soap->fault;
+  const SOAP_ENV__Detail* const detail = !fault ? nullptr : isVersion12(soap) ? fault->SOAP_ENV__Detail : fault->detail;
+  return detail ? detail->__any : nullptr;
+}
 
 void* soap_getelement(struct soap* soap, const char* tag, int* number) { return readAnyElement(soap, tag, number); }
 
@@ -137,6 +141,6 @@ void soap_delelement(const void*, int) {}
 
 int soap_getindependent(struct soap* soap) { return readFollowing(soap); }
 
-int soap_putindependent(struct soap*) { return SOAP_OK; }
+int soap_putindependent(struct soap* soap) { return writePending(soap); }
 
 int soap_ignore_element(struct soap* soap) { return skipUnknown(soap); }

@@ -22,7 +22,7 @@ void soap_delelement(const void* value, int type);
 
 /// Reads what follows an element in its parent: targets of references are kept, the rest is skipped.
 int soap_getindependent(struct soap* soap);
-/// Nothing is ever pending: SOAP 1.2 writes objects that are referred to twice in place.
+/// Writes the elements of objects that are referred to more than once, where SOAP 1.1 has them.
 int soap_putindependent(struct soap* soap);
 /// Skips an element that nobody asked for. One with an id is read by its own type and kept as a target of references.
 /// Refused: one that must be understood, one of the envelope's namespace, in strict mode any.

@@ -169,6 +169,18 @@ char* sendRoom(struct soap* soap, std::size_t& room) {
   return isBuffered ? soap->buf + soap->bufidx : nullptr;
 }
 
+int forEachPending(struct soap* soap, int (*write)(struct soap* soap, const void* object, int id, int type)) {
+  if (soap->version != 1 || !soap->encodingStyle || soap->mode & (SOAP_XML_TREE | SOAP_XML_GRAPH))
+    return SOAP_OK;
+  constexpr char independent = 2; // the runtime's mark; mark1 is that of the counting pass
+  for (const soap_plist* const chain : soap->pht)
+    for (const soap_plist* entry = chain; entry; entry = entry->next)
+      if ((entry->mark1 == independent || entry->mark2 == independent) &&
+          write(soap, entry->ptr, entry->id, entry->type))
+        return soap->error;
+  return SOAP_OK;
+}
+
 void deleteObject(struct soap* soap, soap_clist* entry) {
   entry->fdelete(soap, entry);
   soap_clist* const first = soap->clist;

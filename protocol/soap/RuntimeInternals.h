@@ -38,6 +38,10 @@ ULONG64 expectedBytes(const struct soap* soap);
 /// tag, that is whole in the buffer; and "href" counts in SOAP 1.2 messages too. SOAP_NO_TAG: there is none before the
 /// parent's end.
 int peekElement(struct soap* soap);
+/// Whether peekElement() has found text, and not an end tag, in the place of a start tag.
+inline bool isBeforeText(const struct soap* soap) {
+  return soap->peeked && !*soap->tag && soap->ahead && soap->ahead != endTagMark;
+}
 /// soap_element_end_in: takes the end tag of the element that is open. Faster when it is whole in the buffer.
 int endElement(struct soap* soap, const char* tag);
 /// soap_match_tag of the element peeked at, for a `name` whose local part, `local`, is known to be that of the element.
@@ -69,6 +73,10 @@ bool countOnly(struct soap* soap, std::size_t size);
 char* sendRoom(struct soap* soap, std::size_t& room);
 /// Counts `size` bytes that were written there.
 inline void extendSent(struct soap* soap, std::size_t size) { soap->bufidx += size; }
+
+/// Calls `write` for each object that soap_reference found twice and whose element is to stand on its own, which only
+/// SOAP 1.1 with an encoding style has, until one fails.
+int forEachPending(struct soap* soap, int (*write)(struct soap* soap, const void* object, int id, int type));
 
 // --- Objects
 
