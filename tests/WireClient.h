@@ -3,8 +3,8 @@
 #pragma once
 
 #include "client/DesktopServiceSoap12.h"
+#include "tests/Http.h"
 #include "tests/Messages.h"
-#include "tests/ScriptedService.h"
 #include "tests/Show.h"
 #include "tests/Table.h"
 
@@ -47,6 +47,13 @@ public:
   /// What a new connection does.
   void rewind() { sent.clear(), m_position = 0; }
   Request request() const { return Request::parsed(sent); }
+
+  /// What `write(context)` sends outside an exchange, or "error" and the code.
+  template <class Write> std::string written(Write write) {
+    rewind();
+    const bool isFailed = soap_begin_send(soap) || write(soap) || soap_end_send(soap);
+    return isFailed ? "error " + std::to_string(soap->error) : sent;
+  }
 
   /// Each asks with an empty request, answered with `body`, or if there is none with `reply`. What was read, or "error"
   /// and the code.

@@ -73,22 +73,31 @@ std::vector<Arrival> arrivals() {
            chunks(100, 200, message::answer("GetMapsList_NEW_DESKTOP", message::listing(entries))).bytes, list}};
 }
 
+TEST(Damage, PiecesOfAnySize) {
+  WireClient client;
+  for (const Arrival& arrival : arrivals()) {
+    client.reply = arrival.bytes;
+    client.piece = 0;
+    const std::string whole = arrival.call(client);
+    for (client.piece = 1; client.piece <= 64; ++client.piece)
+      EXPECT_EQ(whole, arrival.call(client)) << arrival.name << " in pieces of " << client.piece;
+  }
+}
+
 TEST(Damage, CutOffAnswersFail) {
   WireClient client;
-  for (const Arrival& arrival : arrivals())
-    for (client.piece = 0; client.piece < 4; client.piece += 3) {
-      client.reply = arrival.bytes;
-      const std::string whole = arrival.call(client);
-      const std::size_t complete = arrival.bytes.rfind('>') + 1; // after it there is only the chunks' own end
-      for (std::size_t size = 0; size < arrival.bytes.size(); ++size) {
-        client.reply = arrival.bytes.substr(0, size);
-        const std::string read = arrival.call(client);
-        EXPECT_TRUE(read.find("error ") == 0 || (size >= complete && read == whole))
-            << arrival.name << " after " << size << ": " << read;
-      }
-      soap_destroy(client.soap);
-      soap_end(client.soap);
+  client.piece = 3;
+  for (const Arrival& arrival : arrivals()) {
+    client.reply = arrival.bytes;
+    const std::string whole = arrival.call(client);
+    const std::size_t complete = arrival.bytes.rfind('>') + 1; // after it there is only the chunks' own end
+    for (std::size_t size = 0; size < arrival.bytes.size(); ++size) {
+      client.reply = arrival.bytes.substr(0, size);
+      const std::string read = arrival.call(client);
+      EXPECT_TRUE(read.find("error ") == 0 || (size >= complete && read == whole))
+          << arrival.name << " after " << size << ": " << read;
     }
+  }
 }
 
 /// Address space and resident memory of this process, in MiB.
@@ -111,17 +120,6 @@ TEST(Damage, FalseLengthsCostNothing) {
       EXPECT_EQ(std::string::npos, client.list().find("error"));
     EXPECT_LT(memory().first - before.first, 1000) << size;
     EXPECT_LT(memory().second - before.second, size == 4 ? 30 : 400) << size; // asan keeps what the test itself freed
-  }
-}
-
-TEST(Damage, PiecesOfAnySize) {
-  WireClient client;
-  for (const Arrival& arrival : arrivals()) {
-    client.reply = arrival.bytes;
-    client.piece = 0;
-    const std::string whole = arrival.call(client);
-    for (client.piece = 1; client.piece <= 64; ++client.piece)
-      EXPECT_EQ(whole, arrival.call(client)) << arrival.name << " in pieces of " << client.piece;
   }
 }
 

@@ -127,9 +127,8 @@ TEST(Writing, NullEntriesAreLeftOut) {
   dsns__ArrayOfDesktopInfoClass list;
   list.DesktopInfoClass = {nullptr, &map, nullptr, &map};
   WireClient client;
-  ASSERT_EQ(0,
-            soap_begin_send(client.soap) || list.soap_out(client.soap, "v", -1, nullptr) || soap_end_send(client.soap));
-  EXPECT_EQ(3U, cells(client.sent, "<dsns:DesktopInfoClass>").size()) << client.sent;
+  const std::string sent = client.written([&](struct soap* soap) { return list.soap_out(soap, "v", -1, nullptr); });
+  EXPECT_EQ(3U, cells(sent, "<dsns:DesktopInfoClass>").size()) << sent;
 }
 
 } // namespace
