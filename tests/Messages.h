@@ -53,10 +53,10 @@ inline std::string fault(const std::string& code) {
       "</soap:Value></soap:Code><soap:Reason><soap:Text xml:lang=\"en\">no</soap:Text></soap:Reason></soap:Fault>");
 }
 
-/// A request as the library sends it, to be compared with canonical(): the prefixes of the namespace table stand.
+/// A request as the library sends it, to be compared with canonical(): the service's namespace is the default one.
 inline std::string request(const std::string& body, const std::string& header = {}) {
   return "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"" + envelopeNamespace +
-         "\" xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" xmlns:dsns=\"" TARNWELL_SERVICE_NAMESPACE "\">" +
+         "\" xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" xmlns=\"" TARNWELL_SERVICE_NAMESPACE "\">" +
          header + "<SOAP-ENV:Body>" + body + "</SOAP-ENV:Body></SOAP-ENV:Envelope>";
 }
 

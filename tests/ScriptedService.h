@@ -1,8 +1,7 @@
 // A scripted HTTP service on loopback: listens before its constructor returns, gives its replies in the order in which
-// they stand (the last one again and again) and records every request. As an HTTP proxy it is simply a second one, which
-// records the request with its absolute URI and answers itself.
-// One connection at a time, served by a thread of its own; members may be called from any thread. Every wait is
-// bounded.
+// they stand (the last one again and again) and records every request. As an HTTP proxy it is simply a second one,
+// which records the request with its absolute URI and answers itself. One connection at a time, served by a thread of
+// its own; members may be called from any thread. Every wait is bounded.
 #pragma once
 
 #include "tests/Http.h"

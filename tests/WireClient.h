@@ -85,10 +85,11 @@ private:
   std::size_t m_position = 0;
 };
 
-/// Calls `check(client, row)` for every row of a table twice: what the client reads arrives whole, then byte by byte.
+/// Calls `check(client, row)` for every row of a table: what the client reads arrives whole, byte by byte, and in
+/// pieces.
 template <class Check> void forEachArrival(const char* table, Check check) {
   for (const auto& row : rows(table))
-    for (const std::size_t piece : {0U, 1U}) {
+    for (const std::size_t piece : {0U, 1U, 5U}) {
       WireClient client;
       client.piece = piece;
       check(client, row);

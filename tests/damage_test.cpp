@@ -73,17 +73,6 @@ std::vector<Arrival> arrivals() {
            chunks(100, 200, message::answer("GetMapsList_NEW_DESKTOP", message::listing(entries))).bytes, list}};
 }
 
-TEST(Damage, PiecesOfAnySize) {
-  WireClient client;
-  for (const Arrival& arrival : arrivals()) {
-    client.reply = arrival.bytes;
-    client.piece = 0;
-    const std::string whole = arrival.call(client);
-    for (client.piece = 1; client.piece <= 64; ++client.piece)
-      EXPECT_EQ(whole, arrival.call(client)) << arrival.name << " in pieces of " << client.piece;
-  }
-}
-
 TEST(Damage, CutOffAnswersFail) {
   WireClient client;
   client.piece = 3;

@@ -34,7 +34,8 @@ TEST(Listing, AppendsToTheHostsList) {
       entries = replaced(replaced(entries, "$", knownId), "M>", "DesktopInfoClass>");
       entries = replaced(entries, "<M ", "<DesktopInfoClass ");
       ServiceUnderTest tested(lite ? "GetMapsListLite_NEW_DESKTOP" : "GetMapsList_NEW_DESKTOP",
-                      (row[1] == "-" ? "" : element("DesktopInfoObjectList", entries)) + message::loginObject(row[0]));
+                              (row[1] == "-" ? "" : element("DesktopInfoObjectList", entries)) +
+                                  message::loginObject(row[0]));
       QList<MapInfo> maps{known()};
       for (int call = 0; call < 2; ++call)
         EXPECT_EQ(row[2], std::to_string(lite ? tested.service.getDesktopMapsListLite(true, maps)
@@ -53,8 +54,8 @@ TEST(Listing, SendsTheCredentialsOfTheLastLogin) {
   QList<MapInfo> maps;
   const auto expectRequest = [&](const std::string& name, const std::string& user, const std::string& pass,
                                  const std::string& published) {
-    tested.expectRequest(element("dsns:" + name, element("dsns:username", user) + element("dsns:pass", pass) +
-                                                      element("dsns:IsPublished", published) + "<dsns:behaviour/>"));
+    tested.expectRequest(element(name, element("username", user) + element("pass", pass) +
+                                           element("IsPublished", published) + "<behaviour/>"));
   };
   EXPECT_EQ(1, tested.service.getDesktopMapsList(false, maps)) << "answered with another operation's element";
   expectRequest("GetMapsList_NEW_DESKTOP", "", "", "false");

@@ -64,7 +64,8 @@ TEST(OneMap, OutcomesDecideResultAndEffects) {
     for (const std::string& row : cells(outcomes)) {
       SCOPED_TRACE(operation.name + " " + row);
       const std::vector<std::string> cell = cells(row, " ");
-      ServiceUnderTest tested(operation.name, message::outcome(cell[0], cell[1]) + element(operation.description, stored));
+      ServiceUnderTest tested(operation.name,
+                              message::outcome(cell[0], cell[1]) + element(operation.description, stored));
       MapInfo info = known();
       EXPECT_EQ(cell[2], std::to_string(operation.call(tested.service, info)));
       EXPECT_EQ(shownAfter(operation, cell[2] == "0"), show(info));
@@ -90,34 +91,31 @@ TEST(OneMap, BrokenAnswersFail) {
   }
 }
 
-/// What an operation sends of known(); elements that are always at their defaults included.
+/// What an operation sends of known().
 std::string described(const std::string& name, const std::string& author, const std::string& modified,
                       const std::string& thumbnail, const std::string& content, const std::string& version) {
-  const auto given = [](const std::string& tag, const std::string& value) {
-    return value.empty() ? "" : element("dsns:" + tag, value);
-  };
-  return "<dsns:username/><dsns:pass/>" +
-         element("dsns:DesktopInfo", given("MapName", name) + given("MapId", knownId) + given("Author", author) +
-                                         given("LastModified", modified) + given("Created", "1970-01-01T00:00:00Z") +
-                                         given("Description", "about") + given("Thumbnail", thumbnail) +
-                                         given("IsPublished", "true") + given("MapContent", content) +
-                                         given("AllowInclusion", "false") + given("Version", version) +
-                                         given("Format_IsTwlx", "false"));
+  return "<username/><pass/>" +
+         element("DesktopInfo", element("MapName", name) + element("MapId", knownId) + element("Author", author) +
+                                    element("LastModified", modified) + "<Created>1970-01-01T00:00:00Z</Created>" +
+                                    element("Description", "about") + thumbnail + element("IsPublished", "true") +
+                                    content + element("AllowInclusion", "false") + element("Version", version) +
+                                    element("Format_IsTwlx", "false"));
 }
 std::string uploadedMap() {
-  return described("plan", owner(), "2001-09-09T01:46:40Z", "bmV3", "Ynl0ZXMAb2YgaXQ=", "1.5");
+  return described("plan", owner(), "2001-09-09T01:46:40Z", element("Thumbnail", "bmV3"),
+                   element("MapContent", "Ynl0ZXMAb2YgaXQ="), "1.5");
 }
 TEST(OneMap, IsDescribedToTheService) {
   const std::string modified = "2012-03-04T05:06:07Z";
-  const std::string expected[] = {described("plan", "Ann", modified, "VAB4", "", "1.5") + "<dsns:behaviour/>",
-                                  uploadedMap() + "<dsns:IsForced>true</dsns:IsForced><dsns:behaviour/>",
-                                  described("plan", "Ann", modified, "", "", "0"),
-                                  described("renamed", "Ann", modified, "", "", "0")};
+  const std::string expected[] = {
+      described("plan", "Ann", modified, element("Thumbnail", "VAB4"), "", "1.5") + "<behaviour/>",
+      uploadedMap() + "<IsForced>true</IsForced><behaviour/>", described("plan", "Ann", modified, "", "", "0"),
+      described("renamed", "Ann", modified, "", "", "0")};
   for (const MapOperation& operation : operations) {
     ServiceUnderTest tested(operation.name, "");
     MapInfo info = known();
     operation.call(tested.service, info);
-    tested.expectRequest(element("dsns:" + operation.name, expected[&operation - operations]));
+    tested.expectRequest(element(operation.name, expected[&operation - operations]));
   }
 }
 
@@ -233,7 +231,7 @@ TEST(Saving, UnconfirmedIsUndone) {
     EXPECT_EQ(ResultFailed, save.call(tested.service, info));
     EXPECT_EQ(shownAfter(save, false), show(info));
     EXPECT_EQ(2U, tested.server.requests().size());
-    tested.expectRequest(element("dsns:DeleteDesktopMap", uploadedMap()));
+    tested.expectRequest(element("DeleteDesktopMap", uploadedMap()));
   }
 }
 

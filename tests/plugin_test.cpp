@@ -114,8 +114,7 @@ std::string exchangeOfPlugin(const QString& file) {
   const bool isListed = service->getDesktopMapsList(true, maps) == ResultOk && maps.size() == 2;
   return isFailed && isListed ? canonical(server.requests()[0].body) : "wrong results";
 }
-const std::string rightExchange =
-    canonical(message::request("<dsns:Login><dsns:username>a</dsns:username><dsns:pass>b</dsns:pass></dsns:Login>"));
+const std::string rightExchange = canonical(message::request("<Login><username>a</username><pass>b</pass></Login>"));
 const std::string rightEnvelope = canonical("<e:Envelope xmlns:e=\"http://schemas.xmlsoap.org/soap/envelope/\">"
                                             "<Mark xmlns=\"urn:host\"/><e:Body></e:Body></e:Envelope>");
 

@@ -20,8 +20,8 @@ std::string envelopeOf(const Namespace* table) {
 TEST(Request, LoginAsItTravels) {
   ServiceUnderTest tested({reply(200, success)});
   ASSERT_EQ(ResultOk, tested.service.login("ann & <bob>", "\"😀 é"));
-  tested.expectRequest("<dsns:Login><dsns:username>ann &amp; &lt;bob&gt;</dsns:username><dsns:pass>\"😀 é</dsns:pass>"
-                       "</dsns:Login>");
+  tested.expectRequest("<Login><username>ann &amp; &lt;bob&gt;</username><pass>\"😀 é</pass>"
+                       "</Login>");
   const Request request = tested.server.request();
   const std::string action = TARNWELL_SERVICE_NAMESPACE "Login";
   EXPECT_EQ(0U, request.head.find("POST /service/desktopservice.asmx HTTP/1."));
@@ -104,8 +104,8 @@ TEST(Request, ThroughAProxy) {
 
 TEST(Request, HeaderOfAnAnswerIsCarriedOver) {
   WireClient client;
-  const std::string plain = canonical(message::request("<dsns:Login/>"));
-  const std::string carried = canonical(message::request("<dsns:Login/>", "<SOAP-ENV:Header/>"));
+  const std::string plain = canonical(message::request("<Login/>"));
+  const std::string carried = canonical(message::request("<Login/>", "<SOAP-ENV:Header/>"));
   const std::string header = "<soap:Header><d:Any soap:mustUnderstand=\"true\"><soap:Fault/></d:Any><x/></soap:Header>";
   const auto sent = [&](const std::string& answered) {
     EXPECT_EQ("login 2", client.login(answered));

@@ -30,8 +30,7 @@ TEST(Updates, StoredTextsDecide) {
     SCOPED_TRACE(row[0] + " " + row[1]);
     EXPECT_EQ(row[2] == "true", row[0] == "plain" ? tested.service.checkForUpdates("9", 1)
                                                   : tested.service.checkForUpdatesExtended("9", 1, 2));
-    EXPECT_EQ(row[3] + " " + row[4],
-              text(tested.service.getSetupUrl()) + " " + text(tested.service.getSetupVersion()));
+    EXPECT_EQ(row[3] + " " + row[4], text(tested.service.getSetupUrl()) + " " + text(tested.service.getSetupVersion()));
   }
 }
 
@@ -39,12 +38,12 @@ TEST(Updates, RequestsCrossTheirArguments) {
   ServiceUnderTest tested({hangUp(std::string::npos)});
   tested.service.login("ann", "p");
   tested.service.checkForUpdates("1.é", -3);
-  tested.expectRequest(element("dsns:CheckDesktopVersion",
-                                "<dsns:version>1.é</dsns:version>" + element("dsns:desktopLiveUpdateType", "-3")));
+  tested.expectRequest(
+      element("CheckDesktopVersion", "<version>1.é</version>" + element("desktopLiveUpdateType", "-3")));
   tested.service.checkForUpdatesExtended("", 4, 5);
-  tested.expectRequest(element("dsns:CheckDesktopVersionExtended",
-                                "<dsns:applicationUpdateType>5</dsns:applicationUpdateType><dsns:version/>" +
-                                    element("dsns:desktopLiveUpdateType", "4")));
+  tested.expectRequest(
+      element("CheckDesktopVersionExtended",
+              "<applicationUpdateType>5</applicationUpdateType><version/>" + element("desktopLiveUpdateType", "4")));
 }
 
 TEST(CrashReport, IsJudgedByTheCallAlone) {
@@ -59,10 +58,10 @@ TEST(CrashReport, IsJudgedByTheCallAlone) {
   for (const auto& [answer, result] : cases) {
     ServiceUnderTest tested({answer});
     EXPECT_EQ(result, tested.service.sendCrashReport("sé", "m<\n", "d.txt", QByteArray("A\0C", 3))) << answer.bytes;
-    tested.expectRequest(element("dsns:" + name, "<dsns:subject>sé</dsns:subject><dsns:message>m&lt;\n</dsns:message>"
-                                                  "<dsns:bytes>QQBD</dsns:bytes><dsns:filename>d.txt</dsns:filename>"));
+    tested.expectRequest(element(name, "<subject>sé</subject><message>m&lt;\n</message>"
+                                       "<bytes>QQBD</bytes><filename>d.txt</filename>"));
     EXPECT_EQ(result, tested.service.sendCrashReport("", QString(), "", QByteArray())) << answer.bytes;
-    tested.expectRequest(element("dsns:" + name, "<dsns:subject/><dsns:message/><dsns:bytes/><dsns:filename/>"));
+    tested.expectRequest(element(name, "<subject/><message/><bytes/><filename/>"));
   }
 }
 
