@@ -15,17 +15,12 @@ public:
   std::string reply;     ///< all that arrives, HTTP header included
   std::size_t piece = 0; ///< bytes per receive; 0: as many as fit
   std::string sent;      ///< by the last exchange
-  std::string host;      ///< and port: what it connected to
-  int port = 0;
 
   WireClient() {
     soap_endpoint = "http://service.example/service/desktopservice.asmx";
     soap->user = this;
-    soap->fopen = [](struct soap* context, const char*, const char* name, int number) {
-      WireClient& self = of(context);
-      self.host = name;
-      self.port = number;
-      self.rewind();
+    soap->fopen = [](struct soap* context, const char*, const char*, int) {
+      of(context).rewind();
       return SOAP_SOCKET{1 << 20};
     };
     soap->fclose = [](struct soap* context) {

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <iostream>
 #include <random>
 
 namespace {
@@ -114,7 +113,6 @@ TEST(Damage, FalseLengthsCostNothing) {
 
 TEST(Damage, ChangedBytes) {
   const unsigned seed = std::random_device()();
-  std::cout << "seed " << seed << "\n";
   std::mt19937 random(seed);
   const std::string likely = "<>/&;\"'=#:![]-? \n0a\x80\xFF";
   const std::vector<Arrival> whole = arrivals();
@@ -124,16 +122,14 @@ TEST(Damage, ChangedBytes) {
     client.reply = arrival.bytes;
     client.piece = random() % 4 * 5;
     const std::size_t start = random() % 8 == 0 ? 0 : arrival.bytes.find("\r\n\r\n"); // seldom in the header
-    for (unsigned changes = 1 + random() % 2; changes > 0; --changes) {
-      char& byte = client.reply[start + random() % (arrival.bytes.size() - start)];
-      byte = random() % 2 ? likely[random() % likely.size()] : static_cast<char>(random());
-    }
+    for (unsigned changes = 1 + random() % 2; changes > 0; --changes)
+      client.reply[start + random() % (arrival.bytes.size() - start)] =
+          random() % 2 ? likely[random() % likely.size()] : static_cast<char>(random());
     arrival.call(client);
     if (round % 100 != 0)
       continue;
     soap_destroy(client.soap);
     soap_end(client.soap);
-    client.piece = 0;
     ASSERT_EQ(shownAll, client.content(answer(all))) << "after round " << round << " of seed " << seed;
   }
 }

@@ -14,14 +14,12 @@ std::string mapAnswer(const std::string& children) { return answer("<DesktopInfo
 
 // Children of the map in an answer, and what is read of them.
 const char* const records = R"(
-<MapName xsi:nil="true"/><Author>a</Author>                                                      | {Author='a'}
 <MapName xsi:nil="1"/><Thumbnail xsi:nil="true"/><MapId xsi:nil="true"/>                         | {}
 <MapName xsi:nil="false">n</MapName>                                                             | {MapName='n'}
 <LastModified xsi:nil="true"/><IsPublished xsi:nil="true"/><Version xsi:nil="true"/>             | {}
 <MapName/><Thumbnail/><Version/><IsPublished/><LastModified/> | {MapName='' Thumbnail=0:}
 <MapName>n</MapName><MapName>x</MapName><IsPublished>1</IsPublished><IsPublished>x</IsPublished> | {MapName='n' IsPublished=1}
 <MapName>n</MapName><MapName><a>&lt;</a><![CDATA[</MapName>]]></MapName><Author>a</Author> | {MapName='n' Author='a'}
-<Format_Header>h</Format_Header><Version>2</Version><MapName>n</MapName> | {MapName='n' Version=2 Format_Header='h'}
 <Path>p</Path><MapName>n</MapName><y><MapName>no</MapName><y/></y><Author>a</Author> | {MapName='n' Author='a'}
 <x:MapName>no</x:MapName><d:MapName>n</d:MapName>                                                | {MapName='n'}
 <MapName xmlns="urn:x">no</MapName><y xmlns="urn:x"><Author/></y><MapName xmlns="SERVICE">n</MapName> | {MapName='n'}
