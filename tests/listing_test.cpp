@@ -52,17 +52,14 @@ TEST(Listing, AppendsToTheHostsList) {
 TEST(Listing, SendsTheCredentialsOfTheLastLogin) {
   ServiceUnderTest tested("Login", message::loginValue("NotAUser"));
   QList<MapInfo> maps;
-  const auto expectRequest = [&](const std::string& name, const std::string& user, const std::string& pass,
-                                 const std::string& published) {
-    tested.expectRequest(element(name, element("username", user) + element("pass", pass) +
-                                           element("IsPublished", published) + "<behaviour/>"));
-  };
   EXPECT_EQ(1, tested.service.getDesktopMapsList(false, maps)) << "answered with another operation's element";
-  expectRequest("GetMapsList_NEW_DESKTOP", "", "", "false");
+  tested.expectRequest("<GetMapsList_NEW_DESKTOP><username/><pass/><IsPublished>false</IsPublished><behaviour/>"
+                       "</GetMapsList_NEW_DESKTOP>");
   tested.service.login("Zoë 😀 ", "p<&>");
   tested.service.logout();
   tested.service.getDesktopMapsListLite(true, maps);
-  expectRequest("GetMapsListLite_NEW_DESKTOP", "Zoë 😀 ", "p&lt;&amp;&gt;", "true");
+  tested.expectRequest("<GetMapsListLite_NEW_DESKTOP><username>Zoë 😀 </username><pass>p&lt;&amp;&gt;</pass>"
+                       "<IsPublished>true</IsPublished><behaviour/></GetMapsListLite_NEW_DESKTOP>");
   EXPECT_TRUE(maps.isEmpty());
 }
 
