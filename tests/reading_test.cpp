@@ -105,18 +105,20 @@ TEST(Writing, ABlockWithIdOrTypeTravelsAsAttachment) {
   _dsns__SendFeedbackWithAttachmentResponse response;
   request.bytes = &block;
   WireClient client;
-  for (const int form : {1, 2, 3, 0}) {
+  const std::pair<char*, char*> forms[] = {{id, nullptr}, {nullptr, type}, {id, type}, {nullptr, nullptr}};
+  for (const auto& [blockId, blockType] : forms) {
+    SCOPED_TRACE(std::string(blockId ? "id " : "") + (blockType ? "type" : ""));
     client.reply = reply(200, message::answer("SendFeedbackWithAttachment", "")).bytes;
-    block.id = form & 1 ? id : nullptr;
-    block.type = form & 2 ? type : nullptr;
+    block.id = blockId;
+    block.type = blockType;
     const auto send = std::exchange(client.soap->fsend, [](auto...) { return SOAP_EOF; });
-    EXPECT_EQ(SOAP_EOF, client.__dsns4__SendFeedbackWithAttachment(&request, &response)) << form;
+    EXPECT_EQ(SOAP_EOF, client.__dsns4__SendFeedbackWithAttachment(&request, &response));
     client.soap->fsend = send; // what the failed attempt left behind must not count
-    EXPECT_EQ(0, client.__dsns4__SendFeedbackWithAttachment(&request, &response)) << form;
+    EXPECT_EQ(0, client.__dsns4__SendFeedbackWithAttachment(&request, &response));
     const auto sends = [&](const char* text) { return client.sent.find(text) != std::string::npos; };
-    EXPECT_EQ(form != 0, sends(raw) && sends("<dsns:bytes href=\"")) << form << client.sent;
-    EXPECT_EQ(form == 0, sends("cmF3IDxieXRlcz4=") && sends("Content-Type: application/soap+xml;"))
-        << form << client.sent;
+    const bool isInline = !blockId && !blockType;
+    EXPECT_NE(isInline, sends(raw) && sends("<dsns:bytes href=\"")) << client.sent;
+    EXPECT_EQ(isInline, sends("cmF3IDxieXRlcz4=") && sends("Content-Type: application/soap+xml;")) << client.sent;
   }
 }
 
