@@ -55,6 +55,7 @@ TEST(Listing, SendsTheCredentialsOfTheLastLogin) {
   EXPECT_EQ(1, tested.service.getDesktopMapsList(false, maps)) << "answered with another operation's element";
   tested.expectRequest("<GetMapsList_NEW_DESKTOP><username/><pass/><IsPublished>false</IsPublished><behaviour/>"
                        "</GetMapsList_NEW_DESKTOP>");
+  tested.service.login("first", "other");
   tested.service.login("Zoë 😀 ", "p<&>");
   tested.service.logout();
   tested.service.getDesktopMapsListLite(true, maps);

@@ -85,7 +85,7 @@ dsns:DesktopMapAccess | 0 => DbError | FileExists => FileExists | 2 => Success |
 dsns:DesktopMapAccess | ¶2· => Success | 5 => OngoingCollaboration | MapRemoved => MapRemoved | 9 => 9 | -1 => -1 | noaccess => error 4
 xsd:base64Binary | ¶·QU¶·JD¶· => QUJD | QUJD => QUJD | QUI= => QUI= | QQ== => QQ== | => | QU JD  RA = = => QUJDRA== | +/+/ => +/+/
 xsd:base64Binary | QU<!-- J -->JD => QUJD | <![CDATA[QUJD]]> => QUJD | <![CDATA[QUJD</]]> => error 4
-xsd:base64Binary | QUJD* => error 4 | Q*JDQUJD => error 4 | QU-D => error 4 | QQ==QQ== => error 4 | Q=== => error 4 | QUJé => error 4 | =QUJ => error 4
+xsd:base64Binary | QUJD* => error 4 | Q*JDQUJD => error 4 | QU-D => error 4 | QUJDQ => error 4 | QQ==QQ== => error 4 | Q=== => error 4 | QUJé => error 4 | =QUJ => error 4
 )";
 /// One entry of the table.
 struct Example {
