@@ -65,7 +65,7 @@ TEST(Operations, SendAndReadTheirMessages) {
     }
 }
 
-// The shapes of request that only other tests of this file send: a mixed-up member shows.
+// Shapes of request that the client never sends: each text is the name of its element, so that mixed-up members show.
 TEST(Operations, TextsStandUnderTheirNames) {
   xsd__string username = L"username", pass = L"pass", inFormat = L"inFormat", outFormat = L"outFormat";
   xsd__string name = L"name", email = L"email", subject = L"subject", text = L"message";

@@ -63,7 +63,7 @@ TEST(Plugin, ExportsOneSymbol) {
   EXPECT_EQ("_Z14serviceFactoryv\n", nm.readAllStandardOutput().toStdString());
 }
 
-// Hosts that are already built call by place and with these types.
+// Hosts that are already built call by slot number and with these types.
 TEST(Plugin, SlotsAndTypesStay) {
   using Service = ITarnwellService;
   EXPECT_EQ(2U, slotOf<int(QString, QString)>(&Service::login)) << "after the two of the destructor";

@@ -20,8 +20,7 @@ std::string envelopeOf(const Namespace* table) {
 TEST(Request, LoginAsItTravels) {
   ServiceUnderTest tested({reply(200, success)});
   ASSERT_EQ(ResultOk, tested.service.login("ann & <bob>", "\"😀 é"));
-  tested.expectRequest("<Login><username>ann &amp; &lt;bob&gt;</username><pass>\"😀 é</pass>"
-                       "</Login>");
+  tested.expectRequest("<Login><username>ann &amp; &lt;bob&gt;</username><pass>\"😀 é</pass></Login>");
   const Request request = tested.server.request();
   const std::string action = TARNWELL_SERVICE_NAMESPACE "Login";
   EXPECT_EQ(0U, request.head.find("POST /service/desktopservice.asmx HTTP/1."));
@@ -90,7 +89,7 @@ TEST(Request, ThroughAProxy) {
     tested.service.setProxyPort(proxy.port());
     tested.service.setProxyUser("user");
     tested.service.setProxyPassword("word");
-    EXPECT_EQ(ResultOk, tested.service.login("", "")) << "each setting alone switches the proxy on again";
+    EXPECT_EQ(ResultOk, tested.service.login("", "")) << "the single setters switch the proxy on again";
     EXPECT_EQ("Basic dXNlcjp3b3Jk", proxy.request().header("Proxy-Authorization"));
   }
 }
