@@ -17,8 +17,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   const tarnwell::Operation& operation = tarnwell::operations[index];
   auto* const request = tarnwell::instantiate(client.soap, -1, tarnwell::typeOf(operation.request), nullptr);
   auto* const response = tarnwell::instantiate(client.soap, -1, tarnwell::typeOf(operation.response), nullptr);
-  static_cast<void>(tarnwell::exchange(client.soap, "http://fuzz/", nullptr,
-                                       static_cast<tarnwell::OperationIndex>(index),
-                                       static_cast<SchemaObject*>(request), static_cast<SchemaObject*>(response)));
+  static_cast<void>(tarnwell::exchange(
+      client.soap, "http://fuzz/", nullptr, static_cast<tarnwell::OperationIndex>(index),
+      static_cast<tarnwell::SchemaObject*>(request), static_cast<tarnwell::SchemaObject*>(response)));
   return 0;
 }

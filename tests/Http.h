@@ -8,8 +8,10 @@
 struct Reply {
   std::string bytes;                     ///< the whole reply, header included
   std::size_t reads = std::string::npos; ///< bytes of the request that are read before the reply; npos: all of it
+  bool stalls = false;                   ///< waits for ScriptedService::release() before it replies
 
-  Reply closeAfter(std::size_t count) const { return {bytes.substr(0, count), reads}; }
+  Reply closeAfter(std::size_t count) const { return {bytes.substr(0, count), reads, stalls}; }
+  Reply stall() const { return {bytes, reads, true}; }
 };
 
 /// A reply whose length is told by `framing`, a header line; `headers` are further lines, each with its line end.
@@ -37,7 +39,7 @@ inline Reply chunks(std::size_t size, int status, const std::string& body) {
   return framed("Transfer-Encoding: chunked", bytes + "0\r\n\r\n", status);
 }
 /// No reply: the connection is closed after `count` bytes of the request (npos: after all of it).
-inline Reply hangUp(std::size_t count) { return {"", count}; }
+inline Reply hangUp(std::size_t count) { return {"", count, false}; }
 
 struct Request {
   std::string head; ///< request line and header fields

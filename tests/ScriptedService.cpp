@@ -39,11 +39,18 @@ ScriptedService::ScriptedService(const std::vector<Reply>& replies) : m_replies(
 }
 
 ScriptedService::~ScriptedService() {
+  release();
   m_stops = true;
   QTcpSocket wake;
   wake.connectToHost(QHostAddress::LocalHost, m_port);
   wake.waitForConnected(patience);
   m_thread.join();
+}
+
+void ScriptedService::release() {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  m_released = true;
+  m_change.notify_all();
 }
 
 std::vector<Request> ScriptedService::requests() const {
@@ -55,8 +62,10 @@ void ScriptedService::serve(QTcpSocket& connection) {
   const Reply& script = m_replies[std::min(requests().size(), m_replies.size() - 1)];
   const Request request = Request::parsed(receive(connection, script.reads));
   {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    std::unique_lock<std::mutex> lock(m_mutex);
     m_requests.push_back(request);
+    if (script.stalls)
+      m_change.wait_for(lock, std::chrono::milliseconds(patience), [this] { return m_released; });
   }
   connection.write(script.bytes.data(), static_cast<qint64>(script.bytes.size()));
   while (connection.bytesToWrite() > 0 && connection.waitForBytesWritten(patience))

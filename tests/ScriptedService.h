@@ -8,6 +8,7 @@
 
 #include <QtCore/QtGlobal>
 #include <atomic>
+#include <condition_variable>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -22,11 +23,16 @@ public:
   ScriptedService& operator=(const ScriptedService&) = delete;
   ~ScriptedService();
 
+  /// Lets the replies go that stall.
+  void release();
   int port() const { return m_port; }
   std::string url() const { return "http://127.0.0.1:" + std::to_string(m_port) + "/service/desktopservice.asmx"; }
   std::vector<Request> requests() const;
   /// The last request; an empty one before the first.
-  Request request() const { return requests().empty() ? Request() : requests().back(); }
+  Request request() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_requests.empty() ? Request() : m_requests.back();
+  }
 
 private:
   void serve(QTcpSocket& connection);
@@ -34,6 +40,8 @@ private:
   const std::vector<Reply> m_replies;
   mutable std::mutex m_mutex;
   std::vector<Request> m_requests;
+  std::condition_variable m_change;
+  bool m_released = false;
   std::atomic<bool> m_stops{false};
   quint16 m_port = 0;
   std::thread m_thread;

@@ -49,7 +49,7 @@ const struct {
    &call<_dsns__##Name, _dsns__##Name##Response, &soap_call___dsns4__##Name, &soap_call___dsns3__##Name,               \
          &DesktopServiceSoap12::__dsns4__##Name, &_dsns__##Name##Response::Name##Result>,                              \
    sample(static_cast<const ResultClass*>(nullptr))},
-#include "protocol/Operations.inc"
+#include "protocol/schema/Operations.inc"
 #undef TARNWELL_OPERATION
 };
 
@@ -77,7 +77,7 @@ TEST(Operations, TextsStandUnderTheirNames) {
   list.pass = save.pass = convert.pass = &pass;
   convert.inFormat = &inFormat, convert.outFormat = &outFormat;
   feedback.name = &name, feedback.email = &email, feedback.subject = &subject, feedback.message = &text;
-  const std::pair<SchemaObject*, std::vector<std::string>> requests[] = {
+  const std::pair<tarnwell::SchemaObject*, std::vector<std::string>> requests[] = {
       {&list, {"username", "pass"}},
       {&save, {"username", "pass"}},
       {&convert, {"username", "pass", "inFormat", "outFormat"}},

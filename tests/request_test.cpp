@@ -1,5 +1,5 @@
 // What a request is on the wire: envelope, HTTP header, proxy; and the client's settings behind it.
-#include "protocol/Namespaces.h"
+#include "protocol/schema/Namespaces.h"
 #include "tests/ServiceUnderTest.h"
 #include "tests/WireClient.h"
 
