@@ -1,7 +1,8 @@
 // The login outcome in an answer, and the login state of client and service.
 #include "tests/ServiceUnderTest.h"
 
-#include <thread>
+#include <QtCore/QThread>
+#include <memory>
 
 namespace {
 
@@ -71,9 +72,10 @@ TEST(Login, TwoServicesShareNothing) {
       EXPECT_EQ(ResultOk, tested.service.login(user, "p"));
     tested.expectRequest(element("Login", element("username", user) + "<pass>p</pass>"));
   };
-  std::thread other(use, "ann");
+  const std::unique_ptr<QThread> other(QThread::create(use, "ann"));
+  other->start();
   use("bob");
-  other.join();
+  other->wait();
 }
 
 } // namespace
