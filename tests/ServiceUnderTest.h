@@ -9,23 +9,16 @@
 #include <gtest/gtest.h>
 
 /// A service of the library and the scripted one that it talks to.
-class Session {
+class ServiceUnderTest {
 public:
-  explicit Session(const std::vector<Reply>& replies) : server(replies) {
+  explicit ServiceUnderTest(const std::vector<Reply>& replies) : server(replies) {
     service.setEndPoint(QString::fromStdString(server.url()));
   }
-  Session(const std::string& operation, const std::string& result)
-      : Session({reply(200, message::answer(operation, result))}) {}
+  ServiceUnderTest(const std::string& operation, const std::string& result)
+      : ServiceUnderTest({reply(200, message::answer(operation, result))}) {}
   void expectRequest(const std::string& body) const {
     EXPECT_EQ(canonical(message::request(body)), canonical(server.request().body));
   }
   ScriptedService server;
   TarnwellService service;
 };
-inline std::string element(const std::string& name, const std::string& value) {
-  return "<" + name + ">" + value + "</" + name + ">";
-}
-/// The login object of an answer; none for "-".
-inline std::string loginObject(const std::string& value) {
-  return value == "-" ? "" : element("DesktopLoginResponseObject", message::loginValue(value));
-}
