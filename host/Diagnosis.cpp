@@ -72,7 +72,7 @@ QString faultIn(const QByteArray& answer) {
 Diagnosis connectionFailure(const QTcpSocket& socket, const QString& peer) {
   switch (socket.error()) {
   case QAbstractSocket::HostNotFoundError:
-    return {false, "there is no host of the name in " + peer, "check the spelling, and this machine's network"};
+    return {false, "nothing is known of the host of " + peer, "check the spelling, and this machine's network"};
   case QAbstractSocket::ConnectionRefusedError:
     return {false, peer + " refuses the connection", "check the port, and that the program behind it runs"};
   case QAbstractSocket::SocketTimeoutError:
