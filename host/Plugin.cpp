@@ -28,7 +28,7 @@ QString findPlugin() {
 
 } // namespace
 
-Outcome loadPlugin(const QString& file, std::unique_ptr<ITarnwellService>& service) {
+CommandResult loadPlugin(const QString& file, std::unique_ptr<ITarnwellService>& service) {
   // An absolute path: a bare name would be looked for along the system's library path.
   const QString path = file.isEmpty() ? findPlugin() : QFileInfo(file).absoluteFilePath();
   if (path.isEmpty())
