@@ -77,7 +77,8 @@ int main(int, char** argv) {
   stored.MapName = &otherName;
   const auto naming = [&](auto& request) { request.DesktopInfo = &stored; };
   const auto get = [&] {
-    return call(proxy, &Proxy::GetMapContent_USCORENEW_USCOREDESKTOP, naming).GetMapContent_USCORENEW_USCOREDESKTOPResult;
+    return call(proxy, &Proxy::GetMapContent_USCORENEW_USCOREDESKTOP, naming)
+        .GetMapContent_USCORENEW_USCOREDESKTOPResult;
   };
   const auto got = get();
   expect("get", got->DesktopMapAccess == ns1__DesktopMapAccess__Success);

@@ -31,7 +31,9 @@ Response call(Response (DesktopService::*operation)(const Request&), Fill fill) 
 }
 
 Login::Type login(const QString& password) {
-  return call(&DesktopService::login, [&](auto& request) { request.setPass(password); }).loginResult().desktopLoginValue();
+  return call(&DesktopService::login, [&](auto& request) { request.setPass(password); })
+      .loginResult()
+      .desktopLoginValue();
 }
 
 QList<DSNS__DesktopInfoClass> maps() {
@@ -67,8 +69,9 @@ int main(int argc, char** argv) {
   expect("second save", again.desktopMapAccess() == Access::FileExists);
 
   const auto listed = maps();
-  expect("list", listed.size() == 1 && listed[0].mapName() == map.mapName() && listed[0].thumbnail() == map.thumbnail() &&
-                     listed[0].lastModified() == written && listed[0].isPublished());
+  expect("list", listed.size() == 1 && listed[0].mapName() == map.mapName() &&
+                     listed[0].thumbnail() == map.thumbnail() && listed[0].lastModified() == written &&
+                     listed[0].isPublished());
   DSNS__DesktopInfoClass stored;
   stored.setMapId(saved.desktopInfoClass().mapId());
   stored.setMapName("Courtyards");
