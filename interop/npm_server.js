@@ -29,12 +29,13 @@ const list = () => ({
 
 const operations = {
   Login: (request) => ({ LoginResult: login(request) }),
-  SaveMap_NEW_DESKTOP: forAnna("SaveMap_NEW_DESKTOP", ({ DesktopInfo: map, IsForced: isForced }) => {
+  SaveMap_NEW_DESKTOP: forAnna("SaveMap_NEW_DESKTOP", ({ DesktopInfo: map, IsForced }) => {
+    const isForced = String(IsForced) === "true";
     if (!isForced && [...maps.values()].some((other) => other.MapName === map.MapName))
       return { DesktopMapAccess: "FileExists" };
     const { MapContent, ...description } = { ...map, MapId: isForced ? map.MapId : "{67c8770b-44f1-410a-ab9a-f9b5446f13ee}" };
     for (const time of ["LastModified", "Created"])
-      description[time] = description[time].toISOString();
+      description[time] = new Date(description[time]).toISOString();
     maps.set(description.MapId, { ...description, MapContent });
     return { ...success, DesktopInfoClass: description };
   }),
