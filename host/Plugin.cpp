@@ -14,7 +14,7 @@ namespace {
 constexpr char factorySymbol[] = "_Z14serviceFactoryv";
 constexpr char pluginName[] = "libtarnwell.so";
 /// From the folder of the executable: the build tree, then installations.
-constexpr const char* pluginFolders[] = {".", TARNWELL_PLUGIN_FOLDER, "../lib/tarnwell", "../lib"};
+constexpr const char* pluginFolders[] = {".", TARNWELL_PLUGIN_FOLDER, "../lib"};
 
 QString findPlugin() {
   const QDir here(QCoreApplication::applicationDirPath());
