@@ -28,7 +28,8 @@ async function main(wsdl) {
 
   assert.equal((await call("Login", {})).DesktopLoginValue, "Success");
   assert.equal((await call("Login", { pass: "wrong" })).DesktopLoginValue, "NotAUser");
-  const save = { DesktopInfo: record(null, name, { Author: "Zoë", MapContent: content, Thumbnail: thumbnail }), IsForced: false };
+  const created = record(null, name, { Author: "Zoë", MapContent: content, Thumbnail: thumbnail });
+  const save = { DesktopInfo: created, IsForced: false };
   const saved = await call("SaveMap_NEW_DESKTOP", save);
   assert.equal(saved.DesktopMapAccess, "Success");
   const id = saved.DesktopInfoClass.MapId;
