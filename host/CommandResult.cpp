@@ -1,4 +1,4 @@
-#include "host/Outcome.h"
+#include "host/CommandResult.h"
 
 #include "host/Text.h"
 
@@ -28,7 +28,7 @@ constexpr StatusText statusTexts[] = {
     {ResultNotPremiumAccount, "ResultNotPremiumAccount", "the account exists but is not a premium account",
      "use a premium account; only those keep maps on the service"},
     {ResultFileExists, "ResultFileExists", "a map with this identity is already stored",
-     "take another name, or to overwrite it save with --force"},
+     "save it under another --name, or overwrite the stored map with --force"},
     {ResultNoAccess, "ResultNoAccess", "the map belongs to somebody else",
      "ask its owner, or log in as the owner with --user"},
     {ResultNoSuchFile, "ResultNoSuchFile", "the local path names a directory or nothing at all",
@@ -46,12 +46,16 @@ const StatusText& textOf(int status) {
     if (row.status == status)
       return row;
   }
+  static constexpr StatusText interrupted{FirstSignalStatus, nullptr, "a signal ended the command",
+                                          "repeat the command"};
+  if (status >= FirstSignalStatus)
+    return interrupted;
   static constexpr StatusText unknown{-1, "?", "not a result that this host knows", "use a plug-in of this version"};
   return unknown;
 }
 
-QString adviceOf(const Outcome& outcome) {
-  return outcome.advice.isEmpty() ? QString::fromUtf8(textOf(outcome.status).advice) : outcome.advice;
+QString adviceOf(const CommandResult& result) {
+  return result.advice.isEmpty() ? QString::fromUtf8(textOf(result.status).advice) : result.advice;
 }
 
 bool writeOut(const QByteArray& bytes) {
@@ -61,54 +65,54 @@ bool writeOut(const QByteArray& bytes) {
 
 void writeError(const QString& line) { std::fprintf(stderr, "%s\n", line.toUtf8().constData()); }
 
-QByteArray document(const Outcome& outcome, const QString& command) {
-  const StatusText& text = textOf(outcome.status);
-  QJsonObject data = outcome.data;
-  if (!outcome.bytes.isNull())
-    data["content"] = QString::fromLatin1(outcome.bytes.toBase64());
+QByteArray document(const CommandResult& result, const QString& command) {
+  const StatusText& text = textOf(result.status);
+  QJsonObject data = result.data;
+  if (!result.bytes.isNull())
+    data["content"] = QString::fromLatin1(result.bytes.toBase64());
   QJsonObject root{{"command", command.isEmpty() ? QJsonValue() : command},
-                   {"exitStatus", outcome.status},
-                   {"result", text.name == nullptr ? QJsonValue() : outcome.status},
+                   {"exitStatus", result.status},
+                   {"result", text.name == nullptr ? QJsonValue() : result.status},
                    {"resultName", text.name == nullptr ? QJsonValue() : QString::fromUtf8(text.name)},
                    {"meaning", QString::fromUtf8(text.meaning)},
-                   {"message", outcome.message},
+                   {"message", result.message},
                    {"data", data}};
-  if (outcome.failed())
-    root["advice"] = adviceOf(outcome);
+  if (result.failed())
+    root["advice"] = adviceOf(result);
   return terminalSafeJson(QJsonDocument(root).toJson());
 }
 
-void explain(const Outcome& outcome) {
-  const StatusText& text = textOf(outcome.status);
+void explain(const CommandResult& result) {
+  const StatusText& text = textOf(result.status);
   const QString meaning = QString::fromUtf8(text.meaning);
-  writeError(outcome.failed() ? "tarnwell: " + outcome.message : outcome.message);
-  if (outcome.failed())
-    writeError("try: " + adviceOf(outcome));
+  writeError(result.failed() ? "tarnwell: " + result.message : result.message);
+  if (result.failed())
+    writeError("try: " + adviceOf(result));
   if (text.name == nullptr)
-    writeError(QString("exit status %1: %2").arg(QString::number(outcome.status), meaning));
+    writeError(QString("exit status %1: %2").arg(QString::number(result.status), meaning));
   else
-    writeError(QString("result %1 %2: %3").arg(QString::number(outcome.status), text.name, meaning));
+    writeError(QString("result %1 %2: %3").arg(QString::number(result.status), text.name, meaning));
 }
 
 } // namespace
 
-Outcome failure(int status, const QString& message, const QString& advice) {
-  Outcome outcome;
-  outcome.status = status;
-  outcome.message = message;
-  outcome.advice = advice;
-  return outcome;
+CommandResult failure(int status, const QString& message, const QString& advice) {
+  CommandResult result;
+  result.status = status;
+  result.message = message;
+  result.advice = advice;
+  return result;
 }
 
-int show(const Outcome& outcome, const QString& command, bool json) {
-  const QByteArray output = json ? document(outcome, command) : outcome.text.toUtf8() + outcome.bytes;
+int show(const CommandResult& result, const QString& command, bool json) {
+  const QByteArray output = json ? document(result, command) : result.text.toUtf8() + result.bytes;
   if (!writeOut(output)) {
     writeError(QString("tarnwell: cannot write to standard output: %1").arg(std::strerror(errno)));
     return LocalError;
   }
-  if (!json && !outcome.message.isEmpty())
-    explain(outcome);
-  return outcome.status;
+  if (!json && !result.message.isEmpty())
+    explain(result);
+  return result.status;
 }
 
 } // namespace tarnwell
