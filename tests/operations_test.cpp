@@ -1,5 +1,5 @@
 // All operations of the service, through both families of stubs and the proxy. Which elements their requests have, and
-// in which order, stands in protocol/desktopservice.wsdl, which another test compares with the rows.
+// in which order, stands in protocol/schema/desktopservice.wsdl, which another test compares with the rows.
 #include "tests/WireClient.h"
 
 #include <gtest/gtest.h>
