@@ -36,8 +36,8 @@ inline Ended finish(QProcess& process, const QByteArray& input = {}) {
   return {isNormal ? process.exitCode() : -1, process.readAllStandardOutput(), process.readAllStandardError()};
 }
 
-/// The service with an account of each standing and a map in each state; "@NAME" in an argument is the map's identifier
-/// or the file of that name.
+/// The service with premium accounts, another one, and a map in each state; "@NAME" in an argument is the map's
+/// identifier or the file of that name.
 class HostTest : public testing::Test {
 protected:
   static void SetUpTestSuite() {
