@@ -1,6 +1,8 @@
 // The console host: exit statuses, messages for people and documents for programs, files, and calls that do not end.
 // scripts/demo, which scripts/test runs, has what is not here: every command in use, and a proxy.
 #include "host/CallMonitor.h"
+#include "host/Listing.h"
+#include "host/Text.h"
 #include "tests/HostFixture.h"
 #include "tests/Messages.h"
 #include "tests/ScriptedService.h"
@@ -196,6 +198,20 @@ TEST(CallMonitorTest, EndsTheWatchedCallAlone) {
   EXPECT_FALSE(monitor.endCall());
   EXPECT_EQ(other.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
   silent.close(); // resets it
+}
+
+TEST(TableTest, FitsTheTerminal) {
+  QList<MapInfo> maps;
+  for (const char* name : {"Goals", u8"日本語の地図 日本語の地図 日本語の地図 日本語の地図",
+                           u8"👨‍👩‍👧 the family, é and a name that goes on and on"}) {
+    maps += MapInfo();
+    maps.last().setMapName(name);
+    maps.last().setMapAuthor("somebody of a long name");
+  }
+  for (int width = 25; width < 140; width++) {
+    for (const QString& line : ::tarnwell::mapTable(maps, true, width).split('\n'))
+      EXPECT_LE(::tarnwell::displayWidth(line), width) << line.toStdString();
+  }
 }
 
 TEST_F(HostTest, BrokenUploadTellsWhetherTheMapIsThere) {
