@@ -25,6 +25,8 @@
 //   in poll(): this one waits in connect(), send() and recv().
 // - What the service has done. Bytes that are acknowledged have reached the peer's kernel, or the proxy's; a save that
 //   is ended after its last byte may have been carried out.
+// ThreadSanitizer reports progress() and endCall(), which look at another thread's descriptor on purpose: the duplicate
+// is checked after it was made, so that a descriptor that is closed meanwhile does no harm.
 #pragma once
 
 #include <algorithm>

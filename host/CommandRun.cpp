@@ -92,7 +92,7 @@ CommandResult CommandRun::explain(const CallText& text, qint64 size) {
   m_isAnswering = diagnosis.isAnswering;
   if (diagnosis.isAnswering) {
     return failure(ResultFailed, text.failure + ": the service answers, but reported an error or broke the connection",
-                   "see with 'tarnwell list' whether the map is there, then try again");
+                   "try again; if you named a map by its identifier, see with 'tarnwell list' whether it is there");
   }
   return failure(ResultFailed, text.failure + ": " + diagnosis.cause, diagnosis.advice);
 }

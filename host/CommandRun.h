@@ -20,6 +20,8 @@ struct CallText {
   QString failure;
 };
 
+struct CallEnd;
+
 class CommandRun {
 public:
   /// `options` must outlive the run. Nothing is loaded or sent before logIn(), or open() for calls without login.
@@ -60,7 +62,7 @@ public:
 private:
   CommandResult useProxy();
   CommandResult explain(const CallText& text, qint64 size);
-  CommandResult ended(const CallText& text, const struct CallEnd& end) const;
+  CommandResult ended(const CallText& text, const CallEnd& end) const;
   /// Shows `result` and ends the process at once, destroying nothing.
   [[noreturn]] void finish(const CommandResult& result) const;
 

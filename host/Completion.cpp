@@ -66,7 +66,7 @@ QString bashScript() {
   }
   return QString(R"(# bash completion for tarnwell
 _tarnwell() {
-  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]} command= word
+  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]} command="" word
   for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
     case $word in %1) command=$word; break ;; esac
   done

@@ -102,8 +102,11 @@ Diagnosis judge(const QByteArray& answer, const QString& peer, bool hasProxy) {
         false,
         QString("asked again without a password, the service answers with the fault %1").arg(quoted(fault.left(500))),
         "that is for those who run the service"};
+  const char* const proxyAdvice = "check --proxy-user and the password for the proxy";
   if (status == 407)
-    return {false, "the proxy refuses: " + statusText, "check --proxy-user and the password for the proxy"};
+    return {false, "the proxy refuses: " + statusText, proxyAdvice};
+  if (hasProxy && (status == 401 || status == 403))
+    return {false, "the proxy or what is behind it refuses: " + statusText, proxyAdvice};
   if (status == 404)
     return {false, statusText, "check the path of the --endpoint"};
   if (status == 413)

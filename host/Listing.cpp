@@ -49,7 +49,7 @@ void fit(QList<Column>& columns, int width) {
     Column& column = columns[i];
     const int surplus = totalWidth(columns) - width;
     if (column.least > 0 && surplus > 0)
-      column.width = std::max(column.least, column.width - surplus);
+      column.width = std::max(std::min(column.least, column.width), column.width - surplus);
   }
   if (totalWidth(columns) <= width)
     return;

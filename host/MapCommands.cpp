@@ -7,6 +7,7 @@
 #include "host/Text.h"
 
 #include <QtCore/QFileInfo>
+#include <algorithm>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -226,7 +227,8 @@ CommandResult saveMap(CommandRun& run) {
   if (result.failed())
     return result;
   const bool isForced = run.isSet("force");
-  const bool isListed = !upload.stored.mapName().isNull();
+  const bool isListed = std::any_of(listed.begin(), listed.end(),
+                                    [&upload](const MapInfo& map) { return map.mapID() == upload.stored.mapID(); });
   const QString cannot = QString("cannot save %1 as ").arg(quoted(upload.file));
   if (isListed && !isForced)
     return failure(ResultFileExists, cannot + mapTitle(upload.stored));

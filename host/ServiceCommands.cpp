@@ -67,7 +67,7 @@ CommandResult sendReport(CommandRun& run) {
         return service.sendCrashReport(run.argument(0), run.argument(1), attachedName, attachment) ? ResultOk
                                                                                                    : ResultFailed;
       },
-      attachment.size() / 3 * 4);
+      qint64{attachment.size()} / 3 * 4);
   if (result.failed())
     return result;
   result.message = QString("sent the report with %1 attached").arg(humanSize(attachment.size()));

@@ -2,6 +2,7 @@
 
 #include "host/Text.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <csignal>
