@@ -74,11 +74,10 @@ SQLite::Database openDatabase(const std::string& file, Access access) {
     createPrivately(file);
   const bool isNew = isInMemory || !looksFamiliar(file);
   const int flags = access == Access::Read ? SQLite::OPEN_READONLY : SQLite::OPEN_READWRITE;
-  SQLite::Database database = isInMemory
-                                  ? SQLite::Database("file:/tarnwell?vfs=memdb",
-                                                     SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | SQLite::OPEN_URI,
-                                                     busyMilliseconds)
-                                  : SQLite::Database(file, flags, busyMilliseconds);
+  SQLite::Database database =
+      isInMemory ? SQLite::Database("file:/tarnwell?vfs=memdb",
+                                    SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | SQLite::OPEN_URI, busyMilliseconds)
+                 : SQLite::Database(file, flags, busyMilliseconds);
   // A rollback journal instead of a log beside the file: between saves everything is in the one file. EXTRA: also the
   // removal of the journal, which is what commits, is on the disk when a save returns.
   database.exec("PRAGMA synchronous = EXTRA");

@@ -19,9 +19,9 @@ enum class Access {
   Create  ///< an absent or empty file becomes a new database
 };
 
-/// Opens `file`; ":memory:" is one database of this process that lives as long as somebody has it open. A new file can be
-/// read and written by its owner alone, and so can its journal. Throws StoreError, also for a file of another program
-/// or of a newer version of this one, which then stays as it is.
+/// Opens `file`; ":memory:" is one database of this process that lives as long as somebody has it open. A new file can
+/// be read and written by its owner alone, and so can its journal. Throws StoreError, also for a file of another
+/// program or of a newer version of this one, which then stays as it is.
 SQLite::Database openDatabase(const std::string& file, Access access);
 
 /// A run of bytes that somebody else owns. Without `data` it is absent, which is not the same as empty.

@@ -301,7 +301,8 @@ const char* outcomeOf(const dsns__CompleteDesktopResponse& result) {
 const char* outcomeOf(const dsns__DesktopVersioningClass&) { return "Success"; }
 template <class Result> const char* outcomeOf(const Result& result) {
   const dsns__DesktopLoginEnumerators login = result.DesktopLoginResponseObject->DesktopLoginValue;
-  const bool isRefused = login != dsns__DesktopLoginEnumerators__Success && login != dsns__DesktopLoginEnumerators__None;
+  const bool isRefused =
+      login != dsns__DesktopLoginEnumerators__Success && login != dsns__DesktopLoginEnumerators__None;
   return isRefused ? outcomeOf(*result.DesktopLoginResponseObject)
                    : nameOf(SOAP_TYPE_dsns__DesktopMapAccess, result.DesktopMapAccess);
 }

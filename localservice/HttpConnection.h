@@ -26,8 +26,8 @@ public:
   std::string field(const std::string& name) const;
   /// Tells a client that waits for it before it sends the content ("Expect: 100-continue") to go on.
   void inviteContent();
-  /// Reads what follows the envelope. Returns 0, or the runtime's code when the content does not end as its length or its
-  /// last chunk says.
+  /// Reads what follows the envelope. Returns 0, or the runtime's code when the content does not end as its length or
+  /// its last chunk says.
   int readToEnd();
   /// The HTTP status by which the request was refused while it was read; 0: it was not.
   int refusal() const { return refusedWith; }

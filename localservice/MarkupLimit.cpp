@@ -13,8 +13,8 @@ namespace {
 constexpr std::size_t longestMarkup = std::size_t{256} << 10; // bytes
 constexpr std::size_t mostAttributes = 256;
 
-/// Whether the context is in the middle of a byte block: the start tag read last is that of one, without an id, by which
-/// it could be an element of any type.
+/// Whether the context is in the middle of a byte block: the start tag read last is that of one, without an id, by
+/// which it could be an element of any type.
 bool isInBlock(const struct soap* soap) {
   static constexpr const char* blocks[] = {"MapContent", "Thumbnail", "Preview", "OldTwlxBackUp", "bytes"};
   return !*soap->id && std::any_of(std::begin(blocks), std::end(blocks), [soap](const char* name) {

@@ -1,5 +1,5 @@
-// Passwords as the store keeps them: salted, hashed by the method and at the cost that crypt(3) prefers. Any thread; one
-// hash at a time is computed, since each takes 16 MiB of memory.
+// Passwords as the store keeps them: salted, hashed by the method and at the cost that crypt(3) prefers. Any thread;
+// one hash at a time is computed, since each takes 16 MiB of memory.
 #pragma once
 
 #include <string>

@@ -13,7 +13,7 @@ namespace localservice {
 struct RehearsedAnswer {
   enum Kind { Result, Fault, Drop } kind = Result;
   dsns__DesktopLoginEnumerators login = dsns__DesktopLoginEnumerators__Success; ///< of a Result
-  dsns__DesktopMapAccess access = dsns__DesktopMapAccess__None; ///< of a Result that has one
+  dsns__DesktopMapAccess access = dsns__DesktopMapAccess__None;                 ///< of a Result that has one
 };
 
 class Rehearsal {

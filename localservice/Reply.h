@@ -9,12 +9,13 @@
 
 namespace localservice {
 
-/// Sends an envelope with HTTP status `status`; `writeContent` writes what is in the body. It returns 0 or the runtime's
-/// code, and is called twice: to count and to send.
+/// Sends an envelope with HTTP status `status`; `writeContent` writes what is in the body. It returns 0 or the
+/// runtime's code, and is called twice: to count and to send.
 void sendEnvelope(struct soap* soap, int status, const std::function<int()>& writeContent);
 
 /// Sends the fault that the context's error calls for, unless a fault is already there. Returns the HTTP status:
-/// `status`, or where that is 0, the one that SOAP 1.2 Part 2 section 7.5.2.2 has for the fault. `soapVersion` is 1 or 2.
+/// `status`, or where that is 0, the one that SOAP 1.2 Part 2 section 7.5.2.2 has for the fault. `soapVersion` is 1
+/// or 2.
 int sendFault(struct soap* soap, int status, short soapVersion);
 
 /// Sends a whole XML document. Returns 0 or the runtime's code.

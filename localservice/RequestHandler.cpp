@@ -2,6 +2,7 @@
 
 #include "localservice/Description.h"
 #include "localservice/Handlers.h"
+#include "localservice/PasswordHash.h"
 #include "localservice/Reply.h"
 
 #include <algorithm>
@@ -91,8 +92,8 @@ int receiveEnvelope(struct soap* soap, short& soapVersion) {
   return receiveHeader(soap) || soap_body_begin_in(soap) || soap_peek_element(soap) ? soap->error : SOAP_OK;
 }
 
-/// Reads the request that a message is about, to the end of the message. Returns 0 or the runtime's code, SOAP_STOP when
-/// a call-back has answered.
+/// Reads the request that a message is about, to the end of the message. Returns 0 or the runtime's code, SOAP_STOP
+/// when a call-back has answered.
 int receive(HttpConnection& connection, struct soap* soap, short& soapVersion, OperationIndex& index,
             const void*& request) {
   if (soap_begin_recv(soap) || (soap->error = judgeHead(connection, soap)))
@@ -108,8 +109,7 @@ int receive(HttpConnection& connection, struct soap* soap, short& soapVersion, O
   index = static_cast<OperationIndex>(operation - std::begin(tarnwell::operations));
   request = tarnwell::readIndependent(soap, operation->requestElement, nullptr, nullptr,
                                       tarnwell::typeOf(operation->request));
-  if (!request || soap_body_end_in(soap) || soap_envelope_end_in(soap) || connection.readToEnd() ||
-      soap_end_recv(soap))
+  if (!request || soap_body_end_in(soap) || soap_envelope_end_in(soap) || connection.readToEnd() || soap_end_recv(soap))
     return soap->error;
   return SOAP_OK;
 }
@@ -123,10 +123,16 @@ void setReceiverFault(struct soap* soap, const char* reason) {
 
 } // namespace
 
+RequestHandler::RequestHandler(const Options& handled, std::string serviceUrl)
+    : options(handled), url(std::move(serviceUrl)) {
+  unmatchedHash(); // computed once: not by the first login that needs it, whose time would tell
+}
+
 void RequestHandler::handle(struct soap* context) const noexcept {
   const auto start = std::chrono::steady_clock::now();
   context->fget = context->fhead = sendDescription;
-  context->fput = context->fpatch = context->fdel = context->fopt = refuseMethod;
+  context->fput = context->fdel = context->fopt = refuseMethod;
+  context->fpatch = [](struct soap*) { return 405; }; // for this method the runtime does not give the right path
   HttpConnection connection(context, options.longestRequest);
   LogEntry entry;
   entry.client = std::string(context->host) + ":" + std::to_string(context->port);
@@ -141,6 +147,8 @@ void RequestHandler::handle(struct soap* context) const noexcept {
   entry.sent = connection.sent;
   if (options.log)
     log(entry);
+  soap_destroy(context); // what was read and answered is not kept while the client takes the answer
+  soap_dealloc(context, nullptr);
   connection.linger();
 }
 
@@ -149,8 +157,7 @@ void RequestHandler::exchange(HttpConnection& connection, struct soap* soap, Log
   OperationIndex index{};
   const void* request = nullptr;
   if (receive(connection, soap, soapVersion, index, request)) {
-    entry.outcome = std::to_string(
-        soap->error == SOAP_STOP ? 200 : sendFault(soap, connection.refusal(), soapVersion));
+    entry.outcome = std::to_string(soap->error == SOAP_STOP ? 200 : sendFault(soap, connection.refusal(), soapVersion));
     return;
   }
   const tarnwell::Operation& operation = tarnwell::operations[static_cast<std::size_t>(index)];

@@ -16,7 +16,7 @@ inline constexpr const char* servicePath = "/service/desktopservice.asmx";
 class RequestHandler {
 public:
   /// `serviceUrl` is for descriptions that are asked for without a Host field. `handled` outlives this object.
-  RequestHandler(const Options& handled, std::string serviceUrl) : options(handled), url(std::move(serviceUrl)) {}
+  RequestHandler(const Options& handled, std::string serviceUrl);
 
   /// Serves the request on the context's socket and waits, for a limited time, until the client has taken the answer.
   /// The context and its socket stay open and the caller's. Throws nothing.

@@ -1,5 +1,5 @@
-// The service on its port: a thread for each connection, up to 256 at once, so that a client that stalls holds up nobody
-// else. Further clients wait until one of these ends. One thread uses a Server.
+// The service on its port: a thread for each connection, up to 256 at once, so that a client that stalls holds up
+// nobody else. Further clients wait until one of these ends. One thread uses a Server.
 #pragma once
 
 #include "localservice/RequestHandler.h"
@@ -31,8 +31,8 @@ public:
 
   /// Serves until the file descriptor `stop` can be read.
   void serve(int stop);
-  /// Serves no new clients. Answers the requests that have arrived whole and breaks off the others. False: some were not
-  /// done in five seconds; their threads are still running, and the process has to end without deleting anything.
+  /// Serves no new clients. Answers the requests that have arrived whole and breaks off the others. False: some were
+  /// not done in five seconds; their threads are still running, and the process has to end without deleting anything.
   [[nodiscard]] bool finish();
 
 private:

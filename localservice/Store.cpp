@@ -89,14 +89,12 @@ std::string saveStatement() {
 /// query can fail for want of it.
 class Change : public SQLite::Transaction {
 public:
-  explicit Change(SQLite::Database& database)
-      : SQLite::Transaction(database, SQLite::TransactionBehavior::IMMEDIATE) {}
+  explicit Change(SQLite::Database& database) : SQLite::Transaction(database, SQLite::TransactionBehavior::IMMEDIATE) {}
 };
 
 } // namespace
 
-Store::Store(std::string databaseFile, Access databaseAccess)
-    : file(std::move(databaseFile)), mode(databaseAccess) {}
+Store::Store(std::string databaseFile, Access databaseAccess) : file(std::move(databaseFile)), mode(databaseAccess) {}
 
 SQLite::Database& Store::database() {
   if (!opened)
@@ -145,8 +143,8 @@ dsns__DesktopLoginEnumerators Store::login(const char* name, const char* passwor
 
 void Store::listMaps(const std::string& owner, bool publishedOnly, unsigned blocks, const MapVisitor& visit) {
   Query query(database(), "SELECT " + mapColumns(blocks) +
-                                            " FROM maps WHERE owner = ? AND NOT removed AND published >= ?"
-                                            " ORDER BY rowid");
+                              " FROM maps WHERE owner = ? AND NOT removed AND published >= ?"
+                              " ORDER BY rowid");
   query.bind(owner).bind(publishedOnly);
   while (query.step())
     visit(readMap(query));
@@ -155,7 +153,7 @@ void Store::listMaps(const std::string& owner, bool publishedOnly, unsigned bloc
 dsns__DesktopMapAccess Store::loadMap(const std::string& owner, const std::string& id, unsigned blocks,
                                       const MapVisitor& visit) {
   Query query(database(),
-                      std::string("SELECT ") + accessColumns + ", " + mapColumns(blocks) + " FROM maps WHERE id = ?");
+              std::string("SELECT ") + accessColumns + ", " + mapColumns(blocks) + " FROM maps WHERE id = ?");
   query.bind(id);
   if (!query.step())
     return dsns__DesktopMapAccess__None;
@@ -212,7 +210,7 @@ dsns__DesktopMapAccess Store::removeMap(const std::string& owner, const std::str
     return found;
 
   Query query(database(), "UPDATE maps SET removed = 1, thumbnail = NULL, preview = NULL, backup = NULL,"
-                                        " content = NULL WHERE id = ?");
+                          " content = NULL WHERE id = ?");
   query.bind(id).run();
   change.commit();
   return dsns__DesktopMapAccess__Success;
@@ -224,9 +222,8 @@ bool Store::markCollaboration(const std::string& id, bool ongoing) {
 }
 
 void Store::describeMaps(const std::function<void(const char*, const char*, const MapRecord&)>& visit) {
-  Query query(database(),
-                      "SELECT owner, iif(removed, 'removed', iif(collaboration, 'collaboration', 'stored')), " +
-                          mapColumns(NoBlocks) + " FROM maps ORDER BY rowid");
+  Query query(database(), "SELECT owner, iif(removed, 'removed', iif(collaboration, 'collaboration', 'stored')), " +
+                              mapColumns(NoBlocks) + " FROM maps ORDER BY rowid");
   while (query.step()) {
     const char* const owner = query.readRequiredText();
     const char* const state = query.readRequiredText();
@@ -265,7 +262,7 @@ void Store::addReport(const Report& report) {
 
 void Store::listReports(const std::function<void(const Report&)>& visit) {
   Query query(database(), "SELECT number, received, name, email, subject, message, file_name, attachment"
-                                        " FROM reports ORDER BY number");
+                          " FROM reports ORDER BY number");
   while (query.step()) {
     Report report;
     query.read(report.number);
@@ -285,7 +282,7 @@ dsns__DesktopMapAccess Store::accessTo(const std::string& owner, const std::stri
 
 std::string Store::findByName(const std::string& owner, const char* name) {
   Query query(database(), "SELECT id FROM maps WHERE owner = ? AND name = ? AND NOT removed"
-                                        " ORDER BY rowid");
+                          " ORDER BY rowid");
   query.bind(owner).bind(name);
   return query.step() ? query.readRequiredText() : "";
 }
