@@ -67,7 +67,6 @@ TEST_F(LocalServiceTest, RefusesByAccountAndMap) {
     std::string expected;
   } rows[] = {{L"nobody", L"öffne dich", identifier("Mine"), "3 login 0 null"},
               {L"anna", L"Öffne dich", identifier("Mine"), "3 login 0 null"},
-              {L"anna", L"", identifier("Mine"), "3 login 0 null"},
               {L"poor", L"öffne dich", identifier("Mine"), "3 login 1 null"},
               {L"anna", L"öffne dich", identifier("Removed"), "6 login 2 null"},
               {L"anna", L"öffne dich", identifier("Busy"), "5 login 2 null"},
