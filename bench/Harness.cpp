@@ -19,18 +19,25 @@ long long nanoseconds(clockid_t clock) {
   return time.tv_sec * 1000000000LL + time.tv_nsec;
 }
 
-/// A size in KiB from this process's status: "VmRSS" now, "VmHWM" at its highest.
-long memory(const char* name) {
-  long size = 0;
+/// Resident memory of this process in KiB: now, and at its highest.
+struct Memory {
+  long resident = 0;
+  long peak = 0;
+};
+
+Memory memory() {
+  Memory memory;
   FILE* status = fopen("/proc/self/status", "r");
   char line[256];
   while (status && fgets(line, sizeof line, status)) {
-    if (strncmp(line, name, strlen(name)) == 0)
-      size = strtol(line + strlen(name) + 1, nullptr, 10);
+    if (strncmp(line, "VmRSS:", 6) == 0)
+      memory.resident = strtol(line + 6, nullptr, 10);
+    if (strncmp(line, "VmHWM:", 6) == 0)
+      memory.peak = strtol(line + 6, nullptr, 10);
   }
   if (status)
     fclose(status);
-  return size;
+  return memory;
 }
 
 /// The values of the map that get and save send.
@@ -105,17 +112,17 @@ int run(int argc, char** argv, std::unique_ptr<Peer> (*connect)(const char* endp
     return 2;
   }
   const std::unique_ptr<Peer> peer = connect(argv[1]);
-  const long idle = memory("VmRSS");
+  const long idle = memory().resident;
   for (int left = atoi(argv[3]); left > 0; --left) {
     const long long wallStart = nanoseconds(CLOCK_MONOTONIC);
     const long long cpuStart = nanoseconds(CLOCK_PROCESS_CPUTIME_ID);
     const Outcome outcome = perform(*peer, operation, argv[argc - 1]);
     const long long cpu = nanoseconds(CLOCK_PROCESS_CPUTIME_ID) - cpuStart;
     const long long wall = nanoseconds(CLOCK_MONOTONIC) - wallStart;
-    const long peak = memory("VmHWM");
+    const Memory used = memory();
     const QByteArray values = getenv("BENCH_DIGEST") ? digest(outcome) : "-";
-    printf("cpu_ns=%lld wall_ns=%lld idle_kib=%ld peak_kib=%ld code=%d maps=%d digest=%s\n", cpu, wall, idle, peak,
-           outcome.code, outcome.maps.size(), values.constData());
+    printf("cpu_ns=%lld wall_ns=%lld idle_kib=%ld peak_kib=%ld resident_kib=%ld code=%d maps=%d digest=%s\n", cpu, wall,
+           idle, used.peak, used.resident, outcome.code, outcome.maps.size(), values.constData());
     if (outcome.code)
       return 1;
   }

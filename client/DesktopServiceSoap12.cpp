@@ -10,7 +10,9 @@ DesktopServiceSoap12::DesktopServiceSoap12() : soap(soap_new2(0, 0)), soap_endpo
   if (!soap->namespaces)
     soap->namespaces = tarnwell::namespaceTable;
   soap->socket_flags = MSG_NOSIGNAL; // a peer that closes early must not end the host by SIGPIPE
-  // The system's own socket buffers grow with what arrives; the runtime's fixed ones make a big map twice as dear.
+  soap->recv_maxlength = 0;          // the reader bounds each block, and a map has four characters for three bytes
+  // The system's own socket buffers grow with what arrives; with the runtime's fixed ones a download costs twice the
+  // time.
   soap->sndbuf = 0;
   soap->rcvbuf = 0;
   // Where the runtime turns for an endpoint without a host; by default the process's standard streams.

@@ -3,6 +3,7 @@
 #include "client/ContextObject.h"
 #include "protocol/Deployment.h"
 
+#include <cxxabi.h>
 #include <type_traits>
 
 namespace {
@@ -23,6 +24,8 @@ int call(const DesktopServiceSoap12& proxy, Stub<Request, Response> stub, Respon
     const int code = stub(proxy.soap, proxy.soap_endpoint, nullptr, request.get(), answer.get());
     *response = *answer;
     return code;
+  } catch (const abi::__forced_unwind&) { // the thread is being cancelled
+    throw;
   } catch (...) {
     return -1;
   }
@@ -44,6 +47,17 @@ int STLDesktopService::callAsUser(Stub stub, Response* response, Fill fill) {
       request.behaviour = &behaviour;
     fill(request);
   });
+}
+
+void STLDesktopService::releaseObjects() {
+  struct soap* const soap = proxy.soap;
+  if (!soap || (!soap->clist && !soap->alist)) // the runtime's functions cost time also when there is nothing
+    return;
+  static SOAP_ENV__Header carriedOver; // without members: never written
+  const bool hasHeader = soap->header != nullptr;
+  soap_destroy(soap);
+  soap_dealloc(soap, nullptr);
+  soap->header = hasHeader ? &carriedOver : nullptr;
 }
 
 void STLDesktopService::setEndPoint(std::string url) {

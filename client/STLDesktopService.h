@@ -8,8 +8,9 @@
 #include <utility>
 
 /// Every call takes a response owned by the caller, which gets the answer's result pointer (null when nothing was
-/// read; the result itself belongs to the context and lives as long as it) and its context. Every call returns
-/// the exchange's code: 0, the runtime's or a fault's code, 20 without a context, -1 after an exception; none throws.
+/// read; the result itself belongs to the context and lives until releaseObjects() or as long as the context) and its
+/// context. Every call returns the exchange's code: 0, the runtime's or a fault's code, 20 without a context, -1 after an
+/// exception. None throws; only the unwinding of a thread that is cancelled in a call passes through, as it must.
 class STLDesktopService {
 public:
   STLDesktopService() = default;
@@ -26,6 +27,10 @@ public:
   void setProxyPort(int port);
   void setProxyUser(std::string user) { setText(proxyUser, std::move(user), &soap::proxy_userid); }
   void setProxyPassword(std::string secret) { setText(proxyPassword, std::move(secret), &soap::proxy_passwd); }
+
+  /// Deletes all objects and data that calls left in the context, results included. What an answer's header leaves for
+  /// later requests stays.
+  void releaseObjects();
 
   void setLoginResult(bool success) { loggedIn = success; }
   bool loginSucces() const { return loggedIn; }

@@ -1,7 +1,9 @@
-// Feeds arbitrary bytes to the reader as the answer of an exchange. The first byte picks the operation, the second the
-// size of the pieces in which the rest "arrives". A finding is a crash, a leak or an endless loop.
+// Feeds arbitrary bytes to the reader as the answer of an exchange. The first byte picks the operation and, by its
+// highest bit, whose memory blocks are read into; the second the size of the pieces in which the rest "arrives". A finding
+// is a crash, a leak or an endless loop.
 //   reply_fuzz -max_len=20000 -dict=fuzz/reply.dict CORPUS fuzz/corpus
 #include "protocol/desktopservice.h"
+#include "service/DownloadedBlocks.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -43,6 +45,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   Reply reply{bytes + 2, size - 2, bytes[1] == 0 ? size : bytes[1]};
   struct soap* const soap = soap_new();
   connectTo(soap, reply);
+  tarnwell::DownloadedBlocks downloads;
+  tarnwell::setBlockMemory(soap, bytes[0] & 0x80 ? &downloads : nullptr);
   const std::size_t index = bytes[0] % static_cast<std::size_t>(tarnwell::OperationIndex::count);
   const tarnwell::Operation& operation = tarnwell::operations[index];
   auto* const request = tarnwell::instantiate(soap, -1, tarnwell::typeOf(operation.request), nullptr);

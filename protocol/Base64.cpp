@@ -100,6 +100,7 @@ std::size_t decodeScalar(const char* text, std::size_t size, unsigned char* byte
   const __m256i gather =
       _mm256_broadcastsi128_si256(_mm_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1));
   const __m256i slash = _mm256_set1_epi8('/');
+#pragma GCC unroll 4
   for (; size >= 32; size -= 32, text += 32, bytes += 24) {
     const __m256i characters = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(text));
     const __m256i high = _mm256_and_si256(_mm256_srli_epi32(characters, 4), _mm256_set1_epi8(0x0f));

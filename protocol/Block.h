@@ -1,70 +1,69 @@
-// A block of bytes that grows while it is read and then belongs to the context, without a copy.
+// Blocks of bytes ("xsd:base64Binary"): the memory that their bytes are read into. How they are read and written is in
+// Block.cpp. One thread, as the context.
 #pragma once
 
+#include "protocol/Codecs.h"
 #include "protocol/Context.h"
-#include "protocol/FreshMemory.h"
 
 #include <cstddef>
-#include <memory>
-#include <optional>
 
 namespace tarnwell {
 
-/// The memory of one big block, of the layer above, which can hand the bytes on without a copy.
-class BigBlock {
+/// Memory for the bytes of one block after the other, of which one is open at a time.
+class BlockMemory {
 public:
-  BigBlock() = default;
-  BigBlock(const BigBlock&) = delete;
-  BigBlock& operator=(const BigBlock&) = delete;
-  virtual ~BigBlock() = default;
+  BlockMemory() = default;
+  BlockMemory(const BlockMemory&) = delete;
+  BlockMemory& operator=(const BlockMemory&) = delete;
+  virtual ~BlockMemory() = default;
 
-  /// Makes it `size` bytes, the first of which stay what they are. Null: out of memory.
-  virtual unsigned char* resize(std::size_t size) noexcept = 0;
+  /// Gives the open block room for `capacity` bytes, or opens one; keeps the `size` bytes that were written. Returns
+  /// where the bytes lie. Null: out of memory, and the block is as it was.
+  virtual unsigned char* reserve(std::size_t capacity, std::size_t size) noexcept = 0;
+  /// Closes the open block, which has `size` bytes, and keeps it; `shrink`: without the room that is left. Returns
+  /// where the bytes lie from now on. Null: out of memory.
+  virtual unsigned char* keep(std::size_t size, bool shrink) noexcept = 0;
+  /// Frees the open block.
+  virtual void discard() noexcept = 0;
+
+  /// The answer has an element with an id, so that several references may lead to one block: from then on blocks are
+  /// read into memory of the context.
+  bool hasReferences = false;
 };
 
-/// A new one without bytes; null: out of memory.
-using MakeBigBlock = std::unique_ptr<BigBlock> (*)() noexcept;
+/// Lets the context read blocks into `memory`, which outlives the use of the context; null: into its own memory.
+inline void setBlockMemory(struct soap* soap, BlockMemory* memory) { soap->data[0] = memory; }
+inline BlockMemory* blockMemory(const struct soap* soap) { return static_cast<BlockMemory*>(soap->data[0]); }
 
-/// From now on the context's big blocks are made by `make`; without memory for that, they are its own, as before.
-void setBigBlocks(struct soap* soap, MakeBigBlock make);
-/// The one of them that the context read last; null: none, or gone with the context's objects.
-const BigBlock* lastBigBlock(struct soap* soap);
+/// Bytes of the largest block that is read: what a QByteArray, whose size is an int, holds together with its header.
+inline constexpr std::size_t largestBlock = 2147483000;
 
-struct Blocks;
-
-/// The block that a context is reading. Blocks lie one behind the other in regions of address space, unless the layer
-/// above has memory for the big ones. One block of a context is open at a time; one that is not released leaves nothing
-/// behind.
-class Block {
+/// The block that is being read: decides how much memory is asked for.
+class OpenBlock {
 public:
-  explicit Block(struct soap* soap);
-  Block(const Block&) = delete;
-  Block& operator=(const Block&) = delete;
+  explicit OpenBlock(BlockMemory& memory) : m_memory(memory) {}
+  OpenBlock(const OpenBlock&) = delete;
+  OpenBlock& operator=(const OpenBlock&) = delete;
+  ~OpenBlock() {
+    if (m_bytes)
+      m_memory.discard();
+  }
 
   std::size_t size() const { return m_size; }
   /// Bytes that may be written at end().
   std::size_t room() const { return m_capacity - m_size; }
-  /// Where `size` bytes may be written, which grow() made room for.
-  unsigned char* end(std::size_t size);
+  unsigned char* end() { return m_bytes + m_size; }
   /// Counts `size` bytes that were written at end().
   void extend(std::size_t size) { m_size += size; }
 
-  /// Makes room for `needed` bytes or more. `likely` is how many more may come in the end; it is never trusted, but
-  /// spares moving the block when it turns out to be big. False: out of memory.
-  [[nodiscard]] bool grow(std::size_t needed, std::size_t likely);
-  /// Hands the bytes to the context. Null: out of memory.
-  unsigned char* release();
+  /// Makes room for `needed` bytes or more. `expected` is how many more may come; it is only asked for, never touched,
+  /// and what the memory refuses is tried with less. False: too large, or out of memory.
+  [[nodiscard]] bool grow(std::size_t needed, std::size_t expected);
+  /// Closes the block; the memory keeps its bytes. Null: too large, or out of memory.
+  unsigned char* close();
 
 private:
-  bool growBig(std::size_t size);
-  /// Takes along what was read so far.
-  void moveTo(unsigned char* bytes);
-
-  struct soap* m_soap;
-  Blocks* m_blocks;                ///< null: out of memory
-  std::unique_ptr<BigBlock> m_big; ///< null: the block lies in the region
-  std::optional<FreshMemory> m_bigMemory;
-  FreshMemory* m_memory = nullptr; ///< that the block lies in
+  BlockMemory& m_memory;
   unsigned char* m_bytes = nullptr;
   std::size_t m_capacity = 0;
   std::size_t m_size = 0;

@@ -1,14 +1,11 @@
 #include "protocol/Codecs.h"
 
-#include "protocol/Base64.h"
-#include "protocol/Block.h"
 #include "protocol/DateTime.h"
 #include "protocol/Reader.h"
 #include "protocol/SchemaTypes.h"
 #include "protocol/Text.h"
 #include "protocol/Writer.h"
 
-#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -179,112 +176,6 @@ int writeQualifiedName(struct soap* soap, const Type&, const void* value) {
   return text ? writeText(soap, std::string_view(text)) : soap->error;
 }
 
-/// Bytes that may be written when `characters` of base64 text are decoded.
-constexpr std::size_t decodedSize(std::size_t characters) { return characters / 4 * 3 + 3 + base64::decodeSlack; }
-
-/// Makes room in `block` for base64 text like all that is in the buffer; told what the message's length allows.
-bool makeRoom(struct soap* soap, Block& block) {
-  const std::size_t next = unread(soap).size();
-  // What the runtime counts has the HTTP header in it, of one buffer at most.
-  const ULONG64 read = soap->count - next, most = soap->length + SOAP_BUFLEN;
-  return block.grow(decodedSize(next), soap->length ? decodedSize(most - std::min(most, read)) : 0);
-}
-
-/// The bits collected so far, `count` bytes of them.
-bool append(struct soap* soap, Block& block, unsigned bits, std::size_t count) {
-  if (block.room() < decodedSize(0) && !makeRoom(soap, block))
-    return false;
-  unsigned char* const bytes = block.end(count);
-  for (std::size_t i = 0; i < count; ++i)
-    bytes[i] = static_cast<unsigned char>(bits >> (16 - 8 * i));
-  block.extend(count);
-  return true;
-}
-
-/// Base64 text up to the element's end tag or first child. Blanks are allowed anywhere, padding at the end only.
-int readBase64(struct soap* soap, Block& block) {
-  unsigned group = 0;
-  int characters = 0;
-  bool padded = false;
-  for (;;) {
-    if (unread(soap).empty() && soap_recv(soap))
-      return soap->error = SOAP_CHK_EOF;
-    const std::string_view next = unread(soap);
-    if (!soap->ahead && !soap->cdata && next.substr(0, 2) == "</")
-      break;
-    if (characters == 0 && !padded && !soap->ahead && next.size() >= 4) {
-      if ((block.size() == 0 || block.room() < decodedSize(0)) && !makeRoom(soap, block))
-        return soap->error = SOAP_EOM;
-      const std::size_t fitting = (block.room() - base64::decodeSlack) / 3 * 4;
-      const std::size_t size = std::min(next.size(), fitting);
-      unsigned char* const bytes = block.end(size / 4 * 3 + base64::decodeSlack);
-      const std::size_t taken = base64::decodeGroups(next.data(), size, bytes);
-      block.extend(taken / 4 * 3);
-      soap->bufidx += taken;
-      if (taken == fitting || taken == next.size())
-        continue;
-    }
-    // One character the slow way: a blank, padding, an odd group at the buffer's edge, the end.
-    const soap_wchar c = soap_get(soap);
-    if (static_cast<int>(c) == EOF)
-      return soap->error = SOAP_CHK_EOF;
-    if (c == endTagMark || c == startTagMark) {
-      soap_unget(soap, c);
-      break;
-    }
-    const int character = static_cast<int>(c & 0x7fffffff);
-    if (isBlank(character))
-      continue;
-    const int bits = base64::decodeCharacter(character);
-    padded = padded || (character == '=' && characters >= 2);
-    if (padded && character == '=')
-      continue;
-    if (bits < 0 || padded)
-      return soap->error = SOAP_TYPE;
-    group = group << 6 | static_cast<unsigned>(bits);
-    if (++characters < 4)
-      continue;
-    if (!append(soap, block, group, 3))
-      return soap->error = SOAP_EOM;
-    characters = 0;
-  }
-  if (characters == 1)
-    return soap->error = SOAP_TYPE;
-  // Two characters left are one byte, three are two.
-  if (characters > 1 &&
-      !append(soap, block, group << (characters == 2 ? 12 : 6), static_cast<std::size_t>(characters - 1)))
-    return soap->error = SOAP_EOM;
-  return SOAP_OK;
-}
-
-int readBlob(struct soap* soap, const Type&, void* value) {
-  xsd__base64Binary& blob = *static_cast<xsd__base64Binary*>(value);
-  if (*soap->href) // not "#": the data is an attachment
-    return soap_attachment_forward(soap, &blob.__ptr, &blob.__size, &blob.id, &blob.type, &blob.options);
-  if (!soap->body)
-    return SOAP_OK;
-  Block block(soap);
-  if (readBase64(soap, block))
-    return soap->error;
-  if (block.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
-    return soap->error = SOAP_LENGTH;
-  if (block.size() > 0) {
-    blob.__ptr = block.release();
-    blob.__size = blob.__ptr ? static_cast<int>(block.size()) : 0;
-    return soap->error = blob.__ptr ? SOAP_OK : SOAP_EOM;
-  }
-  // Without data there may be an XOP include, which names an attachment.
-  if (peekElement(soap) && soap->error != SOAP_NO_TAG)
-    return soap->error;
-  soap->error = SOAP_OK;
-  return soap_xop_forward(soap, &blob.__ptr, &blob.__size, &blob.id, &blob.type, &blob.options);
-}
-
-int writeBlob(struct soap* soap, const Type&, const void* value) {
-  const xsd__base64Binary& blob = *static_cast<const xsd__base64Binary*>(value);
-  return writeBase64(soap, blob.__ptr, blob.__ptr && blob.__size > 0 ? static_cast<std::size_t>(blob.__size) : 0);
-}
-
 } // namespace
 
 constexpr Codec byteCodec = integerCodec<char, int>();
@@ -298,7 +189,6 @@ constexpr Codec enumerationCodec = {readSimple<parseEnumeration>, writeEnumerati
 constexpr Codec wideTextCodec = {readWideText, writeWideText, false};
 constexpr Codec charactersCodec = {readCharacters, writeCharacters, true};
 constexpr Codec qualifiedNameCodec = {readQualifiedName, writeQualifiedName, true};
-constexpr Codec blobCodec = {readBlob, writeBlob, false};
 constexpr Codec recordCodec = {readRecord, writeRecord, false};
 
 const char* enumerationText(struct soap* soap, const Type& type, int value) {

@@ -18,7 +18,7 @@ extern const Codec enumerationCodec;
 extern const Codec wideTextCodec;
 extern const Codec charactersCodec;
 extern const Codec qualifiedNameCodec;
-extern const Codec blobCodec;
+extern const Codec blockCodec; ///< Block.cpp
 extern const Codec recordCodec;
 
 /// The text of an enumeration's value: its name, or the decimal number of a value without one.

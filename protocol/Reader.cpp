@@ -1,5 +1,6 @@
 #include "protocol/Reader.h"
 
+#include "protocol/Block.h"
 #include "protocol/Callbacks.h"
 
 #include <algorithm>
@@ -102,10 +103,10 @@ bool typeFits(struct soap* soap, const char* name, const Type& type) {
   return false;
 }
 
-/// Registers `value` under its element's id, if that has one, for references to it.
+/// Registers `value` under its element's id for references to it.
 bool enterId(struct soap* soap, void* value, const Type& type) {
-  if (!*soap->id)
-    return true;
+  if (BlockMemory* const memory = blockMemory(soap))
+    memory->hasReferences = true;
   const std::string id = soap->id; // the runtime copies it into the context again
   return soap_id_enter(soap, id.c_str(), value, type.number, type.size, nullptr, nullptr, nullptr, nullptr) != nullptr;
 }
@@ -122,11 +123,12 @@ void* readBegun(struct soap* soap, const char* tag, void* value, const char* nam
     if (*soap->href == '#') {
       if (!soap_id_lookup(soap, soap->href, static_cast<void**>(value), type.number, type.size, 0, nullptr))
         return nullptr;
-    } else if (!soap->null && (type.codec->read(soap, type, value) || !enterId(soap, *characters, type))) {
+    } else if (!soap->null &&
+               (type.codec->read(soap, type, value) || (*soap->id && !enterId(soap, *characters, type)))) {
       return nullptr;
     }
   } else {
-    if (!enterId(soap, value, type))
+    if (*soap->id && !enterId(soap, value, type))
       return nullptr;
     if (*soap->href == '#') {
       if (!soap_id_forward(soap, soap->href, value, 0, type.number, type.number, type.size, 0, resolve, nullptr))

@@ -297,10 +297,17 @@ std::string_view Content::trimmed() const {
 }
 
 void decodeUtf8(std::string_view utf8, std::wstring& wide) {
-  wide.resize(utf8.size());
-  wchar_t* out = wide.data();
   const unsigned char* p = reinterpret_cast<const unsigned char*>(utf8.data());
   const unsigned char* const end = p + utf8.size();
+  unsigned char allBits = 0;
+  for (const char c : utf8)
+    allBits |= static_cast<unsigned char>(c);
+  if (allBits < 0x80) {
+    wide = std::wstring(p, end);
+    return;
+  }
+  wide.resize(utf8.size());
+  wchar_t* out = wide.data();
   while (p < end)
     *out++ = static_cast<wchar_t>(*p < 0x80 ? *p++ : takeCodePoint(p, end));
   wide.resize(static_cast<std::size_t>(out - wide.data()));

@@ -42,7 +42,8 @@ struct Type {
       accepts; ///< local parts that an xsi:type may also have (":boolean"), each with its colon; null: not checked
   void (*setDefault)(struct soap* soap, void* value);
   void (*copy)(void* to, const void* from);
-  void* (*create)(int count); ///< `count` below 0: one object, else an array; null: out of memory
+  /// New objects at their defaults; `count` below 0: one, else an array. Null: out of memory.
+  void* (*create)(struct soap* soap, int count);
   void (*destroy)(void* value, bool array);
 };
 

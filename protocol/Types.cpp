@@ -50,8 +50,12 @@ template <class T> constexpr Type describe(TypeNumber number, const char* name, 
       static_cast<T*>(value)->soap = soap;
   };
   type.copy = [](void* to, const void* from) { *static_cast<T*>(to) = *static_cast<const T*>(from); };
-  type.create = [](int count) -> void* {
-    return count < 0 ? new (std::nothrow) T() : new (std::nothrow) T[static_cast<std::size_t>(count)]();
+  type.create = [](struct soap* soap, int count) -> void* {
+    T* const made = count < 0 ? new (std::nothrow) T() : new (std::nothrow) T[static_cast<std::size_t>(count)]();
+    if constexpr (hasContext<T>)
+      for (int i = 0; made && i < (count < 0 ? 1 : count); ++i)
+        made[i].soap = soap;
+    return made;
   };
   type.destroy = [](void* value, bool array) {
     if (array)
@@ -110,7 +114,7 @@ constexpr Type types[] = {
     enumeration<dsns__DesktopLoginEnumerators>(SOAP_TYPE_dsns__DesktopLoginEnumerators, "dsns:DesktopLoginEnumerators",
                                                loginNames),
     enumeration<dsns__DesktopMapAccess>(SOAP_TYPE_dsns__DesktopMapAccess, "dsns:DesktopMapAccess", mapAccessNames),
-    simple<xsd__base64Binary>(SOAP_TYPE_xsd__base64Binary, "xsd:base64Binary", blobCodec, ":base64Binary:base64"),
+    simple<xsd__base64Binary>(SOAP_TYPE_xsd__base64Binary, "xsd:base64Binary", blockCodec, ":base64Binary:base64"),
     record<dsns__DesktopLoginResponseClass>("dsns:DesktopLoginResponseClass"),
     record<dsns__DesktopInfoClass>("dsns:DesktopInfoClass"),
     record<dsns__ArrayOfDesktopInfoClass>("dsns:ArrayOfDesktopInfoClass"),
@@ -159,13 +163,11 @@ void* instantiate(struct soap* soap, int count, const Type& type, std::size_t* s
   soap_clist* const entry = soap_link(soap, type.number, count, deleteValue);
   if (!entry)
     return nullptr;
-  entry->ptr = type.create(count);
+  entry->ptr = type.create(soap, count);
   if (!entry->ptr) {
     soap->error = SOAP_EOM;
     return nullptr;
   }
-  for (int i = 0; i < (count < 0 ? 1 : count); ++i)
-    type.setDefault(soap, static_cast<char*>(entry->ptr) + static_cast<std::size_t>(i) * type.size);
   if (size)
     *size = type.size * (count < 0 ? 1 : static_cast<std::size_t>(count));
   return entry->ptr;

@@ -1,10 +1,7 @@
 #include "protocol/Writer.h"
 
-#include "protocol/Base64.h"
 #include "protocol/Callbacks.h"
 #include "protocol/SchemaTypes.h"
-
-#include <algorithm>
 
 namespace tarnwell {
 namespace {
@@ -49,37 +46,10 @@ int writeRecord(struct soap* soap, const Type& type, const void* record) {
   return SOAP_OK;
 }
 
-int writeBase64(struct soap* soap, const unsigned char* bytes, std::size_t size) {
-  if (soap->mode & SOAP_IO_LENGTH) { // the counting pass: arithmetic will do
-    soap->count += base64::encodedSize(size);
-    return SOAP_OK;
-  }
-  // Straight into the send buffer where there is one, otherwise by pieces.
-  const bool buffered = (soap->mode & SOAP_IO) != SOAP_IO_FLUSH;
-  char piece[4096];
-  while (size > 0) {
-    const std::size_t room = buffered ? sizeof soap->buf - soap->bufidx : sizeof piece;
-    if (room < 4) {
-      if (soap_flush(soap))
-        return soap->error;
-      continue;
-    }
-    const std::size_t taken = std::min(size, room / 4 * 3);
-    base64::encode(bytes, taken, buffered ? soap->buf + soap->bufidx : piece);
-    if (buffered)
-      soap->bufidx += base64::encodedSize(taken);
-    else if (soap_send_raw(soap, piece, base64::encodedSize(taken)))
-      return soap->error;
-    bytes += taken;
-    size -= taken;
-  }
-  return SOAP_OK;
-}
-
 int writeElement(struct soap* soap, const char* tag, int id, const void* value, const char* name, const Type& type) {
   if (type.number == SOAP_TYPE_xsd__base64Binary) {
-    const xsd__base64Binary& blob = *static_cast<const xsd__base64Binary*>(value);
-    id = soap_attachment(soap, tag, id, value, blob.__ptr, blob.__size, blob.id, blob.type, blob.options, name,
+    const xsd__base64Binary& block = *static_cast<const xsd__base64Binary*>(value);
+    id = soap_attachment(soap, tag, id, value, block.__ptr, block.__size, block.id, block.type, block.options, name,
                          type.number);
     if (id < 0)
       return soap->error;
@@ -105,11 +75,12 @@ int writeIndependent(struct soap* soap, const char* tag, const void* value, cons
 
 void serialize(struct soap* soap, const void* value, const Type& type) {
   if (type.number == SOAP_TYPE_xsd__base64Binary) {
-    const xsd__base64Binary& blob = *static_cast<const xsd__base64Binary*>(value);
-    if (!blob.__ptr || (!blob.id && !blob.type))
+    const xsd__base64Binary& block = *static_cast<const xsd__base64Binary*>(value);
+    if (!block.__ptr || (!block.id && !block.type))
       return;
     soap->omode |= SOAP_ENC_DIME; // document/literal messages have attachments only when told so
-    static_cast<void>(soap_attachment_reference(soap, value, blob.__ptr, blob.__size, type.number, blob.id, blob.type));
+    static_cast<void>(
+        soap_attachment_reference(soap, value, block.__ptr, block.__size, type.number, block.id, block.type));
     return;
   }
   for (std::size_t i = 0; i < type.rowCount; ++i) {

@@ -8,7 +8,5 @@ namespace tarnwell {
 
 /// Writes the children of a record by its rows, in their order.
 int writeRecord(struct soap* soap, const Type& type, const void* record);
-/// Writes `size` bytes as base64 text.
-int writeBase64(struct soap* soap, const unsigned char* bytes, std::size_t size);
 
 } // namespace tarnwell

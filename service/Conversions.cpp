@@ -1,10 +1,7 @@
 #include "service/Conversions.h"
 
-#include "protocol/Block.h"
-
 #include <algorithm>
 #include <limits>
-#include <memory>
 #include <new>
 
 namespace tarnwell {
@@ -12,40 +9,27 @@ namespace {
 
 static_assert(sizeof(wchar_t) == 4, "the protocol's texts hold one code point per unit");
 
-/// A big block in a byte array.
-class ArrayBlock : public BigBlock {
-public:
-  unsigned char* resize(std::size_t size) noexcept override try {
-    if (size > static_cast<std::size_t>(std::numeric_limits<int>::max()))
-      return nullptr;
-    const bool shrinks = static_cast<int>(size) < bytes.size();
-    bytes.resize(static_cast<int>(size));
-    if (shrinks) // by what the answer claimed to have: not for the host to keep
-      bytes.squeeze();
-    return reinterpret_cast<unsigned char*>(bytes.data());
-  } catch (const std::bad_alloc&) {
-    return nullptr;
-  }
-
-  QByteArray bytes;
-};
-
-std::unique_ptr<BigBlock> makeArrayBlock() noexcept { return std::unique_ptr<BigBlock>(new (std::nothrow) ArrayBlock); }
+/// UTF-16 units that a QString holds: half of an int's range of bytes, with room for its header.
+constexpr std::size_t longestText = 1073741000;
 
 } // namespace
 
-QString fromWide(const std::wstring* text) {
-  if (!text)
-    return QString();
+QString fromWide(std::wstring_view text) {
+  if (text.size() > longestText)
+    throw std::bad_alloc();
   wchar_t allBits = 0;
-  for (const wchar_t unit : *text)
+  for (const wchar_t unit : text)
     allBits |= unit;
-  const bool startsWithMark = !text->empty() && text->front() == QChar::ByteOrderMark;
-  if (startsWithMark || static_cast<unsigned>(allBits) > 0xFFFF)
-    return QString::fromStdWString(*text);
+  const bool startsWithMark = !text.empty() && text.front() == QChar::ByteOrderMark;
+  const int size = static_cast<int>(text.size());
+  if (startsWithMark || static_cast<unsigned>(allBits) > 0xFFFF) {
+    if (text.size() > longestText / 2) // Qt makes room for two units each
+      throw std::bad_alloc();
+    return QString::fromWCharArray(text.data(), size);
+  }
   // One unit each: Qt's conversion, some fifty instructions a character, does no more than this.
-  QString result(static_cast<int>(text->size()), Qt::Uninitialized);
-  std::transform(text->begin(), text->end(), result.begin(), [](wchar_t unit) { return QChar(unit); });
+  QString result(size, Qt::Uninitialized);
+  std::transform(text.begin(), text.end(), result.begin(), [](wchar_t unit) { return QChar(unit); });
   return result;
 }
 
@@ -59,16 +43,6 @@ std::time_t toSeconds(const QDateTime& date) {
 
 QDateTime fromSeconds(std::time_t seconds) {
   return QDateTime::fromSecsSinceEpoch(static_cast<quint32>(seconds), Qt::UTC);
-}
-
-void readIntoArrays(struct soap* soap) { setBigBlocks(soap, makeArrayBlock); }
-
-QByteArray fromBlock(const xsd__base64Binary& block) {
-  const auto* const bytes = reinterpret_cast<const char*>(block.__ptr);
-  if (const auto* const big = dynamic_cast<const ArrayBlock*>(lastBigBlock(block.soap)))
-    if (big->bytes.constData() == bytes)
-      return big->bytes;
-  return bytes ? QByteArray(bytes, block.__size) : QByteArray(); // also of a size that says otherwise
 }
 
 void lendBytes(const QByteArray& bytes, xsd__base64Binary& block) {

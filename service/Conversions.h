@@ -7,30 +7,27 @@
 
 #include <ctime>
 #include <string>
+#include <string_view>
 
 namespace tarnwell {
 
 /// One unit per code point, an unpaired surrogate as U+FFFD; null as empty text.
 inline std::wstring toWide(const QString& text) { return text.toStdWString(); }
-/// As QString::fromStdWString; absent (null) as null.
-QString fromWide(const std::wstring* text);
+/// As QString::fromStdWString. Throws std::bad_alloc, also for more text than a QString holds.
+QString fromWide(std::wstring_view text);
+/// Absent (null) as null.
+inline QString fromWide(const std::wstring* text) { return text ? fromWide(std::wstring_view(*text)) : QString(); }
 
 /// The only form that is sent: 38 characters, in braces, lower case; a null identifier is all zeros.
 inline QByteArray toGuid(const QUuid& id) { return id.toByteArray(); }
 /// With or without braces, any case; absent (null) or any other text as the null identifier.
-inline QUuid fromGuid(const char* text) { return QUuid(QString::fromUtf8(text)); }
+inline QUuid fromGuid(const char* text) { return QUuid::fromString(QLatin1String(text)); }
 
 /// Seconds since 1970 UTC, below 2^32 - 1; deliberately that number for every date without such a count: null, invalid,
 /// earlier, later.
 std::time_t toSeconds(const QDateTime& date);
 /// A UTC date-time. Deliberately by the low 32 bits alone, without sign: -1 is 2106-02-07T06:28:15.
 QDateTime fromSeconds(std::time_t seconds);
-
-/// Makes the context read big blocks into byte arrays, for fromBlock() to share.
-void readIntoArrays(struct soap* soap);
-/// An array that is independent of the block: of a big one that was read last, the array in which the context keeps the
-/// bytes, implicitly shared; of any other, a copy.
-QByteArray fromBlock(const xsd__base64Binary& block);
 
 /// Lets `block`, of a request, point to the bytes: `bytes` has to outlive its use.
 void lendBytes(const QByteArray& bytes, xsd__base64Binary& block);

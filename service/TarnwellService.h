@@ -1,13 +1,15 @@
 // The library's one implementation of the host interface: Qt values in and out, one call of the client per operation,
 // the service's outcomes mapped to result codes. Made by serviceFactory(). One thread at a time per object; no
-// operation lets an exception out.
+// operation lets an exception out, except the unwinding of a thread that is cancelled in a call.
 #pragma once
 
 #include "client/STLDesktopService.h"
+#include "service/DownloadedBlocks.h"
 #include "service/ITarnwellService.h"
 
 /// What the interface does not tell: nothing here asks for the login flag before a call, the outcome in each answer
-/// decides; and an answer that lacks its result or its login object is a failed call.
+/// decides; an answer that lacks its result or its login object is a failed call; and the records that an operation
+/// leaves in the context stay there until the next one that talks to the service, so that nothing grows.
 class TarnwellService : public ITarnwellService {
 public:
   TarnwellService();
@@ -28,17 +30,15 @@ public:
   QString getSetupUrl() const override { return m_setupUrl; }
   QString getSetupVersion() const override { return m_setupVersion; }
 
-  void setEndPoint(QString endPoint) override { m_service.setEndPoint(endPoint.toStdString()); }
-  void setProxySettings(QString host, int port, QString user, QString password, bool useProxy) override {
-    m_service.setProxySettings(host.toStdString(), port, user.toStdString(), password.toStdString(), useProxy);
-  }
+  void setEndPoint(QString endPoint) override;
+  void setProxySettings(QString host, int port, QString user, QString password, bool useProxy) override;
   bool isUserLogon() const override { return m_service.loginSucces(); }
   bool sendCrashReport(const QString& subject, const QString& message, const QString& fileName,
                        QByteArray attachment) override;
-  void setProxyHost(QString host) override { m_service.setProxyHost(host.toStdString()); }
+  void setProxyHost(QString host) override;
   void setProxyPort(int port) override { m_service.setProxyPort(port); }
-  void setProxyUser(QString user) override { m_service.setProxyUser(user.toStdString()); }
-  void setProxyPassword(QString password) override { m_service.setProxyPassword(password.toStdString()); }
+  void setProxyUser(QString user) override;
+  void setProxyPassword(QString password) override;
 
   /// The result of a login outcome, a dsns__DesktopLoginEnumerators; ResultFailed for a value outside it. The first
   /// argument is deliberately without effect.
@@ -56,7 +56,13 @@ private:
   struct soap* context() const {
     return m_service.proxy.soap;
   }
-  /// Both version checks: `call(response)`, the answer's texts stored if both are there. Returns whether texts are
-  /// stored, of this check or of an earlier one.
-  template <class Response, class Call> bool checkVersion(Call call, dsns__DesktopVersioningClass* Response::*result);
+  template <class Result, class Body> Result perform(Result failed, Body body);
+  template <class Response, class Call>
+  int listMaps(Call call, dsns__CompleteDesktopResponse* Response::*result, bool withThumbnails, QList<MapInfo>& maps);
+  template <class Response, class Call>
+  int manageMap(const MapInfo& info, const QString& name, Call call, dsns__MapActionResponse* Response::*result);
+  template <class Response, class Call>
+  bool checkVersion(const QString& version, Call call, dsns__DesktopVersioningClass* Response::*result);
+
+  tarnwell::DownloadedBlocks m_downloads;
 };

@@ -1,0 +1,50 @@
+#include "service/DownloadedBlocks.h"
+
+#include <exception>
+#include <utility>
+
+namespace tarnwell {
+namespace {
+
+unsigned char* bytesOf(QByteArray& array) { return reinterpret_cast<unsigned char*>(array.data()); }
+
+} // namespace
+
+unsigned char* DownloadedBlocks::reserve(std::size_t capacity, std::size_t size) noexcept try {
+  m_open.resize(static_cast<int>(size)); // never more than was reserved before
+  m_open.reserve(static_cast<int>(capacity));
+  return bytesOf(m_open);
+} catch (const std::exception&) {
+  return nullptr;
+}
+
+unsigned char* DownloadedBlocks::keep(std::size_t size, bool shrink) noexcept try {
+  m_open.resize(static_cast<int>(size));
+  if (shrink)
+    m_open.squeeze();
+  unsigned char* const bytes = bytesOf(m_open);
+  m_kept[bytes].swap(m_open);
+  return bytes;
+} catch (const std::exception&) {
+  return nullptr;
+}
+
+QByteArray DownloadedBlocks::take(xsd__base64Binary& block) {
+  if (!block.__ptr)
+    return QByteArray(); // also of a size that says otherwise
+  const auto kept = m_kept.find(block.__ptr);
+  if (kept == m_kept.end())
+    return QByteArray(reinterpret_cast<const char*>(block.__ptr), block.__size);
+  QByteArray bytes = std::move(kept->second);
+  m_kept.erase(kept);
+  block.__ptr = nullptr;
+  block.__size = 0;
+  return bytes;
+}
+
+void DownloadedBlocks::clear() {
+  m_kept.clear();
+  hasReferences = false;
+}
+
+} // namespace tarnwell

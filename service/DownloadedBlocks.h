@@ -1,0 +1,32 @@
+// The bytes of downloaded blocks, each in a byte array that the host can have without a copy. Used by TarnwellService
+// alone; one thread, as the context.
+#pragma once
+
+#include "protocol/Block.h"
+#include "protocol/SchemaTypes.h"
+
+#include <QtCore/QByteArray>
+
+#include <unordered_map>
+
+namespace tarnwell {
+
+/// Owns the bytes of all blocks that a context reads until they are taken or cleared.
+class DownloadedBlocks : public BlockMemory {
+public:
+  unsigned char* reserve(std::size_t capacity, std::size_t size) noexcept override;
+  unsigned char* keep(std::size_t size, bool shrink) noexcept override;
+  void discard() noexcept override { m_open = QByteArray(); }
+
+  /// The bytes of `block`, which is left empty: the array is their only owner. Copies, and leaves `block` as it is,
+  /// only what does not lie here: an attachment, or a block that several references may lead to. Throws std::bad_alloc.
+  QByteArray take(xsd__base64Binary& block);
+  /// Frees what was not taken. The records that point to it must be gone.
+  void clear();
+
+private:
+  QByteArray m_open;
+  std::unordered_map<const unsigned char*, QByteArray> m_kept; ///< by where the bytes lie
+};
+
+} // namespace tarnwell
