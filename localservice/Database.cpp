@@ -40,30 +40,29 @@ void createPrivately(const std::string& file) {
 }
 
 /// Judges a file by its header, before SQLite opens it: opening can already change a file that has a log beside it.
-/// Returns false when the file is empty.
-bool looksFamiliar(const std::string& file) {
+void refuseOthers(const std::string& file) {
   struct stat status = {};
   if (stat(file.c_str(), &status) != 0)
     throw StoreError(file + ": " + std::strerror(errno));
   if (status.st_size == 0)
-    return false;
+    return;
   const SQLite::Header header = SQLite::Database::getHeaderInfo(file);
   if (header.applicationId == applicationId && header.userVersion > schemaVersion)
     throw StoreError(file + ": made by a newer version of this program");
-  const bool isLogged = header.fileFormatReadVersion != 1; // this program's files never are
-  // The first files of this program have no application identifier.
-  const bool isOurs = header.applicationId == applicationId || header.applicationId == 0;
-  if (!isOurs || isLogged || header.userVersion != schemaVersion)
+  // The first files of this program have no identifier; they have no write-ahead log either, whose mere opening changes
+  // the files of others.
+  const bool isOurs =
+      header.applicationId == applicationId || (header.applicationId == 0 && header.fileFormatReadVersion == 1);
+  if (!isOurs || header.userVersion != schemaVersion)
     throw StoreError(file + ": the file of another program");
-  return true;
 }
 
-bool hasTables(SQLite::Database& database) {
-  Query tables(database, "SELECT count(*) FROM sqlite_master WHERE name IN ('accounts', 'maps', 'updates', 'reports')");
+std::int64_t countTables(SQLite::Database& database, const char* condition) {
+  Query tables(database, std::string("SELECT count(*) FROM sqlite_master WHERE ") + condition);
   std::int64_t count = 0;
   tables.step();
   tables.read(count);
-  return count == 4;
+  return count;
 }
 
 } // namespace
@@ -72,7 +71,8 @@ SQLite::Database openDatabase(const std::string& file, Access access) {
   const bool isInMemory = file == ":memory:";
   if (access == Access::Create && !isInMemory)
     createPrivately(file);
-  const bool isNew = isInMemory || !looksFamiliar(file);
+  if (!isInMemory)
+    refuseOthers(file);
   const int flags = access == Access::Read ? SQLite::OPEN_READONLY : SQLite::OPEN_READWRITE;
   SQLite::Database database =
       isInMemory ? SQLite::Database("file:/tarnwell?vfs=memdb",
@@ -81,13 +81,13 @@ SQLite::Database openDatabase(const std::string& file, Access access) {
   // A rollback journal instead of a log beside the file: between saves everything is in the one file. EXTRA: also the
   // removal of the journal, which is what commits, is on the disk when a save returns.
   database.exec("PRAGMA synchronous = EXTRA");
-  if (isNew && access == Access::Create) {
+  if (access == Access::Create) {
     SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
-    if (!hasTables(database)) // nobody was faster
+    if (countTables(database, "true") == 0)
       database.exec(schema);
     transaction.commit();
   }
-  if (!hasTables(database))
+  if (countTables(database, "name IN ('accounts', 'maps', 'updates', 'reports')") != 4)
     throw StoreError(file + ": not a file of this program");
   return database;
 }

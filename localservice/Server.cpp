@@ -117,8 +117,9 @@ std::size_t Server::reap() {
 
 bool Server::finish() {
   pollfd waiting = {listener->master, POLLIN, 0};
-  while (poll(&waiting, 1, 0) > 0)
+  for (std::size_t i = 0; i < mostConnections && poll(&waiting, 1, 0) > 0; ++i)
     accept();
+  shutdown(listener->master, SHUT_RDWR); // from now on clients are refused
   std::unique_lock<std::mutex> lock(mutex);
   for (const Connection& connection : connections)
     if (connection.context)
