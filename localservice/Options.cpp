@@ -26,7 +26,7 @@ QList<QCommandLineOption> allOptions() {
       {"listen", "Where to listen; 127.0.0.1:0 without this option. Port 0 takes a free one.", "HOST:PORT"},
       {"port", "The port alone.", "N"},
       {"read-only", "Write nothing: every change is answered with \"DbError\"."},
-      {"max-request", "Refuse longer requests with status 413; from 1 to 1024.", "MiB", "256"},
+      {"max-request", "Refuse longer requests with status 413; from 1 to 1024, 256 without this option.", "MiB", "256"},
       {"log", "Write one line per request to standard error: time, client, operation, user, outcome, milliseconds, "
               "bytes received and sent."},
       {"delay", "Wait before each answer.", "MS", "0"},
