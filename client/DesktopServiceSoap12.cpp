@@ -1,5 +1,6 @@
 #include "client/DesktopServiceSoap12.h"
 
+#include "protocol/binding/BlockMemory.h"
 #include "protocol/Deployment.h"
 
 #include <sys/socket.h>
@@ -18,6 +19,14 @@ DesktopServiceSoap12::DesktopServiceSoap12() : soap(soap_new2(0, 0)), soap_endpo
   // Where the runtime turns for an endpoint without a host; by default the process's standard streams.
   soap->sendfd = -1;
   soap->recvfd = -1;
+  // Asked before each attachment in an answer. The runtime reserves what its header claims; so that a false claim costs
+  // nothing, none may be longer than the answer.
+  soap->fdimewriteopen = [](struct soap* context, const char*, const char*, const char*) -> void* {
+    const std::size_t size = context->dime.size;
+    if (size > tarnwell::largestBlock || (context->length && size > context->length))
+      context->error = SOAP_DIME_ERROR;
+    return nullptr; // it is read into memory
+  };
 }
 
 DesktopServiceSoap12::~DesktopServiceSoap12() {

@@ -52,7 +52,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   auto* const request = tarnwell::instantiate(soap, -1, tarnwell::typeOf(operation.request), nullptr);
   auto* const response = tarnwell::instantiate(soap, -1, tarnwell::typeOf(operation.response), nullptr);
   static_cast<void>(tarnwell::exchange(soap, "http://fuzz/", nullptr, static_cast<tarnwell::OperationIndex>(index),
-                                       static_cast<SchemaObject*>(request), static_cast<SchemaObject*>(response)));
+                                       static_cast<tarnwell::SchemaObject*>(request), static_cast<tarnwell::SchemaObject*>(response)));
   soap_destroy(soap);
   soap_end(soap);
   soap_free(soap);

@@ -1,7 +1,7 @@
 #include "localservice/Handlers.h"
 
 #include "localservice/Identifier.h"
-#include "protocol/Text.h"
+#include "protocol/binding/Text.h"
 
 #include <cstring>
 #include <new>
@@ -332,7 +332,7 @@ constexpr Handler handlers[] = {
     perform<_dsns__##Name>(call, request, rehearsed, *response->Name##Result, answer);                                 \
     return answer;                                                                                                     \
   },
-#include "protocol/Operations.inc"
+#include "protocol/schema/Operations.inc"
 #undef TARNWELL_OPERATION
 };
 

@@ -1,5 +1,7 @@
 #include "localservice/HttpConnection.h"
 
+#include "protocol/soap/RuntimeInternals.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <charconv>

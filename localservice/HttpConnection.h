@@ -4,7 +4,7 @@
 
 #include "localservice/MarkupLimit.h"
 #include "localservice/Pace.h"
-#include "protocol/Context.h"
+#include "protocol/soap/Runtime.h"
 
 #include <cstdint>
 #include <map>

@@ -2,7 +2,7 @@
 // time. A client that has closed the connection gets no answer, which is no error.
 #pragma once
 
-#include "protocol/Context.h"
+#include "protocol/soap/Runtime.h"
 
 #include <functional>
 #include <string>

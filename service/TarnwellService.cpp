@@ -6,59 +6,48 @@
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
+#include <cerrno>
 #include <cxxabi.h>
 #include <optional>
+#include <pwd.h>
 #include <sys/stat.h>
 
 using namespace tarnwell;
 
 namespace {
 
-/// What the host is told of one outcome.
-struct Outcome {
-  int value;
-  ServiceResult result;
-};
+// What the host is told of each outcome. Without a default, so that a new value does not compile until it has a result;
+// the wire's values are not bounded, and any other one is a failure.
 
-constexpr Outcome loginOutcomes[] = {
-    {dsns__DesktopLoginEnumerators__NotAUser, ResultNotAUser},
-    {dsns__DesktopLoginEnumerators__NotPremiumAccount, ResultNotPremiumAccount},
-    {dsns__DesktopLoginEnumerators__Success, ResultOk},
-    {dsns__DesktopLoginEnumerators__DbError, ResultFailed},
-    {dsns__DesktopLoginEnumerators__None, ResultFailed},
-};
-
-constexpr Outcome accessOutcomes[] = {
-    {dsns__DesktopMapAccess__DbError, ResultFailed},
-    {dsns__DesktopMapAccess__FileExists, ResultFileExists},
-    {dsns__DesktopMapAccess__Success, ResultOk},
-    {dsns__DesktopMapAccess__None, ResultFailed},
-    {dsns__DesktopMapAccess__NoAccess, ResultNoAccess},
-    {dsns__DesktopMapAccess__OngoingCollaboration, ResultOngoingCollaboration},
-    {dsns__DesktopMapAccess__MapRemoved, ResultMapRemoved},
-};
-
-/// Whether the rows stand at the positions of their values, from 0 to `last`.
-template <std::size_t count> constexpr bool isComplete(const Outcome (&table)[count], int last) {
-  for (std::size_t i = 0; i < count; ++i)
-    if (table[i].value != static_cast<int>(i))
-      return false;
-  return last == static_cast<int>(count) - 1;
+constexpr ServiceResult resultOf(dsns__DesktopLoginEnumerators value) {
+  switch (value) {
+  case dsns__DesktopLoginEnumerators__Success: return ResultOk;
+  case dsns__DesktopLoginEnumerators__NotAUser: return ResultNotAUser;
+  case dsns__DesktopLoginEnumerators__NotPremiumAccount: return ResultNotPremiumAccount;
+  case dsns__DesktopLoginEnumerators__DbError:
+  case dsns__DesktopLoginEnumerators__None: break;
+  }
+  return ResultFailed;
 }
-static_assert(isComplete(loginOutcomes, dsns__DesktopLoginEnumerators__None));
-static_assert(isComplete(accessOutcomes, dsns__DesktopMapAccess__MapRemoved));
 
-/// The wire's values are not bounded: any other one is a failure.
-template <std::size_t count> constexpr int resultOf(const Outcome (&table)[count], int value) {
-  const auto index = static_cast<unsigned>(value);
-  return index < count ? table[index].result : ResultFailed;
+constexpr ServiceResult resultOf(dsns__DesktopMapAccess value) {
+  switch (value) {
+  case dsns__DesktopMapAccess__Success: return ResultOk;
+  case dsns__DesktopMapAccess__FileExists: return ResultFileExists;
+  case dsns__DesktopMapAccess__NoAccess: return ResultNoAccess;
+  case dsns__DesktopMapAccess__OngoingCollaboration: return ResultOngoingCollaboration;
+  case dsns__DesktopMapAccess__MapRemoved: return ResultMapRemoved;
+  case dsns__DesktopMapAccess__DbError:
+  case dsns__DesktopMapAccess__None: break;
+  }
+  return ResultFailed;
 }
 
 /// The result of an answer by its login outcome.
 template <class Result> int loginOutcome(const Result* result) {
   if (!result || !result->DesktopLoginResponseObject)
     return ResultFailed;
-  return resultOf(loginOutcomes, result->DesktopLoginResponseObject->DesktopLoginValue);
+  return resultOf(result->DesktopLoginResponseObject->DesktopLoginValue);
 }
 
 /// The result of a map operation, in this order: by the call's code, by the login outcome, by the map-access outcome.
@@ -66,7 +55,7 @@ template <class Response, class Result> int mapOutcome(int code, const Response*
   if (code != SOAP_OK || !response)
     return ResultFailed;
   const int login = loginOutcome(response->*result);
-  return login == ResultOk ? resultOf(accessOutcomes, (response->*result)->DesktopMapAccess) : login;
+  return login == ResultOk ? resultOf((response->*result)->DesktopMapAccess) : login;
 }
 
 /// Runs `body`, which may throw; then the result is `failed`. The unwinding of a thread that is cancelled in a call
@@ -124,6 +113,14 @@ std::optional<QByteArray> contentOf(const QString& filePath) {
   return content;
 }
 
+/// Whether the system has no name for a user, which QFileInfo::owner() tells by an empty text, as it does when it fails.
+bool isNameless(uint user) {
+  passwd entry{}, *found = nullptr;
+  char buffer[1024];
+  const int error = getpwuid_r(user, &entry, buffer, sizeof buffer, &found);
+  return !found && (error == 0 || error == ENOENT || error == ESRCH);
+}
+
 } // namespace
 
 TarnwellService::TarnwellService() {
@@ -151,7 +148,7 @@ int TarnwellService::login(QString userName, QString password) {
       return ResultFailed;
     }
     const dsns__DesktopLoginResponseClass* const answer = response->LoginResult;
-    const int outcome = answer ? loginResult(0, answer->DesktopLoginValue) : ResultFailed;
+    const int outcome = answer ? resultOf(answer->DesktopLoginValue) : ResultFailed;
     m_service.setLoginResult(outcome == ResultOk);
     return outcome;
   });
@@ -211,6 +208,8 @@ int TarnwellService::saveMap(QString filePath, MapInfo& info, QByteArray thumbna
       return ResultFailed;
     const QDateTime modified = file.lastModified();
     const QString owner = file.owner();
+    if (owner.isEmpty() && !isNameless(file.ownerId()))
+      return ResultFailed;
     info.setMapModificationDate(modified);
     info.setMapContent(std::move(*content));
     info.setMapAuthor(owner);
@@ -359,6 +358,8 @@ void TarnwellService::setProxyPassword(QString password) {
   set([&] { m_service.setProxyPassword(password.toStdString()); });
 }
 
-int TarnwellService::loginResult(int, int loginValue) const { return resultOf(loginOutcomes, loginValue); }
+int TarnwellService::loginResult(int, int loginValue) {
+  return resultOf(static_cast<dsns__DesktopLoginEnumerators>(loginValue));
+}
 
-int TarnwellService::mapAccess(int access) const { return resultOf(accessOutcomes, access); }
+int TarnwellService::mapAccess(int access) { return resultOf(static_cast<dsns__DesktopMapAccess>(access)); }

@@ -42,9 +42,9 @@ public:
 
   /// The result of a login outcome, a dsns__DesktopLoginEnumerators; ResultFailed for a value outside it. The first
   /// argument is deliberately without effect.
-  int loginResult(int, int loginValue) const;
+  int loginResult(int, int loginValue);
   /// The result of a map-access outcome, a dsns__DesktopMapAccess; ResultFailed for a value outside it.
-  int mapAccess(int access) const;
+  int mapAccess(int access);
 
 protected: // for tests that take the context away
   STLDesktopService m_service;

@@ -63,7 +63,7 @@ inline std::string callService(const QByteArray& endpoint, const std::string& na
     const int code = client.__dsns4__##Name(&request, &response);                                                      \
     text = QString::fromStdString(code ? "error " + std::to_string(code) : show(response.Name##Result));               \
   }
-#include "protocol/Operations.inc"
+#include "protocol/schema/Operations.inc"
 #undef TARNWELL_OPERATION
   return text.replace(QRegularExpression("MapId=[0-9a-f-]{36}(?=[ }])"), "MapId=#")
       .replace(QRegularExpression("Created=[0-9]+"), "Created=%")

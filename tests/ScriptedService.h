@@ -52,7 +52,10 @@ public:
   std::string url() const;
   std::vector<Request> requests() const;
   /// The last request; an empty one before the first.
-  Request request() const { return requests().empty() ? Request() : requests().back(); }
+  Request request() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_requests.empty() ? Request() : m_requests.back();
+  }
 
 private:
   void run();

@@ -102,7 +102,7 @@ TEST(Login, FlagOfTheClientIsOnlyEverSet) {
 }
 
 TEST(Login, OutcomesAsResults) {
-  const TarnwellService service;
+  TarnwellService service;
   const int logins[] = {4, 5, 0, 1, 1, 1}, accesses[] = {1, 6, 0, 1, 7, 9, 10, 1};
   for (int value = 0; value < 6; ++value)
     EXPECT_EQ(logins[value], service.loginResult(value, value)) << value;

@@ -60,7 +60,7 @@ const Call calls[] = {
 #define TARNWELL_OPERATION(Name, Wire, Shape, ResultClass)                                                             \
   &call<_dsns__##Name, _dsns__##Name##Response, &soap_call___dsns4__##Name, &soap_call___dsns3__##Name,                \
         &DesktopServiceSoap12::__dsns4__##Name, &_dsns__##Name##Response::Name##Result>,
-#include "protocol/Operations.inc"
+#include "protocol/schema/Operations.inc"
 #undef TARNWELL_OPERATION
 };
 

@@ -1,0 +1,132 @@
+// Every networked operation of the host interface as a row, and all that a host has from a service: for whatever runs
+// all of them, tests and fuzzers.
+#pragma once
+
+#include "service/TarnwellService.h"
+#include "tests/Messages.h"
+
+#include <QtCore/QTemporaryFile>
+
+#include <map>
+
+inline std::string text(const QString& value) {
+  return value.isNull() ? "-" : value.isEmpty() ? "''" : value.toStdString();
+}
+inline std::string hex(const QByteArray& bytes) { return bytes.isEmpty() ? "-" : bytes.toHex().toStdString(); }
+/// The members of a record in their order; "-" for nothing.
+inline std::string show(const MapInfo& info) {
+  return text(info.mapName()) + " " + (info.mapID().isNull() ? "-" : text(info.mapID().toString())) + " " +
+         text(info.mapAuthor()) + " " + text(info.mapModificationDate().toString(Qt::ISODate)) + " " +
+         text(info.mapDescription()) + " " + hex(info.mapThumbnail()) +
+         (info.mapPublished() ? " published " : " private ") + hex(info.mapContent()) + " " +
+         text(QString::number(info.version())) + (info.isTWLX() ? " twlx" : "");
+}
+
+const std::string knownId = "{67c8770b-44f1-410a-ab9a-f9b5446f13ee}";
+/// A record with a value in every member.
+inline MapInfo known() {
+  MapInfo info;
+  info.setMapName("plan");
+  info.setMapID(QUuid(QString::fromStdString(knownId)));
+  info.setMapAuthor("Ann");
+  info.setMapModificationDate(QDateTime::fromSecsSinceEpoch(1330837567, Qt::OffsetFromUTC, 7200));
+  info.setMapDescription("about");
+  info.setMapThumbnail(QByteArray("T\0x", 3));
+  info.setMapPublished(true);
+  info.setMapContent("content");
+  info.setVersion(1.5F);
+  info.setIsTWLX(true);
+  return info;
+}
+
+inline QString savedFile() {
+  static QTemporaryFile file;
+  return file.open() ? file.fileName() : QString();
+}
+
+/// A host with a record, a list and what earlier calls left, that sees into the context of its service.
+class Host : public TarnwellService {
+public:
+  QList<MapInfo> maps{known()};
+  MapInfo info = known();
+  const QString word = "word", file = savedFile();
+  QByteArray bytes = "bytes";
+
+  explicit Host(const std::string& endpoint = {}) {
+    setEndPoint(QString::fromStdString(endpoint));
+    m_userName = "before";
+    m_setupUrl = m_setupVersion = "old";
+  }
+  struct soap* context() const {
+    return m_service.proxy.soap;
+  }
+  /// All that the host has.
+  std::string seen() const {
+    std::string all = text(currentUser()) + (isUserLogon() ? " in " : " out ") + text(getSetupUrl()) + " " +
+                      text(getSetupVersion()) + "\n" + show(info);
+    for (const MapInfo& map : maps)
+      all += "\n" + show(map);
+    return all;
+  }
+  /// Types and numbers of the managed objects in the context, in the order of the type table.
+  std::string objects() const {
+    std::map<int, int> counts;
+    for (const soap_clist* entry = context()->clist; entry; entry = entry->next)
+      ++counts[entry->type];
+    std::string all;
+    for (const auto& [type, count] : counts) {
+      const std::string name = tarnwell::findType(type)->name;
+      all += (all.empty() ? "" : " ") + name.substr(name.find(':') + 1) + "=" + std::to_string(count);
+    }
+    return all;
+  }
+};
+
+/// An operation, the content of its successful answer's result, and the objects that stay after success and failure.
+struct HostOperation {
+  const char* name;
+  std::string result;
+  int (*call)(Host&); ///< 0: it succeeded
+  const char* left;
+  const char* leftByFailure;
+  std::string answer() const { return message::answer(name, result); }
+};
+inline const std::vector<HostOperation>& hostOperations() {
+  static const std::string author = "<Author>a</Author>", map = author + "<MapContent>QQ==</MapContent>",
+                           saved = message::outcome("Success", "Success") + "<DesktopInfoClass>" + author +
+                                   "</DesktopInfoClass>",
+                           listed =
+                               message::listing("<DesktopInfoClass>" + map + "</DesktopInfoClass><DesktopInfoClass/>");
+  static const char* const listLeft = "string=1 base64Binary=1 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=2 "
+                                      "ArrayOfDesktopInfoClass=1 CompleteDesktopResponse=1";
+  static const char* const actionLeft =
+      "string=1 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=1 MapActionResponse=1";
+  static const char* const updateLeft = "string=2 Header=1 DesktopVersioningClass=1";
+  static const std::vector<HostOperation> operations = {
+      {"Login", message::loginValue("Success"), [](Host& host) { return host.login(host.word, host.word); },
+       "Header=1 DesktopLoginResponseClass=1", "LoginResponse=1"},
+      {"GetMapsList_NEW_DESKTOP", listed, [](Host& host) { return host.getDesktopMapsList(true, host.maps); }, listLeft,
+       ""},
+      {"GetMapsListLite_NEW_DESKTOP", listed, [](Host& host) { return host.getDesktopMapsListLite(true, host.maps); },
+       listLeft, ""},
+      {"GetMapContent_NEW_DESKTOP", message::outcome("Success", "Success") + "<DesktopInfo>" + map + "</DesktopInfo>",
+       [](Host& host) { return host.getMap(host.info); },
+       "string=1 base64Binary=2 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=2 GetMapResponse=1 "
+       "GetMapContent_NEW_DESKTOPResponse=1",
+       "base64Binary=1 DesktopInfoClass=1 GetMapContent_NEW_DESKTOPResponse=1"},
+      {"SaveMap_NEW_DESKTOP", saved, [](Host& host) { return host.saveMap(host.file, host.info, host.bytes, true); },
+       "string=1 base64Binary=2 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=2 MapActionResponse=1 "
+       "SaveMap_NEW_DESKTOPResponse=1",
+       "base64Binary=2 DesktopInfoClass=1 SaveMap_NEW_DESKTOPResponse=1"},
+      {"DeleteDesktopMap", saved, [](Host& host) { return host.deleteMap(host.info); }, actionLeft, ""},
+      {"RenameDesktopMap", saved, [](Host& host) { return host.renameMap(host.info, host.word); }, actionLeft, ""},
+      {"CheckDesktopVersion", "<Path>p</Path><Version>v</Version>",
+       [](Host& host) { return host.checkForUpdates(host.word, 1) ? 0 : 1; }, updateLeft, ""},
+      {"CheckDesktopVersionExtended", "<Path>p</Path><Version>v</Version>",
+       [](Host& host) { return host.checkForUpdatesExtended(host.word, 1, 1) ? 0 : 1; }, updateLeft, ""},
+      {"SendFeedbackWithAttachment", saved,
+       [](Host& host) { return host.sendCrashReport(host.word, host.word, host.word, host.bytes) ? 0 : 1; }, actionLeft,
+       ""},
+  };
+  return operations;
+}

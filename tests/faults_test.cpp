@@ -1,0 +1,181 @@
+// Every networked operation while memory, the system or the host's own thread fails it: it fails wholly or succeeds
+// wholly, and the next one works.
+#include "tests/FaultyCalls.h"
+#include "tests/Session.h"
+
+#include <climits>
+#include <csignal>
+#include <pthread.h>
+#include <semaphore.h>
+#include <sys/time.h>
+
+namespace {
+
+/// What `operation` returns and the host has after it, while its calls meet `faults`.
+std::string outcome(const HostOperation& operation, Host& host, Faults& faults) {
+  Faults::meets = &faults;
+  const int result = operation.call(host);
+  Faults::meets = nullptr;
+  return std::to_string(result) + "\n" + host.seen();
+}
+
+/// That `host` can go on: nothing is left open, a listing sends what was the last login and succeeds.
+void expectUsable(Host& host, const Faults& faults) {
+  const HostOperation& listing = hostOperations()[2];
+  static const ScriptedService server(
+      reply(200, replaced(listing.answer(), "<soap:Body>", "<soap:Header/><soap:Body>")));
+  EXPECT_EQ(0U, faults.descriptors.count());
+  host.setEndPoint(QString::fromStdString(server.url()));
+  EXPECT_EQ(0, listing.call(host));
+  EXPECT_STREQ(listing.left, host.objects().c_str());
+  const std::string user = host.currentUser() == host.word ? "word" : "";
+  EXPECT_NE(std::string::npos, server.request().body.find("<dsns:username>" + user + "</dsns:username>"));
+}
+
+const Faults modes[] = {{Faults::Memory, 0, false},        {Faults::Memory, 0, true},
+                        {Faults::System, 0, false, EIO},   {Faults::System, 0, true, EIO},
+                        {Faults::System, 0, false, EINTR}, {Faults::None, 0, false, 0, 1},
+                        {Faults::None, 0, false, 0, 3}};
+
+TEST(Faults, EveryCallFailsOnce) {
+  for (const HostOperation& operation : hostOperations())
+    for (const std::string& answer : {operation.answer(), message::fault("soap:Receiver")}) {
+      const ScriptedService server(reply(200, answer));
+      Host untouched(server.url()), refused("http://127.0.0.1:1/"), reference(server.url());
+      Faults none;
+      const std::vector<std::string> possible = {"1\n" + untouched.seen(), outcome(operation, refused, none),
+                                                 outcome(operation, reference, none)};
+      for (const Faults& mode : modes)
+        for (auto [position, reached] = std::pair(0L, true); reached; ++position) {
+          SCOPED_TRACE(std::string(operation.name) + ", kind " + std::to_string(mode.kind) + ", error " +
+                       std::to_string(mode.error) + (mode.andAll ? ", all from " : ", number ") +
+                       std::to_string(position));
+          Host host(server.url());
+          Faults faults = mode;
+          faults.position = position;
+          const std::string seen = outcome(operation, host, faults);
+          EXPECT_TRUE(std::count(possible.begin() + (mode.piece ? 2 : 0), possible.end(), seen)) << seen;
+          expectUsable(host, faults);
+          reached = faults.calls > position;
+        }
+    }
+}
+
+TEST(Faults, SettingsThatFailStandAsBefore) {
+  const QString other(100, 'o');
+  void (*const settings[])(Host&, const QString&) = {
+      [](Host& host, const QString& text) { host.setEndPoint(text); },
+      [](Host& host, const QString& text) { host.setProxyHost(text); },
+      [](Host& host, const QString& text) { host.setProxyUser(text); },
+      [](Host& host, const QString& text) { host.setProxyPassword(text); },
+      [](Host& host, const QString& text) { host.setProxySettings(text, 1, text, text, true); },
+  };
+  const ScriptedService proxy(reply(200, hostOperations()[2].answer()));
+  for (const auto setting : settings)
+    for (auto [position, reached] = std::pair(0L, true); reached; ++position) {
+      Host host("http://service.example/");
+      host.setProxySettings("127.0.0.1", proxy.port(), "user", "password", true);
+      Faults faults{Faults::Memory, position};
+      Faults::meets = &faults;
+      setting(host, other);
+      Faults::meets = nullptr;
+      reached = faults.calls > position;
+      if (reached) {
+        EXPECT_EQ(0, hostOperations()[2].call(host));
+        EXPECT_EQ("Basic dXNlcjpwYXNzd29yZA==", proxy.request().header("Proxy-Authorization"));
+      }
+    }
+}
+
+TEST(Faults, ClientTellsAnException) {
+  STLDesktopService client;
+  _dsns__CheckDesktopVersionResponse response;
+  Faults faults{Faults::Memory};
+  Faults::meets = &faults;
+  const int code = client.checkForUpdate(L"1", 1, &response);
+  Faults::meets = nullptr;
+  EXPECT_EQ(-1, code);
+}
+
+// Endpoint and proxy port; no call makes a socket.
+TEST(Faults, ImpossibleEndpointsFailWithoutASocket) {
+  for (const auto& [endpoint, port] :
+       std::vector<std::pair<std::string, int>>{{"soap.udp://127.0.0.1:9/", 0},
+                                                {"ftp://127.0.0.1/", 0},
+                                                {"127.0.0.1/", 0},
+                                                {"https://127.0.0.1/", 0},
+                                                {"http:///x", 0},
+                                                {"http://:80/", 0},
+                                                {"http://", 0},
+                                                {"http:/127.0.0.1/", 0},
+                                                {"http://127.0.0.1/a\r\nb: c", 0},
+                                                {"http://127.0.0.1/ http://127.0.0.1/", 0},
+                                                {"http://127.0.0.1/\x7f", 0},
+                                                {"http://127.0.0.1/", 65536},
+                                                {"http://127.0.0.1/", -1}}) {
+    Host host(endpoint);
+    if (port)
+      host.setProxySettings("127.0.0.1", port, "", "", true);
+    Faults faults{Faults::System, LONG_MAX};
+    EXPECT_EQ('1', outcome(hostOperations()[0], host, faults)[0]) << endpoint;
+    EXPECT_EQ(0, faults.calls) << endpoint;
+  }
+  const ScriptedService good(reply(200, hostOperations()[0].answer()));
+  Host host(replaced(good.url(), "http:", "HTTP:"));
+  EXPECT_EQ(0, hostOperations()[0].call(host));
+}
+
+sem_t ticks;
+
+// A signal each millisecond that interrupts what waits, five of them before the answer comes.
+TEST(Faults, SignalsInterruptNothing) {
+  sem_init(&ticks, 0, 0);
+  struct sigaction action {
+  }, before;
+  action.sa_handler = [](int) { sem_post(&ticks); };
+  sigaction(SIGALRM, &action, &before);
+  sigset_t alarm;
+  sigemptyset(&alarm);
+  sigaddset(&alarm, SIGALRM);
+  for (const HostOperation& operation : hostOperations()) {
+    pthread_sigmask(SIG_BLOCK, &alarm, nullptr); // for the threads of the test
+    ScriptedService server(reply(200, operation.answer()).stall());
+    std::thread patience([&] {
+      for (int tick = 0; tick < 5; ++tick)
+        sem_wait(&ticks);
+      server.release();
+    });
+    pthread_sigmask(SIG_UNBLOCK, &alarm, nullptr);
+    Host host(server.url());
+    itimerval interval{{0, 1000}, {0, 1000}};
+    setitimer(ITIMER_REAL, &interval, nullptr);
+    EXPECT_EQ(0, operation.call(host)) << operation.name;
+    patience.join();
+    interval = {};
+    setitimer(ITIMER_REAL, &interval, nullptr);
+  }
+  sigaction(SIGALRM, &before, nullptr);
+}
+
+/// Cancels a thread in `operation`, once `waits()`.
+template <class Waits> void cancel(const HostOperation& operation, Host& host, Faults& faults, Waits waits) {
+  std::thread caller([&] { outcome(operation, host, faults); });
+  while (!waits())
+    sched_yield();
+  EXPECT_EQ(0, pthread_cancel(caller.native_handle()));
+  caller.join();
+}
+
+TEST(Faults, CancelledThreadsLeaveAUsableObject) {
+  for (const HostOperation& operation : hostOperations())
+    for (const Reply& silence : {reply(200, "").stall(), Reply{"", 0, true}}) {
+      const ScriptedService server(silence);
+      Host host(server.url());
+      host.bytes.fill('b', silence.reads ? 1 : 16 << 20); // more than sockets hold
+      Faults faults;
+      cancel(operation, host, faults, [&] { return !server.requests().empty(); });
+      expectUsable(host, faults);
+    }
+}
+
+} // namespace
