@@ -291,7 +291,7 @@ void respondRehearsed(const Call&, const RehearsedAnswer&, dsns__DesktopVersioni
 
 // The name of the value that tells most of an answer.
 
-const char* nameOf(TypeNumber type, int value) { return tarnwell::typeOf(type).names[value].text; }
+const char* nameOf(int type, int value) { return tarnwell::typeOf(type).names[value].text; }
 const char* outcomeOf(const dsns__DesktopLoginResponseClass& result) {
   return nameOf(SOAP_TYPE_dsns__DesktopLoginEnumerators, result.DesktopLoginValue);
 }

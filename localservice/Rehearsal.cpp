@@ -17,7 +17,7 @@ tarnwell::OperationIndex operationNamed(const std::string& name) {
 }
 
 /// Sets `value` to the value of the enumeration's text. False: it has no such text.
-template <class Enumeration> bool setNamed(TypeNumber number, const std::string& text, Enumeration& value) {
+template <class Enumeration> bool setNamed(int number, const std::string& text, Enumeration& value) {
   const tarnwell::Type& type = tarnwell::typeOf(number);
   for (std::size_t i = 0; i < type.nameCount; ++i) {
     if (text != type.names[i].text)
@@ -30,7 +30,7 @@ template <class Enumeration> bool setNamed(TypeNumber number, const std::string&
 
 bool setResult(tarnwell::OperationIndex index, const std::string& text, RehearsedAnswer& answer) {
   const tarnwell::Operation& operation = tarnwell::operations[static_cast<std::size_t>(index)];
-  const TypeNumber result = tarnwell::typeOf(operation.response).rows->type;
+  const int result = tarnwell::typeOf(operation.response).rows->type;
   const bool hasAccess = result == SOAP_TYPE_dsns__GetMapResponse || result == SOAP_TYPE_dsns__MapActionResponse;
   if (hasAccess && setNamed(SOAP_TYPE_dsns__DesktopMapAccess, text, answer.access))
     return true;
