@@ -92,7 +92,7 @@ TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
       {"too long a text", with("anna", std::string(1 << 20, 'a')), 413, sender, open},
       {"too long an attribute", with("<Login>", "<Login a='" + std::string(1 << 20, 'a') + "'>"), 413, sender, open},
       {"many attributes", with("<Login>", "<Login" + attributes + ">"), 400, sender, open},
-      {"many elements' attributes", with("<Login>", "<Login>" + elements), 400, sender, open},
+      {"many elements' attributes", with("<Login>", "<Login>" + elements), 413, sender, open},
       {"empty", post(""), 400, sender, open},
       {"no XML", post("{\"a\": 1}"), 400, sender, open},
       {"other XML", post("<a/>"), 400, sender, open},
