@@ -25,8 +25,8 @@ std::string replaced(std::string text, const std::string& what, const std::strin
   return text.replace(text.find(what), what.size(), with);
 }
 
-/// Peak of the process's resident memory.
-long peakMebibytes(const QProcess& process) {
+/// Peak of the process's resident memory; sanitizers have their own on top.
+[[maybe_unused]] long peakMebibytes(const QProcess& process) {
   QFile status(QString("/proc/%1/status").arg(process.processId()));
   EXPECT_TRUE(status.open(QIODevice::ReadOnly));
   return QRegularExpression("VmHWM:\\s+(\\d+)").match(status.readAll()).captured(1).toLong() / 1024;
