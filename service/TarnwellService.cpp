@@ -21,24 +21,34 @@ namespace {
 
 constexpr ServiceResult resultOf(dsns__DesktopLoginEnumerators value) {
   switch (value) {
-  case dsns__DesktopLoginEnumerators__Success: return ResultOk;
-  case dsns__DesktopLoginEnumerators__NotAUser: return ResultNotAUser;
-  case dsns__DesktopLoginEnumerators__NotPremiumAccount: return ResultNotPremiumAccount;
+  case dsns__DesktopLoginEnumerators__Success:
+    return ResultOk;
+  case dsns__DesktopLoginEnumerators__NotAUser:
+    return ResultNotAUser;
+  case dsns__DesktopLoginEnumerators__NotPremiumAccount:
+    return ResultNotPremiumAccount;
   case dsns__DesktopLoginEnumerators__DbError:
-  case dsns__DesktopLoginEnumerators__None: break;
+  case dsns__DesktopLoginEnumerators__None:
+    break;
   }
   return ResultFailed;
 }
 
 constexpr ServiceResult resultOf(dsns__DesktopMapAccess value) {
   switch (value) {
-  case dsns__DesktopMapAccess__Success: return ResultOk;
-  case dsns__DesktopMapAccess__FileExists: return ResultFileExists;
-  case dsns__DesktopMapAccess__NoAccess: return ResultNoAccess;
-  case dsns__DesktopMapAccess__OngoingCollaboration: return ResultOngoingCollaboration;
-  case dsns__DesktopMapAccess__MapRemoved: return ResultMapRemoved;
+  case dsns__DesktopMapAccess__Success:
+    return ResultOk;
+  case dsns__DesktopMapAccess__FileExists:
+    return ResultFileExists;
+  case dsns__DesktopMapAccess__NoAccess:
+    return ResultNoAccess;
+  case dsns__DesktopMapAccess__OngoingCollaboration:
+    return ResultOngoingCollaboration;
+  case dsns__DesktopMapAccess__MapRemoved:
+    return ResultMapRemoved;
   case dsns__DesktopMapAccess__DbError:
-  case dsns__DesktopMapAccess__None: break;
+  case dsns__DesktopMapAccess__None:
+    break;
   }
   return ResultFailed;
 }
@@ -113,7 +123,8 @@ std::optional<QByteArray> contentOf(const QString& filePath) {
   return content;
 }
 
-/// Whether the system has no name for a user, which QFileInfo::owner() tells by an empty text, as it does when it fails.
+/// Whether the system has no name for a user, which QFileInfo::owner() tells by an empty text, as it does when it
+/// fails.
 bool isNameless(uint user) {
   passwd entry{}, *found = nullptr;
   char buffer[1024];
