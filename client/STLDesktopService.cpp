@@ -3,7 +3,7 @@
 #include "client/ContextObject.h"
 #include "protocol/Deployment.h"
 
-#include <cxxabi.h>
+#include <exception>
 #include <type_traits>
 
 namespace {
@@ -13,10 +13,8 @@ using Stub = int (*)(struct soap* soap, const char* endpoint, const char* action
 
 /// The sequence of every call: request and answer made in the context, `fill(request)`, the exchange, the answer's
 /// members copied to the caller, both messages deleted. The result that the answer points to stays in the context.
-/// A forced unwinding has no exception object: the reference to it is null.
 template <class Request, class Response, class Fill>
-[[gnu::no_sanitize("null")]] int call(const DesktopServiceSoap12& proxy, Stub<Request, Response> stub,
-                                      Response* response, Fill fill) {
+int call(const DesktopServiceSoap12& proxy, Stub<Request, Response> stub, Response* response, Fill fill) {
   if (!proxy.soap)
     return SOAP_EOM;
   try {
@@ -26,9 +24,9 @@ template <class Request, class Response, class Fill>
     const int code = stub(proxy.soap, proxy.soap_endpoint, nullptr, request.get(), answer.get());
     *response = *answer;
     return code;
-  } catch (const abi::__forced_unwind&) { // the thread is being cancelled
-    throw;
   } catch (...) {
+    if (!std::current_exception()) // the forced unwinding of a thread that is cancelled
+      throw;
     return -1;
   }
 }
