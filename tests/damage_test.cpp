@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <random>
@@ -114,14 +115,30 @@ TEST(Damage, FalseLengthsCostNothing) {
   }
 }
 
-TEST(Damage, PiecesOfAnySize) {
-  WireClient client;
-  for (const Arrival& arrival : arrivals()) {
-    client.reply = arrival.bytes;
-    client.piece = 0;
-    const std::string whole = arrival.call(client);
-    for (client.piece = 1; client.piece <= 64; ++client.piece)
-      EXPECT_EQ(whole, arrival.call(client)) << arrival.name << " in pieces of " << client.piece;
+// A DIME answer whose attachment is as long as its header says, or not.
+TEST(Damage, AttachmentsMayNotClaimMoreThanTheAnswerHas) {
+  const auto record = [](char flags, const char* type, const std::string& id, std::size_t size, std::string data) {
+    std::string bytes = {flags, type[0] == 'h' ? '\x20' : '\x10', 0, 0, 0, static_cast<char>(id.size()), 0, 0};
+    bytes[7] = static_cast<char>(std::strlen(type));
+    for (const int shift : {24, 16, 8, 0})
+      bytes += static_cast<char>(size >> shift);
+    for (std::string part : {id, std::string(type), std::move(data)})
+      bytes += part + std::string(-part.size() & 3, '\0');
+    return bytes;
+  };
+  const std::string xml = answer("<MapContent href=\"a\"/>");
+  for (const auto& [size, read] : {std::pair<std::size_t, const char*>(7, "2 login 2 {MapContent=7:content}"),
+                                   {0xFFFFFFFF, "error 32"},
+                                   {0x7FFFFFFF, "error 32"}}) {
+    WireClient client;
+    client.reply = reply(200,
+                         record(0x0c, "http://www.w3.org/2003/05/soap-envelope", "", xml.size(), xml) +
+                             record(0x0a, "text/plain", "a", size, "content"),
+                         "Content-Type: application/dime\r\n")
+                       .bytes;
+    const long before = memory().first;
+    EXPECT_EQ(read, client.content());
+    EXPECT_LT(memory().first - before, 100) << size;
   }
 }
 
