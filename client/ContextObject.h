@@ -3,6 +3,7 @@
 #pragma once
 
 #include "protocol/desktopservice.h"
+#include "protocol/soap/RuntimeInternals.h"
 
 #include <new>
 #include <utility>
@@ -17,7 +18,7 @@ public:
   ContextObject& operator=(const ContextObject&) = delete;
   ~ContextObject() {
     if (m_object)
-      remove();
+      tarnwell::deleteObject(m_soap, m_entry);
   }
 
   T* get() const { return m_object; }
@@ -31,19 +32,6 @@ private:
     if (void* object = tarnwell::instantiate(soap, -1, tarnwell::typeOf(T::number), nullptr))
       return static_cast<T*>(object);
     throw std::bad_alloc();
-  }
-
-  /// What soap_delete does, which would search all objects of the answer that stand before this one in the context's
-  /// list: here the first of them takes its entry. Owners that live longer are further down and keep theirs.
-  void remove() {
-    m_entry->fdelete(m_soap, m_entry);
-    soap_clist* const first = m_soap->clist;
-    m_soap->clist = first->next;
-    if (first != m_entry) {
-      first->next = m_entry->next;
-      *m_entry = *first;
-    }
-    SOAP_FREE(m_soap, first);
   }
 
   struct soap* m_soap;

@@ -1,6 +1,6 @@
 #include "client/DesktopServiceSoap12.h"
 
-#include "protocol/Block.h"
+#include "protocol/binding/BlockMemory.h"
 #include "protocol/Deployment.h"
 
 #include <sys/socket.h>

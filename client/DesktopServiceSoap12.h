@@ -25,6 +25,6 @@ public:
   virtual int __dsns4__##Name(_dsns__##Name* request, _dsns__##Name##Response* response) {                             \
     return soap ? soap_call___dsns4__##Name(soap, soap_endpoint, nullptr, request, response) : SOAP_EOM;               \
   }
-#include "protocol/Operations.inc"
+#include "protocol/schema/Operations.inc"
 #undef TARNWELL_OPERATION
 };

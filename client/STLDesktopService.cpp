@@ -2,6 +2,7 @@
 
 #include "client/ContextObject.h"
 #include "protocol/Deployment.h"
+#include "protocol/soap/RuntimeInternals.h"
 
 #include <exception>
 #include <type_traits>
@@ -51,7 +52,7 @@ int STLDesktopService::callAsUser(Stub stub, Response* response, Fill fill) {
 
 void STLDesktopService::releaseObjects() {
   struct soap* const soap = proxy.soap;
-  if (!soap || (!soap->clist && !soap->alist)) // the runtime's functions cost time also when there is nothing
+  if (!soap || !tarnwell::holdsAnything(soap)) // the runtime's functions cost time also when there is nothing
     return;
   static SOAP_ENV__Header carriedOver; // without members: never written
   const bool hasHeader = soap->header != nullptr;

@@ -9,8 +9,8 @@
 
 /// Every call takes a response owned by the caller, which gets the answer's result pointer (null when nothing was
 /// read; the result itself belongs to the context and lives until releaseObjects() or as long as the context) and its
-/// context. Every call returns the exchange's code: 0, the runtime's or a fault's code, 20 without a context, -1 after an
-/// exception. None throws; only the unwinding of a thread that is cancelled in a call passes through, as it must.
+/// context. Every call returns the exchange's code: 0, the runtime's or a fault's code, 20 without a context, -1 after
+/// an exception. None throws; only the unwinding of a thread that is cancelled in a call passes through, as it must.
 class STLDesktopService {
 public:
   STLDesktopService() = default;

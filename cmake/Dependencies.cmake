@@ -1,4 +1,7 @@
 find_package(Qt5 5.15 REQUIRED COMPONENTS Core)
+find_package(Qt5 5.15 REQUIRED COMPONENTS Network) # of the console host alone
+find_library(UNISTRING_LIBRARY unistring REQUIRED)
+find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)
 # The runtime's headers change meaning with macros: exactly the flags that its package names.
 pkg_check_modules(GSOAP REQUIRED gsoap++)

@@ -8,7 +8,86 @@ namespace tarnwell {
 
 namespace {
 
-const Argument mapArgument{"MAP", "A map's identifier, or its name if no other map has the same."};
+const Argument mapArgument{
+    "MAP", "A map's identifier or the first eight digits of it, or its name if no other map has the same."};
+const Argument mapArguments{"MAP...", "Maps, each by identifier or name."};
+
+QCommandLineOption option(const QStringList& names, const char* help, const char* valueName = "",
+                          const char* fallback = "") {
+  return {names, help, valueName, fallback};
+}
+
+CommandResult text(const QString& text) {
+  CommandResult result;
+  result.text = text;
+  result.data["help"] = text;
+  return result;
+}
+
+QString programHelp() {
+  QCommandLineParser parser;
+  parser.addOptions(generalOptions());
+  QString description = "Keeps mind maps on the map service.\n\nCommands:\n";
+  for (const Command& command : commands())
+    description += QString("  %1  %2\n").arg(command.name, -10).arg(command.summary);
+  description += "\nThe exit status is the result code: 0 success, 1 failure, 4 not a user, 5 not a premium account,\n"
+                 "6 already stored, 7 no access, 8 no such file, 9 ongoing collaboration, 10 map removed. Other\n"
+                 "statuses: 2 a command line that cannot be carried out, 3 a failure on this machine, 130 Ctrl-C.";
+  parser.setApplicationDescription(description);
+  parser.addPositionalArgument("COMMAND", "See above; 'tarnwell help COMMAND' tells more.", "COMMAND [arguments]");
+  return parser.helpText() + "\nExamples:\n  tarnwell list --user anna\n  tarnwell help save\n";
+}
+
+QString commandHelp(const Command& command) {
+  QCommandLineParser parser;
+  parser.addOptions(command.options);
+  parser.addOptions(generalOptions());
+  parser.setApplicationDescription(command.summary);
+  QString before = QString(command.name) + ' ';
+  for (const Argument& argument : command.arguments) {
+    parser.addPositionalArgument(argument.name, argument.help, before + argument.name);
+    before.clear();
+  }
+  if (command.arguments.empty())
+    parser.addPositionalArgument(command.name, command.summary);
+  QString help = parser.helpText() + "\nExamples:\n";
+  for (const QString& line : QString(command.examples).split('\n'))
+    help += "  tarnwell " + line + '\n';
+  return help;
+}
+
+const Command* findCommand(const QString& name) {
+  const auto found = std::find_if(commands().begin(), commands().end(),
+                                  [&name](const Command& command) { return name == command.name; });
+  return found == commands().end() ? nullptr : &*found;
+}
+
+CommandResult noCommand(const QString& name) {
+  return failure(UsageError, name.isEmpty() ? "no command given" : QString("there is no command %1").arg(quoted(name)));
+}
+
+CommandResult showHelp(CommandRun& run) {
+  const QString name = run.argument(0);
+  if (name.isEmpty())
+    return text(programHelp());
+  const Command* const command = findCommand(name);
+  return command == nullptr ? noCommand(name) : text(commandHelp(*command));
+}
+
+/// Why `count` positional arguments do not fit, or an empty text.
+QString wrongCount(const Command& command, int count) {
+  const auto has = [](char mark) {
+    return [mark](const Argument& argument) { return strchr(argument.name, mark) != nullptr; };
+  };
+  const std::vector<Argument>& arguments = command.arguments;
+  const auto optional = static_cast<int>(std::count_if(arguments.begin(), arguments.end(), has('[')));
+  const auto most = static_cast<int>(arguments.size());
+  if (count > most && std::none_of(arguments.begin(), arguments.end(), has('.')))
+    return "too many arguments";
+  return count < most - optional ? QString("%1 is missing").arg(arguments[static_cast<size_t>(count)].name) : QString();
+}
+
+} // namespace
 
 const std::vector<Command>& commands() {
   static const std::vector<Command> table{
@@ -16,23 +95,32 @@ const std::vector<Command>& commands() {
       {"list",
        "List the user's maps with the sizes of their previews.",
        {},
-       {{"lite", "Leave out the previews; faster."}, {"published", "Ask the service for published maps."}},
-       "list --user anna\nlist --user anna --lite --json",
+       {option({"lite"}, "Leave out the previews; faster."),
+        option({"published"}, "Ask the service for published maps."),
+        option({"format"}, "table, which fits the terminal, or tsv: a line per map, cells separated by tabulators.",
+               "FORMAT", "table")},
+       "list --user anna\nlist --user anna --lite --json\nlist --format tsv | cut -f 1",
        listMaps},
       {"get",
-       "Download a map's content, to standard output or a file.",
-       {mapArgument},
-       {{{"o", "output"}, "Write to this file, which is replaced whole or not at all; - is standard output.", "FILE"}},
-       "get --user anna Goals -o goals.twlx\nget --user anna 67c8770b-44f1-410a-ab9a-f9b5446f13ee > goals.twlx",
-       getMap},
+       "Download maps: one to standard output or a file, several into a folder.",
+       {{"[MAP...]", mapArguments.help}},
+       {option({"o", "output"},
+               "Write to this file, which is replaced whole or not at all, or into this folder, each map as NAME.twlx; "
+               "- is standard output.",
+               "FILE"),
+        option({"all"}, "Download all maps of the user.")},
+       "get --user anna Goals -o goals.twlx\nget 67c8770b > goals.twlx\nget --all -o backup",
+       getMaps},
       {"save",
        "Upload a file as a new map, or over one that is stored.",
        {{"FILE", "The map file."}, {"[MAP]", "The stored map to overwrite, by identifier or name; then see --force."}},
-       {{"name", "The map's name. Without this option: the file's name, or that of the map overwritten.", "NAME"},
-        {"thumbnail", "Preview image. Without this option the stored map has none.", "FILE"},
-        {"description", "The map's description. Without this option that of the map overwritten stays.", "TEXT"},
-        {"published", "Publish the map. Without this option a map overwritten stays as it is."},
-        {"force", "Overwrite what is stored."}},
+       {option({"name"}, "The map's name. Default: that of the map overwritten, or the file's.", "NAME"),
+        option({"thumbnail"}, "Preview image. Default: that of the map overwritten stays.", "FILE"),
+        option({"no-thumbnail"}, "Store no preview image."),
+        option({"description"}, "The map's description. Default: that of the map overwritten stays.", "TEXT"),
+        option({"published"}, "Publish the map. Default: a map overwritten stays as it is."),
+        option({"unpublished"}, "Do not publish the map."),
+        option({"force"}, "Overwrite the stored map: MAP, or the one of the same name.")},
        "save --user anna goals.twlx --thumbnail goals.png\nsave --user anna goals.twlx Goals --force",
        saveMap},
       {"rename",
@@ -41,12 +129,17 @@ const std::vector<Command>& commands() {
        {},
        "rename --user anna Goals 'Goals of May'",
        renameMap},
-      {"delete", "Remove a map from the service.", {mapArgument}, {}, "delete --user anna 'Goals of May'", deleteMap},
+      {"delete",
+       "Remove maps from the service.",
+       {mapArguments},
+       {},
+       "delete --user anna 'Goals of May'\ndelete 67c8770b 5b548e0c",
+       deleteMaps},
       {"updates",
        "Ask for a newer setup than the installed one; no login.",
        {{"VERSION", "The installed version."}},
-       {{"live-update-type", "Kind of live update, a number of the service's own; 0 without this option.", "N"},
-        {"application-type", "Kind of application: asks with the extended check.", "N"}},
+       {option({"live-update-type"}, "Kind of live update, a number that the service defines. Default: 0.", "N"),
+        option({"application-type"}, "Kind of application: asks with the extended check.", "N")},
        "updates 4.1.2\nupdates 4.1.2 --live-update-type 1 --application-type 2",
        checkForUpdates},
       {"report",
@@ -57,115 +150,63 @@ const std::vector<Command>& commands() {
        sendReport},
       {"gallery",
        "Make a page of the maps' previews to look at in a browser.",
-       {{"OUT.html", "The file to write; it needs no other. - is standard output."}},
-       {{"published", "Ask the service for published maps."}},
+       {{"FILE", "The HTML file to write; it needs no other. - is standard output."}},
+       {option({"published"}, "Ask the service for published maps.")},
        "gallery --user anna maps.html",
        makeGallery},
+      {"config",
+       "Show the settings and where they are from: options, profile, environment, configuration file.",
+       {},
+       {},
+       "config\nconfig --profile work",
+       showConfiguration},
+      {"completion",
+       "Print a completion script for a shell.",
+       {{"SHELL", "bash, zsh or fish."}},
+       {},
+       "completion bash > ~/.local/share/bash-completion/completions/tarnwell",
+       showCompletion},
+      {"help", "Show the help for a command.", {{"[COMMAND]", "The command."}}, {}, "help save", showHelp},
   };
   return table;
 }
 
-const QList<QCommandLineOption>& generalOptions() {
-  static const QList<QCommandLineOption> options{
-      {"json", "Print one JSON document for programs, also after a failure."},
-      {{"h", "help"}, "Show this help, or with a command the command's."},
-      {{"v", "version"}, "Show the version."},
-  };
-  return options;
+QList<QCommandLineOption> generalOptions() {
+  return settingOptions() + QList<QCommandLineOption>{
+                                option({"json"}, "Print one JSON document for programs, also after a failure."),
+                                option({"h", "help"}, "Show this help, or with a command the command's."),
+                                option({"v", "version"}, "Show the version."),
+                            };
 }
 
-void addOptions(QCommandLineParser& parser, const Command* command) {
-  if (command != nullptr)
-    parser.addOptions(command->options);
-  parser.addOptions(connectionOptions());
-  parser.addOptions(generalOptions());
-}
-
-QString examplesOf(const Command& command) {
-  QString text = "\nExamples:\n";
-  for (const QString& line : QString(command.examples).split('\n'))
-    text += "  tarnwell " + line + '\n';
-  return text;
-}
-
-Outcome help(const QString& text) {
-  Outcome outcome;
-  outcome.text = text;
-  outcome.data["help"] = text;
-  return outcome;
-}
-
-Outcome programHelp(QCommandLineParser& parser) {
-  QString description = "Keeps mind maps on the map service.\n\nCommands:\n";
-  for (const Command& command : commands())
-    description += QString("  %1  %2\n").arg(command.name, -8).arg(command.summary);
-  description += "\nThe exit status is the result code: 0 success, 1 failure, 4 not a user, 5 not a premium account,\n"
-                 "6 already stored, 7 no access, 8 no such file, 9 ongoing collaboration, 10 map removed; beside\n"
-                 "these 2 for a command that cannot be carried out as given and 3 for a failure on this machine.";
-  parser.setApplicationDescription(description);
-  parser.addPositionalArgument("COMMAND", "See above; 'tarnwell COMMAND --help' tells more.", "COMMAND [arguments]");
-  return help(parser.helpText() + "\nExamples:\n  tarnwell list --user anna\n  tarnwell save --help\n");
-}
-
-Outcome commandHelp(QCommandLineParser& parser, const Command& command) {
-  parser.setApplicationDescription(command.summary);
-  QString before = QString(command.name) + ' ';
-  for (const Argument& argument : command.arguments) {
-    parser.addPositionalArgument(argument.name, argument.help, before + argument.name);
-    before.clear();
-  }
-  if (command.arguments.empty())
-    parser.addPositionalArgument(command.name, command.summary);
-  return help(parser.helpText() + examplesOf(command));
-}
-
-/// Why `count` positional arguments do not fit, or an empty text.
-QString wrongCount(const Command& command, int count) {
-  const auto isOptional = [](const Argument& argument) { return argument.name[0] == '['; };
-  const auto optional = std::count_if(command.arguments.begin(), command.arguments.end(), isOptional);
-  const auto most = static_cast<int>(command.arguments.size());
-  if (count > most)
-    return "too many arguments";
-  const int least = most - static_cast<int>(optional);
-  return count < least ? QString("%1 is missing").arg(command.arguments[static_cast<size_t>(count)].name) : QString();
-}
-
-Outcome run(const Command& command, const QStringList& commandLine) {
-  QCommandLineParser parser;
-  addOptions(parser, &command);
-  const bool isParsed = parser.parse(commandLine);
-  if (parser.isSet("help"))
-    return commandHelp(parser, command);
-  const QString advice = QString("see 'tarnwell %1 --help'").arg(command.name);
-  if (!isParsed)
-    return failure(UsageError, printable(parser.errorText()), advice);
-  const QStringList arguments = parser.positionalArguments().mid(1);
-  const QString wrong = wrongCount(command, arguments.size());
-  if (!wrong.isEmpty())
-    return failure(UsageError, wrong, advice);
-  Session session(parser, arguments);
-  return command.run(session);
-}
-
-} // namespace
-
-Outcome runCommandLine(const QStringList& commandLine, QString& command) {
+CommandResult runCommandLine(const QStringList& commandLine, QString& command) {
   // The command comes first but for general options, so that options of its own cannot confuse the search for it.
   QCommandLineParser parser;
-  addOptions(parser, nullptr);
-  parser.parse(commandLine);
+  parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions); // -dash is no -h
+  parser.addOptions(generalOptions());
+  bool isParsed = parser.parse(commandLine);
   command = parser.positionalArguments().value(0);
-  for (const Command& candidate : commands()) {
-    if (command == candidate.name)
-      return run(candidate, commandLine);
+  const Command* const found = findCommand(command);
+  if (found != nullptr) {
+    parser.addOptions(found->options);
+    isParsed = parser.parse(commandLine);
   }
-  if (parser.isSet("version"))
-    return help(QString("tarnwell %1\n").arg(TARNWELL_VERSION));
+  const QString advice = found == nullptr ? QString() : QString("see 'tarnwell help %1'").arg(command);
+  if (!isParsed && (found != nullptr || command.isEmpty()))
+    return failure(UsageError, printable(parser.errorText()), advice);
+  if (found == nullptr && !command.isEmpty())
+    return noCommand(command);
   if (parser.isSet("help"))
-    return programHelp(parser);
-  if (command.isEmpty())
-    return failure(UsageError, "no command given");
-  return failure(UsageError, QString("there is no command %1").arg(quoted(command)));
+    return text(found == nullptr ? programHelp() : commandHelp(*found));
+  if (parser.isSet("version"))
+    return text(QString("tarnwell %1\n").arg(TARNWELL_VERSION));
+  if (found == nullptr)
+    return noCommand(command);
+  const QString wrong = wrongCount(*found, parser.positionalArguments().size() - 1);
+  if (!wrong.isEmpty())
+    return failure(UsageError, wrong, advice);
+  CommandRun run(parser, parser.positionalArguments());
+  return found->run(run);
 }
 
 } // namespace tarnwell

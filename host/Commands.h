@@ -1,14 +1,14 @@
 // The commands: one table, from which the help, the reading of the command line and the call follow. One thread.
 #pragma once
 
-#include "host/Session.h"
+#include "host/CommandRun.h"
 
 #include <vector>
 
 namespace tarnwell {
 
 struct Argument {
-  /// As the help shows it; in brackets when it may be left out.
+  /// As the help shows it: in brackets when it may be left out, with dots when it may be repeated.
   const char* name;
   const char* help;
 };
@@ -20,20 +20,27 @@ struct Command {
   QList<QCommandLineOption> options;
   /// What follows the program's name, one per line.
   const char* examples;
-  Outcome (*run)(Session&);
+  CommandResult (*run)(CommandRun&);
 };
 
-/// Runs the command line, program name first, `command` taking the command's name for the showing of the outcome.
-[[nodiscard]] Outcome runCommandLine(const QStringList& commandLine, QString& command);
+[[nodiscard]] const std::vector<Command>& commands();
 
-Outcome logIn(Session& session);
-Outcome listMaps(Session& session);
-Outcome getMap(Session& session);
-Outcome saveMap(Session& session);
-Outcome renameMap(Session& session);
-Outcome deleteMap(Session& session);
-Outcome makeGallery(Session& session);
-Outcome checkForUpdates(Session& session);
-Outcome sendReport(Session& session);
+/// The options of every command.
+[[nodiscard]] QList<QCommandLineOption> generalOptions();
+
+/// Runs the command line, program name first, and sets `command` to the command's name.
+[[nodiscard]] CommandResult runCommandLine(const QStringList& commandLine, QString& command);
+
+CommandResult logIn(CommandRun& run);
+CommandResult listMaps(CommandRun& run);
+CommandResult getMaps(CommandRun& run);
+CommandResult saveMap(CommandRun& run);
+CommandResult renameMap(CommandRun& run);
+CommandResult deleteMaps(CommandRun& run);
+CommandResult makeGallery(CommandRun& run);
+CommandResult checkForUpdates(CommandRun& run);
+CommandResult sendReport(CommandRun& run);
+CommandResult showConfiguration(CommandRun& run);
+CommandResult showCompletion(CommandRun& run);
 
 } // namespace tarnwell

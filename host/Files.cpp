@@ -5,31 +5,95 @@
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QSaveFile>
+#include <csignal>
+#include <unistd.h>
 
 namespace tarnwell {
 
-Outcome readFile(const QString& file, QByteArray& bytes) {
+namespace {
+
+/// What fits into a QByteArray.
+constexpr qint64 mostBytes = 2147483000;
+
+CommandResult readFailure(const QString& file, const QString& reason) {
+  return failure(LocalError, QString("cannot read %1: %2").arg(quoted(file), reason), "check the file");
+}
+
+bool writeWhole(QFileDevice& target, const QByteArray& bytes) {
+  // Flushed here: the system's refusal would otherwise come when the file is closed, which nobody tells.
+  return target.write(bytes) == bytes.size() && target.flush();
+}
+
+} // namespace
+
+CommandResult readFile(const QString& file, QByteArray& bytes) {
   QFile source(file);
   if (!source.open(QIODevice::ReadOnly))
-    return failure(LocalError, QString("cannot read %1: %2").arg(quoted(file), source.errorString()), "check the path");
-  bytes = source.readAll();
+    return readFailure(file, source.errorString());
+  if (source.size() > mostBytes)
+    return readFailure(file, "it is larger than 2 GiB");
+  QByteArray content = source.readAll();
+  if (source.error() != QFileDevice::NoError)
+    return readFailure(file, source.errorString());
+  bytes.swap(content);
   return {};
 }
 
-Outcome deliver(Outcome outcome, const QString& file, const QByteArray& bytes) {
-  if (file == "-") {
-    // Never null, so that an empty map is shown as empty content.
-    outcome.bytes = bytes.isNull() ? QByteArray("") : bytes;
-    return outcome;
+CommandResult checkMapFile(const QString& file, qint64& size) {
+  const QFileInfo info(file);
+  if (!info.exists() || info.isDir())
+    return failure(ResultNoSuchFile, QString("cannot save %1").arg(quoted(file)));
+  if (!info.isFile())
+    return readFailure(file, "it is not a regular file");
+  QFile source(file);
+  if (!source.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+    return readFailure(file, source.errorString());
+  if (source.size() > mostBytes)
+    return readFailure(file, "a map of more than 2 GiB cannot be saved");
+  QByteArray piece(1 << 20, Qt::Uninitialized);
+  qint64 count = 0;
+  for (size = 0; (count = source.read(piece.data(), piece.size())) > 0; size += count) {
+  }
+  return source.error() == QFileDevice::NoError ? CommandResult() : readFailure(file, source.errorString());
+}
+
+CommandResult writeFile(const QString& file, const QByteArray& bytes) {
+  const auto failed = [&file](const QString& reason) {
+    return failure(LocalError, QString("cannot write %1: %2").arg(quoted(file), reason));
+  };
+  const QFileInfo existing(file);
+  if (existing.exists() && !existing.isFile() && !existing.isDir()) {
+    std::signal(SIGPIPE, SIG_IGN); // a reader that leaves is a failed write
+    QFile pipe(file);
+    return pipe.open(QIODevice::WriteOnly) && writeWhole(pipe, bytes) ? CommandResult() : failed(pipe.errorString());
   }
   QSaveFile target(file);
-  // A device or a pipe cannot be replaced, only written to.
-  const QFileInfo existing(file);
-  target.setDirectWriteFallback(existing.exists() && !existing.isFile());
-  if (!target.open(QIODevice::WriteOnly) || target.write(bytes) != bytes.size() || !target.commit())
-    return failure(LocalError, QString("cannot write %1: %2").arg(quoted(file), target.errorString()));
-  outcome.data["file"] = file;
-  return outcome;
+  if (!target.open(QIODevice::WriteOnly) || !writeWhole(target, bytes))
+    return failed(target.errorString());
+  if (fsync(target.handle()) != 0)
+    return failed(qt_error_string());
+  return target.commit() ? CommandResult() : failed(target.errorString());
+}
+
+CommandResult writeOutput(CommandResult result, const QString& file, const QByteArray& bytes) {
+  if (file == "-") {
+    // Never null, so that an empty map is shown as empty content.
+    result.bytes = bytes.isNull() ? QByteArray("") : bytes;
+    return result;
+  }
+  CommandResult written = writeFile(file, bytes);
+  if (written.failed())
+    return written;
+  result.data["file"] = file;
+  return result;
+}
+
+QString fileNameFor(const QString& name) {
+  constexpr int longest = 60; // UTF-16 units: at most 180 bytes of the 255 that file systems take
+  QString safe = printable(name).replace('/', '_').left(longest).trimmed();
+  if (safe.startsWith('.'))
+    safe.replace(0, 1, '_');
+  return safe.isEmpty() ? QString("unnamed") : safe;
 }
 
 } // namespace tarnwell

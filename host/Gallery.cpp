@@ -3,40 +3,27 @@
 #include "host/Listing.h"
 #include "host/Text.h"
 
+#include <QtCore/QMimeDatabase>
+#include <QtCore/QStringList>
 #include <algorithm>
 
 namespace tarnwell {
 
 namespace {
 
-struct ImageKind {
-  /// How the file begins.
-  QByteArray magic;
-  const char* type;
-};
-
-/// The media type of `image` by its first bytes; null for what no browser shows.
-const char* imageType(const QByteArray& image) {
-  static const ImageKind kinds[] = {
-      {QByteArrayLiteral("\x89PNG\r\n\x1a\n"), "image/png"},
-      {QByteArrayLiteral("\xff\xd8\xff"), "image/jpeg"},
-      {QByteArrayLiteral("GIF8"), "image/gif"},
-      {QByteArrayLiteral("BM"), "image/bmp"},
-      {QByteArrayLiteral("RIFF"), "image/webp"},
-  };
-  for (const ImageKind& kind : kinds) {
-    if (image.startsWith(kind.magic))
-      return kind.type;
-  }
-  return nullptr;
+/// The media type of `image` by its content; empty for what not every browser shows.
+QString imageType(const QByteArray& image) {
+  static const QStringList shown{"image/png", "image/jpeg", "image/gif", "image/bmp", "image/webp"};
+  const QString type = QMimeDatabase().mimeTypeForData(image).name();
+  return shown.contains(type) ? type : QString();
 }
 
 QString escaped(const QString& text) { return printable(text).toHtmlEscaped(); }
 
 QString previewOf(const MapInfo& map) {
   const QByteArray image = map.mapThumbnail();
-  const char* type = imageType(image);
-  if (type != nullptr)
+  const QString type = imageType(image);
+  if (!type.isEmpty())
     return QString(R"(<img alt="" src="data:%1;base64,%2">)").arg(type, QString::fromLatin1(image.toBase64()));
   const QVector<uint> letters = printable(map.mapName()).trimmed().toUpper().toUcs4();
   const QString initial = letters.isEmpty() ? QString("?") : QString::fromUcs4(letters.constData(), 1);

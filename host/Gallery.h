@@ -1,4 +1,4 @@
-// A page of the maps' previews, for people who would rather look than read. Pure function, any thread.
+// An HTML page of the maps' previews. Pure function, any thread.
 #pragma once
 
 #include "service/MapInfo.h"

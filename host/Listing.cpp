@@ -3,7 +3,8 @@
 #include "host/Text.h"
 
 #include <QtCore/QStringList>
-#include <unistd.h>
+#include <algorithm>
+#include <numeric>
 
 namespace tarnwell {
 
@@ -17,10 +18,63 @@ QJsonValue versionToJson(float version) {
   return QString::number(static_cast<double>(version), 'g', 7).toDouble();
 }
 
-QString cell(const QString& text, int columns) {
-  const QString safe = printable(text);
-  return isatty(STDOUT_FILENO) != 0 ? shortened(safe, columns) : safe;
+struct Column {
+  QString heading;
+  QStringList cells;
+  /// The columns of the terminal that it needs: its widest cell; at least this many when cells may be cut.
+  int least = 0;
+  /// The lower, the earlier it is left out when there is no room; 0 for never.
+  int rank = 0;
+  bool isRight = false;
+  int width = 0;
+};
+
+constexpr int gap = 2;
+
+int totalWidth(const QList<Column>& columns) {
+  return std::accumulate(columns.begin(), columns.end(), -gap,
+                         [](int sum, const Column& column) { return sum + gap + column.width; });
 }
+
+void measure(Column& column) {
+  column.width = displayWidth(column.heading);
+  for (const QString& cell : column.cells)
+    column.width = std::max(column.width, displayWidth(cell));
+}
+
+/// Makes columns narrower, and leaves out what has no room even then.
+void fit(QList<Column>& columns, int width) {
+  std::for_each(columns.begin(), columns.end(), measure);
+  for (int i = columns.size() - 1; i >= 0; i--) { // names at last
+    Column& column = columns[i];
+    const int surplus = totalWidth(columns) - width;
+    if (column.least > 0 && surplus > 0)
+      column.width = std::max(std::min(column.least, column.width), column.width - surplus);
+  }
+  if (totalWidth(columns) <= width)
+    return;
+  const auto first = std::min_element(columns.begin(), columns.end(), [](const Column& left, const Column& right) {
+    return left.rank != 0 && (right.rank == 0 || left.rank < right.rank);
+  });
+  if (first->rank == 0)
+    return;
+  columns.erase(first);
+  fit(columns, width);
+}
+
+QString lineOf(const QList<Column>& columns, int row) {
+  QString line;
+  for (const Column& column : columns) {
+    const QString& text = row < 0 ? column.heading : column.cells[row];
+    line += padded(shortened(text, column.width), column.width + (column.isRight ? 0 : gap), column.isRight) +
+            (column.isRight ? QString(gap, ' ') : QString());
+  }
+  while (line.endsWith(' '))
+    line.chop(1);
+  return line + '\n';
+}
+
+QString isoDate(const MapInfo& map) { return map.mapModificationDate().toUTC().toString(Qt::ISODate); }
 
 } // namespace
 
@@ -34,29 +88,53 @@ QString mapCount(const QList<MapInfo>& maps) {
   return maps.size() == 1 ? QString("1 map") : QString("%1 maps").arg(maps.size());
 }
 
-QString mapTable(const QList<MapInfo>& maps, bool hasPreviews) {
-  constexpr int previewColumn = 4;
-  QStringList headings{"NAME", "AUTHOR", "MODIFIED", "PUBLISHED"};
-  if (hasPreviews)
-    headings += "PREVIEW";
-  QList<QStringList> rows{headings << "IDENTIFIER"};
+QString mapTable(const QList<MapInfo>& maps, bool hasPreviews, int width) {
+  enum { Name, Author, Modified, Published, Preview, Identifier };
+  QList<Column> columns{{"NAME", {}, 12},        {"AUTHOR", {}, 8, 1},        {"MODIFIED", {}, 0, 4},
+                        {"PUBLISHED", {}, 0, 3}, {"PREVIEW", {}, 0, 2, true}, {"IDENTIFIER", {}}};
   for (const MapInfo& map : maps) {
-    QStringList row{cell(map.mapName(), 32), cell(map.mapAuthor(), 16), localDate(map.mapModificationDate()),
-                    map.mapPublished() ? "yes" : "no"};
-    if (hasPreviews)
-      row += map.mapThumbnail().isEmpty() ? QString("-") : humanSize(map.mapThumbnail().size());
-    rows += row << map.mapID().toString(QUuid::WithoutBraces);
+    columns[Name].cells += printable(map.mapName());
+    columns[Author].cells += printable(map.mapAuthor());
+    columns[Modified].cells += localDate(map.mapModificationDate());
+    columns[Published].cells += map.mapPublished() ? "yes" : "no";
+    columns[Preview].cells += map.mapThumbnail().isEmpty() ? "-" : humanSize(map.mapThumbnail().size());
+    columns[Identifier].cells += map.mapID().toString(QUuid::WithoutBraces);
   }
-  return table(rows, hasPreviews ? previewColumn : -1);
+  if (!hasPreviews)
+    columns.removeAt(Preview);
+  std::for_each(columns.begin(), columns.end(), measure);
+  if (width > 0 && totalWidth(columns) > width) {
+    constexpr int digits = 8;
+    Column& identifier = columns.last();
+    identifier.heading = "ID";
+    std::for_each(identifier.cells.begin(), identifier.cells.end(), [](QString& cell) { cell.truncate(digits); });
+    fit(columns, width);
+  }
+  QString text;
+  for (int row = -1; row < maps.size(); row++)
+    text += lineOf(columns, row);
+  return text;
+}
+
+QString mapTabSeparated(const QList<MapInfo>& maps, bool hasPreviews) {
+  const QString previewHeading = hasPreviews ? "preview\t" : "";
+  QString text = "name\tauthor\tmodified\tpublished\t" + previewHeading + "identifier\n";
+  for (const MapInfo& map : maps) {
+    QStringList cells{printable(map.mapName()), printable(map.mapAuthor()), isoDate(map),
+                      map.mapPublished() ? "yes" : "no"};
+    if (hasPreviews)
+      cells += QString::number(map.mapThumbnail().size());
+    text += (cells << map.mapID().toString(QUuid::WithoutBraces)).join('\t') + '\n';
+  }
+  return text;
 }
 
 QJsonObject mapToJson(const MapInfo& map, bool hasPreview) {
-  const QDateTime modified = map.mapModificationDate();
   QJsonObject object{{"id", map.mapID().toString(QUuid::WithoutBraces)},
                      {"name", map.mapName()},
                      {"author", map.mapAuthor()},
                      {"description", map.mapDescription()},
-                     {"modified", modified.isValid() ? modified.toUTC().toString(Qt::ISODate) : QJsonValue()},
+                     {"modified", map.mapModificationDate().isValid() ? isoDate(map) : QJsonValue()},
                      {"published", map.mapPublished()},
                      {"version", versionToJson(map.version())},
                      {"twlx", map.isTWLX()}};

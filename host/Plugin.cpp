@@ -14,7 +14,7 @@ namespace {
 constexpr char factorySymbol[] = "_Z14serviceFactoryv";
 constexpr char pluginName[] = "libtarnwell.so";
 /// From the folder of the executable: the build tree, then installations.
-constexpr const char* pluginFolders[] = {".", "../lib/tarnwell", "../lib"};
+constexpr const char* pluginFolders[] = {".", TARNWELL_PLUGIN_FOLDER, "../lib"};
 
 QString findPlugin() {
   const QDir here(QCoreApplication::applicationDirPath());
@@ -28,7 +28,7 @@ QString findPlugin() {
 
 } // namespace
 
-Outcome loadPlugin(const QString& file, std::unique_ptr<ITarnwellService>& service) {
+CommandResult loadPlugin(const QString& file, std::unique_ptr<ITarnwellService>& service) {
   // An absolute path: a bare name would be looked for along the system's library path.
   const QString path = file.isEmpty() ? findPlugin() : QFileInfo(file).absoluteFilePath();
   if (path.isEmpty())

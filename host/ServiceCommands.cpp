@@ -4,69 +4,99 @@
 #include "host/Text.h"
 
 #include <QtCore/QFileInfo>
+#include <QtCore/QJsonArray>
 
 namespace tarnwell {
 
-Outcome logIn(Session& session) {
-  Outcome outcome = session.logIn();
-  if (outcome.failed())
-    return outcome;
-  outcome.message = QString("logged in as %1").arg(quoted(session.value("user")));
-  outcome.data["user"] = session.value("user");
-  return outcome;
+CommandResult logIn(CommandRun& run) {
+  CommandResult result = run.logIn();
+  if (result.failed())
+    return result;
+  result.message = QString("logged in as %1").arg(quoted(run.user()));
+  result.data["user"] = run.user();
+  return result;
 }
 
-Outcome checkForUpdates(Session& session) {
+CommandResult checkForUpdates(CommandRun& run) {
   int liveUpdate = 0;
   int application = 0;
-  Outcome outcome = session.number("live-update-type", liveUpdate);
-  if (!outcome.failed())
-    outcome = session.number("application-type", application);
-  if (!outcome.failed())
-    outcome = session.open();
-  if (outcome.failed())
-    return outcome;
-  const QString version = session.argument(0);
+  CommandResult result = run.number("live-update-type", liveUpdate);
+  if (!result.failed())
+    result = run.number("application-type", application);
+  if (!result.failed())
+    result = run.open();
+  if (result.failed())
+    return result;
+  const QString version = run.argument(0);
   QString newest;
   QString url;
-  const bool isOffered = session.during("asking for updates", [&](ITarnwellService& service) {
-    const bool offered = session.isSet("application-type")
-                             ? service.checkForUpdatesExtended(version, liveUpdate, application)
-                             : service.checkForUpdates(version, liveUpdate);
-    newest = service.getSetupVersion();
-    url = service.getSetupUrl();
-    return offered;
-  });
-  if (!isOffered) {
+  result = run.perform({"asking for updates", "CheckDesktopVersion", "cannot ask for updates"},
+                       [&](ITarnwellService& service) {
+                         const bool isOffered = run.isSet("application-type")
+                                                    ? service.checkForUpdatesExtended(version, liveUpdate, application)
+                                                    : service.checkForUpdates(version, liveUpdate);
+                         newest = service.getSetupVersion();
+                         url = service.getSetupUrl();
+                         return isOffered ? ResultOk : ResultFailed;
+                       });
+  if (run.isServiceAnswering()) {
     return failure(ResultFailed, QString("no newer setup than %1 is offered").arg(quoted(version)),
-                   "if the service should know of one, check --endpoint, the network and --proxy");
+                   "nothing, unless you know of a newer one: then ask those who run the service");
   }
-  outcome.message = QString("setup %1 is offered").arg(quoted(newest));
-  outcome.text = QString("%1  %2\n").arg(printable(newest), printable(url));
-  outcome.data = {{"version", newest}, {"url", url}};
-  return outcome;
+  if (result.failed())
+    return result;
+  result.message = QString("setup %1 is offered").arg(quoted(newest));
+  result.text = QString("%1  %2\n").arg(printable(newest), printable(url));
+  result.data = {{"version", newest}, {"url", url}};
+  return result;
 }
 
-Outcome sendReport(Session& session) {
-  const QString fileName = session.argument(2);
+CommandResult sendReport(CommandRun& run) {
+  const QString fileName = run.argument(2);
   QByteArray attachment;
-  if (!fileName.isEmpty()) {
-    Outcome read = readFile(fileName, attachment);
-    if (read.failed())
-      return read;
+  CommandResult result = fileName.isEmpty() ? CommandResult() : readFile(fileName, attachment);
+  if (!result.failed())
+    result = run.open();
+  if (result.failed())
+    return result;
+  // The check of a failed call asks for the version: an empty report could be kept.
+  result = run.perform(
+      {"sending the report", "CheckDesktopVersion", "cannot send the report"},
+      [&](ITarnwellService& service) {
+        const QString attachedName = QFileInfo(fileName).fileName();
+        return service.sendCrashReport(run.argument(0), run.argument(1), attachedName, attachment) ? ResultOk
+                                                                                                   : ResultFailed;
+      },
+      qint64{attachment.size()} / 3 * 4);
+  if (result.failed())
+    return result;
+  result.message = QString("sent the report with %1 attached").arg(humanSize(attachment.size()));
+  result.data["attachedBytes"] = attachment.size();
+  return result;
+}
+
+CommandResult showConfiguration(CommandRun& run) {
+  Settings settings;
+  CommandResult result = run.settings(settings);
+  if (result.failed())
+    return result;
+  QJsonArray rows;
+  int width = 0;
+  for (const Setting& setting : settings.all)
+    width = std::max(width, displayWidth(setting.name));
+  for (const Setting& setting : settings.all) {
+    const QString shown =
+        setting.name == "endpoint" || setting.name == "proxy" ? withoutUserInfo(setting.value) : setting.value;
+    result.text += padded(setting.name, width, false) + "  " + printable(shown.isEmpty() ? QString("-") : shown);
+    result.text += setting.origin.isEmpty() ? "\n" : QString("  (%1)\n").arg(printable(setting.origin));
+    rows += QJsonObject{{"name", setting.name}, {"value", shown}, {"origin", setting.origin}};
   }
-  Outcome outcome = session.open();
-  if (outcome.failed())
-    return outcome;
-  const bool isTaken = session.during("sending the report", [&](ITarnwellService& service) {
-    return service.sendCrashReport(session.argument(0), session.argument(1), QFileInfo(fileName).fileName(),
-                                   attachment);
-  });
-  if (!isTaken)
-    return failure(ResultFailed, "the report was not sent");
-  outcome.message = QString("sent the report with %1 attached").arg(humanSize(attachment.size()));
-  outcome.data["attachedBytes"] = attachment.size();
-  return outcome;
+  result.text += QString("\nconfiguration file: %1%2\n")
+                     .arg(printable(settings.file), QFileInfo::exists(settings.file) ? "" : " (does not exist)");
+  result.text += QString("profiles: %1\n").arg(printable(settings.profiles.join(", ")));
+  result.data = {
+      {"settings", rows}, {"file", settings.file}, {"profiles", QJsonArray::fromStringList(settings.profiles)}};
+  return result;
 }
 
 } // namespace tarnwell

@@ -20,14 +20,12 @@ namespace tarnwell {
 
 /// Columns that `text` takes on a terminal: wide characters two, combining marks none.
 [[nodiscard]] int displayWidth(const QString& text);
-/// `text`, cut to `columns` with an ellipsis when it is wider.
+/// `text`, cut between two characters to `columns`, with an ellipsis, when it is wider.
 [[nodiscard]] QString shortened(const QString& text, int columns);
+/// `text` with blanks up to `columns`, behind it or before it.
+[[nodiscard]] QString padded(const QString& text, int columns, bool isRight);
 
-/// Rows of cells as aligned columns two blanks apart, a line each, the first row the headings. `rightAligned` names the
-/// column of figures, -1 for none.
-[[nodiscard]] QString table(const QList<QStringList>& rows, int rightAligned);
-
-/// "512 B", "24.3 KiB", "1.0 GiB".
+/// "512 bytes", "24.3 KiB", "1.0 GiB".
 [[nodiscard]] QString humanSize(qint64 bytes);
 /// Local time to the minute, or "-" for an invalid date.
 [[nodiscard]] QString localDate(const QDateTime& date);

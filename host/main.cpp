@@ -3,6 +3,7 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QTextCodec>
+#include <csignal>
 
 int main(int argc, char** argv) {
   // Arguments and file names are UTF-8 whatever the locale says: with LANG=C, Qt 5 would lose all but ASCII.
@@ -10,6 +11,9 @@ int main(int argc, char** argv) {
   const QCoreApplication application(argc, argv);
   const QStringList commandLine = QCoreApplication::arguments();
   QString command;
-  const tarnwell::Outcome outcome = tarnwell::runCommandLine(commandLine, command);
-  return tarnwell::show(outcome, command, commandLine.contains("--json"));
+  const tarnwell::CommandResult result = tarnwell::runCommandLine(commandLine, command);
+  const int status = tarnwell::show(result, command, commandLine.contains("--json"));
+  if (status >= tarnwell::FirstSignalStatus)
+    std::raise(status - tarnwell::FirstSignalStatus + 1); // so that a shell's loop ends as well
+  return status;
 }

@@ -1,49 +1,24 @@
 #include "localservice/Administration.h"
 
 #include "localservice/Identifier.h"
+#include "terminal/Password.h"
 
 #include <ctime>
 #include <iostream>
 #include <stdexcept>
-#include <termios.h>
 #include <unistd.h>
 
 namespace localservice {
 
 namespace {
 
-/// Keeps a terminal from showing what is typed.
-class SilentTerminal {
-public:
-  SilentTerminal() {
-    if (!isTerminal)
-      return;
-    termios silent = before;
-    silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-    tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent);
-  }
-  SilentTerminal(const SilentTerminal&) = delete;
-  SilentTerminal& operator=(const SilentTerminal&) = delete;
-  ~SilentTerminal() {
-    if (isTerminal)
-      tcsetattr(STDIN_FILENO, TCSAFLUSH, &before);
-  }
-
-private:
-  termios before{};
-  const bool isTerminal = tcgetattr(STDIN_FILENO, &before) == 0;
-};
-
+/// From the terminal without echo; where standard input is something else, its first line.
 std::string readPassword(const std::string& account) {
-  const SilentTerminal silent;
-  const bool asking = isatty(STDIN_FILENO) != 0;
-  if (asking)
-    std::cerr << "Password for " << account << ": " << std::flush;
   std::string password;
-  if (!std::getline(std::cin, password))
-    throw std::runtime_error("no password on standard input");
-  if (asking)
-    std::cerr << '\n';
+  const bool isRead = isatty(STDIN_FILENO) != 0 ? terminal::askPassword("Password for " + account + ": ", password)
+                                                : static_cast<bool>(std::getline(std::cin, password));
+  if (!isRead)
+    throw std::runtime_error("no password could be read");
   return password;
 }
 

@@ -27,7 +27,8 @@ std::string schemaElement(const Row& row) {
       "<element name=\"" + local(row.tag) + "\" type=\"" + tarnwell::typeOf(row.type).name + "\" minOccurs=\"";
   text += row.occurs == Occurs::Required || row.occurs == Occurs::RequiredNillable ? '1' : '0';
   text += row.occurs == Occurs::Repeated ? "\" maxOccurs=\"unbounded\"" : "\" maxOccurs=\"1\"";
-  return text + (row.occurs == Occurs::Required ? "/>\n" : " nillable=\"true\"/>\n");
+  const bool nillable = row.occurs == Occurs::RequiredNillable || row.occurs == Occurs::Repeated;
+  return text + (nillable ? " nillable=\"true\"/>\n" : "/>\n");
 }
 
 std::string schemaSequence(const Type& type, const std::string& indent) {

@@ -1,7 +1,7 @@
 #include "localservice/Handlers.h"
 
 #include "localservice/Identifier.h"
-#include "protocol/Text.h"
+#include "protocol/binding/Text.h"
 
 #include <cstring>
 #include <new>
@@ -286,7 +286,7 @@ constexpr Handler handlers[] = {
     respond(call, *static_cast<const _dsns__##Name*>(request), *response->Name##Result);                               \
     return response;                                                                                                   \
   },
-#include "protocol/Operations.inc"
+#include "protocol/schema/Operations.inc"
 #undef TARNWELL_OPERATION
 };
 

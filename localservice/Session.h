@@ -3,7 +3,7 @@
 #pragma once
 
 #include "localservice/Store.h"
-#include "protocol/Context.h"
+#include "protocol/soap/Runtime.h"
 
 #include <memory>
 #include <string>

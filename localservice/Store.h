@@ -5,7 +5,7 @@
 #pragma once
 
 #include "localservice/Sqlite.h"
-#include "protocol/Enumerations.h"
+#include "protocol/schema/Enumerations.h"
 
 #include <functional>
 #include <string>

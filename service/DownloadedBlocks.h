@@ -2,8 +2,8 @@
 // alone; one thread, as the context.
 #pragma once
 
-#include "protocol/Block.h"
-#include "protocol/SchemaTypes.h"
+#include "protocol/binding/BlockMemory.h"
+#include "protocol/schema/SchemaTypes.h"
 
 #include <QtCore/QByteArray>
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
@@ -13,6 +14,7 @@
 #include <QtCore/QRandomGenerator>
 #include <QtCore/QTemporaryDir>
 #include <algorithm>
+#include <sys/stat.h>
 
 constexpr int patience = 30000; // milliseconds; nothing here takes more than a fraction
 
@@ -34,8 +36,8 @@ inline Ended finish(QProcess& process, const QByteArray& input = {}) {
   return {isNormal ? process.exitCode() : -1, process.readAllStandardOutput(), process.readAllStandardError()};
 }
 
-/// The service with an account of each standing and a map in each state; "@NAME" in an argument is the map's identifier
-/// or the file of that name.
+/// The service with premium accounts, another one, and a map in each state; "@NAME" in an argument is the map's
+/// identifier or the file of that name.
 class HostTest : public testing::Test {
 protected:
   static void SetUpTestSuite() {
@@ -57,9 +59,17 @@ protected:
     std::generate(content.begin(), content.end(), [&random] { return static_cast<char>(random.generate()); });
     write("map", content);
     write("empty", "");
+    write("small", content.left(5000));
+    write("largest", "");
+    ASSERT_TRUE(QFile::resize(folder->filePath("largest"), 2147483001)); // takes no space
+    ASSERT_EQ(mkfifo(qPrintable(folder->filePath("pipe")), 0600), 0);
+    ASSERT_TRUE(QDir(folder->path()).mkdir("tarnwell"));
+    write("tarnwell/tarnwell.ini", "timeout=9\n[work]\ntimeout=5\n");
     write("image", "\x89PNG\r\n\x1a\n and so on");
     for (const char* map : {"Goals", "Busy", "Removed"})
       save(map, "anna");
+    save("Small", "anna", "@small");
+    save("Empty", "anna", "@empty");
     save("Foreign", "carl");
     ASSERT_EQ(tarnwell({"delete", "Removed"}).status, 0);
     ASSERT_EQ(administer({"--start-collaboration", resolved("@Busy")}).status, 0);
@@ -81,18 +91,25 @@ protected:
   static Ended tarnwell(const QStringList& arguments, const QString& user = "anna",
                         const QString& password = "secret") {
     QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("TARNWELL_PASSWORD", password);
-    process.setProcessEnvironment(environment);
-    QStringList all{"--endpoint", endpoint, "--user", user};
-    for (const QString& argument : arguments)
-      all += resolved(argument);
-    process.start(TARNWELL_HOST, all);
+    start(process, QStringList{"--user", user} + arguments, {}, password);
     return finish(process);
   }
 
-  static QString save(const QString& name, const QString& user) {
-    const Ended run = tarnwell({"save", "@map", "--name", name, "--json"}, user);
+  /// Starts the host after `preparation`, shell commands.
+  static void start(QProcess& process, const QStringList& arguments, const QString& preparation = {},
+                    const QString& password = "secret") {
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("TARNWELL_PASSWORD", password);
+    environment.insert("XDG_CONFIG_HOME", folder->path());
+    process.setProcessEnvironment(environment);
+    QStringList all{"-c", preparation + "exec \"$@\"", "sh", TARNWELL_HOST, "--endpoint", endpoint, "--user", "anna"};
+    for (const QString& argument : arguments)
+      all += resolved(argument);
+    process.start("sh", all);
+  }
+
+  static QString save(const QString& name, const QString& user, const QString& file = "@map") {
+    const Ended run = tarnwell({"save", file, "--name", name, "--json"}, user);
     EXPECT_EQ(run.status, 0) << run.out.toStdString();
     return identifiers[name] = run.json()["data"].toObject()["map"].toObject()["id"].toString();
   }

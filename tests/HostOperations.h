@@ -97,25 +97,25 @@ inline const std::vector<HostOperation>& hostOperations() {
                                    "</DesktopInfoClass>",
                            listed =
                                message::listing("<DesktopInfoClass>" + map + "</DesktopInfoClass><DesktopInfoClass/>");
-  static const char* const listLeft = "string=1 base64Binary=1 DesktopLoginResponseClass=1 DesktopInfoClass=2 "
-                                      "ArrayOfDesktopInfoClass=1 CompleteDesktopResponse=1 Header=1";
+  static const char* const listLeft = "string=1 base64Binary=1 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=2 "
+                                      "ArrayOfDesktopInfoClass=1 CompleteDesktopResponse=1";
   static const char* const actionLeft =
-      "string=1 DesktopLoginResponseClass=1 DesktopInfoClass=1 MapActionResponse=1 Header=1";
-  static const char* const updateLeft = "string=2 DesktopVersioningClass=1 Header=1";
+      "string=1 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=1 MapActionResponse=1";
+  static const char* const updateLeft = "string=2 Header=1 DesktopVersioningClass=1";
   static const std::vector<HostOperation> operations = {
       {"Login", message::loginValue("Success"), [](Host& host) { return host.login(host.word, host.word); },
-       "DesktopLoginResponseClass=1 Header=1", "LoginResponse=1"},
+       "Header=1 DesktopLoginResponseClass=1", "LoginResponse=1"},
       {"GetMapsList_NEW_DESKTOP", listed, [](Host& host) { return host.getDesktopMapsList(true, host.maps); }, listLeft,
        ""},
       {"GetMapsListLite_NEW_DESKTOP", listed, [](Host& host) { return host.getDesktopMapsListLite(true, host.maps); },
        listLeft, ""},
       {"GetMapContent_NEW_DESKTOP", message::outcome("Success", "Success") + "<DesktopInfo>" + map + "</DesktopInfo>",
        [](Host& host) { return host.getMap(host.info); },
-       "string=1 base64Binary=2 DesktopLoginResponseClass=1 DesktopInfoClass=2 GetMapResponse=1 Header=1 "
+       "string=1 base64Binary=2 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=2 GetMapResponse=1 "
        "GetMapContent_NEW_DESKTOPResponse=1",
        "base64Binary=1 DesktopInfoClass=1 GetMapContent_NEW_DESKTOPResponse=1"},
       {"SaveMap_NEW_DESKTOP", saved, [](Host& host) { return host.saveMap(host.file, host.info, host.bytes, true); },
-       "string=1 base64Binary=2 DesktopLoginResponseClass=1 DesktopInfoClass=2 MapActionResponse=1 Header=1 "
+       "string=1 base64Binary=2 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=2 MapActionResponse=1 "
        "SaveMap_NEW_DESKTOPResponse=1",
        "base64Binary=2 DesktopInfoClass=1 SaveMap_NEW_DESKTOPResponse=1"},
       {"DeleteDesktopMap", saved, [](Host& host) { return host.deleteMap(host.info); }, actionLeft, ""},

@@ -147,7 +147,7 @@ protected:
   /// times of creation as "#" and "%"; or "error" and the code.
   std::string call(Index index, Values values) {
     DesktopServiceSoap12 client;
-    const auto instantiate = [&client](TypeNumber number) {
+    const auto instantiate = [&client](int number) {
       return tarnwell::instantiate(client.soap, -1, tarnwell::typeOf(number), nullptr);
     };
     const tarnwell::Operation& operation = tarnwell::operations[static_cast<std::size_t>(index)];
@@ -155,7 +155,7 @@ protected:
     void* const response = instantiate(operation.response);
     fill(tarnwell::typeOf(operation.request), request, values);
     const int code = tarnwell::exchange(client.soap, endpoint.constData(), nullptr, index,
-                                        static_cast<SchemaObject*>(request), static_cast<SchemaObject*>(response));
+                                        static_cast<tarnwell::SchemaObject*>(request), static_cast<tarnwell::SchemaObject*>(response));
     const tarnwell::Row& result = *tarnwell::typeOf(operation.response).rows;
     const std::string text =
         code ? "error " + std::to_string(code) : showResult(result.type, *static_cast<void**>(result.member(response)));
@@ -189,7 +189,7 @@ private:
     set(type, request, "message", &values.message);
     set(type, request, "bytes", values.bytes);
   }
-  static std::string showResult(TypeNumber type, const void* result) {
+  static std::string showResult(int type, const void* result) {
     switch (type) {
     case SOAP_TYPE_dsns__DesktopLoginResponseClass:
       return show(static_cast<const dsns__DesktopLoginResponseClass*>(result));

@@ -6,6 +6,10 @@
 
 #include <string>
 
+inline std::string element(const std::string& name, const std::string& content) {
+  return "<" + name + ">" + content + "</" + name + ">";
+}
+
 namespace message {
 
 const std::string envelopeNamespace = "http://www.w3.org/2003/05/soap-envelope";
@@ -22,8 +26,7 @@ inline std::string envelope(const std::string& body, const std::string& header =
 
 /// The response element of `operation`, whose result element holds `result`.
 inline std::string response(const std::string& operation, const std::string& result) {
-  return "<" + operation + "Response><" + operation + "Result>" + result + "</" + operation + "Result></" + operation +
-         "Response>";
+  return element(operation + "Response", element(operation + "Result", result));
 }
 
 /// A whole answer.
@@ -31,18 +34,18 @@ inline std::string answer(const std::string& operation, const std::string& resul
   return envelope(response(operation, result));
 }
 
-inline std::string loginValue(const std::string& value) {
-  return "<DesktopLoginValue>" + value + "</DesktopLoginValue>";
+inline std::string loginValue(const std::string& value) { return element("DesktopLoginValue", value); }
+/// The login object of an answer; none for "-".
+inline std::string loginObject(const std::string& value) {
+  return value == "-" ? "" : element("DesktopLoginResponseObject", loginValue(value));
 }
-/// The beginning of a result that concerns a map.
+/// The beginning of a result that concerns a map, "-" as above.
 inline std::string outcome(const std::string& login, const std::string& access) {
-  return "<DesktopMapAccess>" + access + "</DesktopMapAccess><DesktopLoginResponseObject>" + loginValue(login) +
-         "</DesktopLoginResponseObject>";
+  return (access == "-" ? "" : element("DesktopMapAccess", access)) + loginObject(login);
 }
 /// The result of a listing whose list holds `entries`.
 inline std::string listing(const std::string& entries, const std::string& login = "Success") {
-  return "<DesktopInfoObjectList>" + entries + "</DesktopInfoObjectList><DesktopLoginResponseObject>" +
-         loginValue(login) + "</DesktopLoginResponseObject>";
+  return element("DesktopInfoObjectList", entries) + loginObject(login);
 }
 inline std::string fault(const std::string& code) {
   return envelope(
@@ -50,10 +53,10 @@ inline std::string fault(const std::string& code) {
       "</soap:Value></soap:Code><soap:Reason><soap:Text xml:lang=\"en\">no</soap:Text></soap:Reason></soap:Fault>");
 }
 
-/// A request as the library sends it, to be compared with canonical(): the prefixes of the namespace table stand.
+/// A request as the library sends it, to be compared with canonical(): the service's namespace is the default one.
 inline std::string request(const std::string& body, const std::string& header = {}) {
   return "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"" + envelopeNamespace +
-         "\" xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" xmlns:dsns=\"" TARNWELL_SERVICE_NAMESPACE "\">" +
+         "\" xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" xmlns=\"" TARNWELL_SERVICE_NAMESPACE "\">" +
          header + "<SOAP-ENV:Body>" + body + "</SOAP-ENV:Body></SOAP-ENV:Envelope>";
 }
 

@@ -30,10 +30,12 @@ inline std::vector<std::vector<std::string>> rows(const std::string& text) {
 }
 
 /// `text` with every `what` replaced.
-inline std::string replaced(std::string text, const std::string& what, const std::string& by) {
-  for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size()))
-    text.replace(at, what.size(), by);
-  return text;
+inline std::string replaced(const std::string& text, const std::string& what, const std::string& by) {
+  std::string made;
+  std::size_t from = 0;
+  for (std::size_t at; (at = text.find(what, from)) != std::string::npos; from = at + what.size())
+    made.append(text, from, at - from) += by;
+  return made.append(text, from);
 }
 
 /// Bytes as of a packed file, others with every call.

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "client/DesktopServiceSoap12.h"
+#include "tests/Http.h"
 #include "tests/Messages.h"
-#include "tests/ScriptedService.h"
 #include "tests/Show.h"
 #include "tests/Table.h"
 
@@ -15,17 +15,12 @@ public:
   std::string reply;     ///< all that arrives, HTTP header included
   std::size_t piece = 0; ///< bytes per receive; 0: as many as fit
   std::string sent;      ///< by the last exchange
-  std::string host;      ///< and port: what it connected to
-  int port = 0;
 
   WireClient() {
     soap_endpoint = "http://service.example/service/desktopservice.asmx";
     soap->user = this;
-    soap->fopen = [](struct soap* context, const char*, const char* name, int number) {
-      WireClient& self = of(context);
-      self.host = name;
-      self.port = number;
-      self.rewind();
+    soap->fopen = [](struct soap* context, const char*, const char*, int) {
+      of(context).rewind();
       return SOAP_SOCKET{1 << 20};
     };
     soap->fclose = [](struct soap* context) {
@@ -47,6 +42,13 @@ public:
   /// What a new connection does.
   void rewind() { sent.clear(), m_position = 0; }
   Request request() const { return Request::parsed(sent); }
+
+  /// What `write(context)` sends outside an exchange, or "error" and the code.
+  template <class Write> std::string written(Write write) {
+    rewind();
+    const bool isFailed = soap_begin_send(soap) || write(soap) || soap_end_send(soap);
+    return isFailed ? "error " + std::to_string(soap->error) : sent;
+  }
 
   /// Each asks with an empty request, answered with `body`, or if there is none with `reply`. What was read, or "error"
   /// and the code.
@@ -78,10 +80,11 @@ private:
   std::size_t m_position = 0;
 };
 
-/// Calls `check(client, row)` for every row of a table twice: what the client reads arrives whole, then byte by byte.
+/// Calls `check(client, row)` for every row of a table: what the client reads arrives whole, byte by byte, and in
+/// pieces.
 template <class Check> void forEachArrival(const char* table, Check check) {
   for (const auto& row : rows(table))
-    for (const std::size_t piece : {0U, 1U}) {
+    for (const std::size_t piece : {0U, 1U, 5U}) {
       WireClient client;
       client.piece = piece;
       check(client, row);

@@ -1,5 +1,5 @@
 // What the runtime context holds after each operation of a service: the records that stay until the next one.
-#include "tests/Session.h"
+#include "tests/ServiceUnderTest.h"
 
 namespace {
 

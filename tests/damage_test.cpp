@@ -6,7 +6,6 @@
 
 #include <cstring>
 #include <fstream>
-#include <iostream>
 #include <random>
 
 namespace {
@@ -76,20 +75,18 @@ std::vector<Arrival> arrivals() {
 
 TEST(Damage, CutOffAnswersFail) {
   WireClient client;
-  for (const Arrival& arrival : arrivals())
-    for (client.piece = 0; client.piece < 4; client.piece += 3) {
-      client.reply = arrival.bytes;
-      const std::string whole = arrival.call(client);
-      const std::size_t complete = arrival.bytes.rfind('>') + 1; // after it there is only the chunks' own end
-      for (std::size_t size = 0; size < arrival.bytes.size(); ++size) {
-        client.reply = arrival.bytes.substr(0, size);
-        const std::string read = arrival.call(client);
-        EXPECT_TRUE(read.find("error ") == 0 || (size >= complete && read == whole))
-            << arrival.name << " after " << size << ": " << read;
-      }
-      soap_destroy(client.soap);
-      soap_end(client.soap);
+  client.piece = 3;
+  for (const Arrival& arrival : arrivals()) {
+    client.reply = arrival.bytes;
+    const std::string whole = arrival.call(client);
+    const std::size_t complete = arrival.bytes.rfind('>') + 1; // after it there is only the chunks' own end
+    for (std::size_t size = 0; size < arrival.bytes.size(); ++size) {
+      client.reply = arrival.bytes.substr(0, size);
+      const std::string read = arrival.call(client);
+      EXPECT_TRUE(read.find("error ") == 0 || (size >= complete && read == whole))
+          << arrival.name << " after " << size << ": " << read;
     }
+  }
 }
 
 /// Address space and resident memory of this process, in MiB.
@@ -144,7 +141,6 @@ TEST(Damage, AttachmentsMayNotClaimMoreThanTheAnswerHas) {
 
 TEST(Damage, ChangedBytes) {
   const unsigned seed = std::random_device()();
-  std::cout << "seed " << seed << "\n";
   std::mt19937 random(seed);
   const std::string likely = "<>/&;\"'=#:![]-? \n0a\x80\xFF";
   const std::vector<Arrival> whole = arrivals();
@@ -154,16 +150,14 @@ TEST(Damage, ChangedBytes) {
     client.reply = arrival.bytes;
     client.piece = random() % 4 * 5;
     const std::size_t start = random() % 8 == 0 ? 0 : arrival.bytes.find("\r\n\r\n"); // seldom in the header
-    for (unsigned changes = 1 + random() % 2; changes > 0; --changes) {
-      char& byte = client.reply[start + random() % (arrival.bytes.size() - start)];
-      byte = random() % 2 ? likely[random() % likely.size()] : static_cast<char>(random());
-    }
+    for (unsigned changes = 1 + random() % 2; changes > 0; --changes)
+      client.reply[start + random() % (arrival.bytes.size() - start)] =
+          random() % 2 ? likely[random() % likely.size()] : static_cast<char>(random());
     arrival.call(client);
     if (round % 100 != 0)
       continue;
     soap_destroy(client.soap);
     soap_end(client.soap);
-    client.piece = 0;
     ASSERT_EQ(shownAll, client.content(answer(all))) << "after round " << round << " of seed " << seed;
   }
 }

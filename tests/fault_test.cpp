@@ -2,10 +2,11 @@
 #include "tests/Table.h"
 #include "tests/WireClient.h"
 
+#include <QtCore/QThread>
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <pthread.h>
+#include <memory>
 
 namespace {
 
@@ -78,24 +79,17 @@ TEST(Fault, StaysInTheContext) {
 }
 
 /// What a login reads on a thread with a stack as small as a host's worker threads may have.
-std::string loginOnSmallStack(std::string body) {
-  pthread_attr_t attributes;
-  pthread_t thread;
-  pthread_attr_init(&attributes);
-  pthread_attr_setstacksize(&attributes, 256 << 10);
-  const auto run = [](void* text) -> void* {
-    *static_cast<std::string*>(text) = WireClient().login(*static_cast<std::string*>(text));
-    return nullptr;
-  };
-  const bool started = pthread_create(&thread, &attributes, run, &body) == 0;
-  pthread_attr_destroy(&attributes);
-  return started && pthread_join(thread, nullptr) == 0 ? body : "no thread";
+std::string loginOnSmallStack(const std::string& body) {
+  std::string read;
+  const std::unique_ptr<QThread> thread(QThread::create([&] { read = WireClient().login(body); }));
+  thread->setStackSize(256 << 10);
+  thread->start();
+  thread->wait();
+  return read;
 }
 std::string nested(const std::string& element, const std::string& first, int depth) {
-  std::string text, end;
-  for (int level = 0; level < depth; ++level)
-    text += "<" + element + ">" + first, end += "</" + element + ">";
-  return text + end;
+  const std::string levels(static_cast<std::size_t>(depth), '.');
+  return replaced(levels, ".", "<" + element + ">" + first) + replaced(levels, ".", "</" + element + ">");
 }
 TEST(Fault, DeepNestingNeedsNoDeepStack) {
   const std::string begin = "<soap:Fault><soap:Code><soap:Value>soap:Receiver</soap:Value>",

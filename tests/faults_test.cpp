@@ -1,7 +1,7 @@
 // Every networked operation while memory, the system or the host's own thread fails it: it fails wholly or succeeds
 // wholly, and the next one works.
 #include "tests/FaultyCalls.h"
-#include "tests/Session.h"
+#include "tests/ServiceUnderTest.h"
 
 #include <climits>
 #include <csignal>

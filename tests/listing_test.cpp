@@ -1,17 +1,13 @@
 // The two listings: what they send, and what they append to the host's list.
-#include "tests/Session.h"
+#include "tests/ServiceUnderTest.h"
 
 namespace {
 
 // Login value, entries of the list ("-": none at all), result, what is appended, what to the light list if it differs.
 // "@" is a map with three texts, "$" its identifier.
 const char* const listings = R"(
-NotAUser | <M>@</M> | 4 |
 NotPremiumAccount | <M>@</M> | 5 |
-DbError | <M>@</M> | 1 |
-None | <M>@</M> | 1 |
 7 | <M>@</M> | 1 |
-Fine | <M>@</M> | 1 |
 - | <M>@</M> | 1 |
 Success | - | 0 |
 Success | | 0 |
@@ -37,12 +33,13 @@ TEST(Listing, AppendsToTheHostsList) {
       std::string entries = replaced(row[1], "@", "<MapName>n</MapName><Author>a</Author><Description>d</Description>");
       entries = replaced(replaced(entries, "$", knownId), "M>", "DesktopInfoClass>");
       entries = replaced(entries, "<M ", "<DesktopInfoClass ");
-      Session session(lite ? "GetMapsListLite_NEW_DESKTOP" : "GetMapsList_NEW_DESKTOP",
-                      (row[1] == "-" ? "" : element("DesktopInfoObjectList", entries)) + loginObject(row[0]));
+      ServiceUnderTest tested(lite ? "GetMapsListLite_NEW_DESKTOP" : "GetMapsList_NEW_DESKTOP",
+                              (row[1] == "-" ? "" : element("DesktopInfoObjectList", entries)) +
+                                  message::loginObject(row[0]));
       QList<MapInfo> maps{known()};
       for (int call = 0; call < 2; ++call)
-        EXPECT_EQ(row[2], std::to_string(lite ? session.service.getDesktopMapsListLite(true, maps)
-                                              : session.service.getDesktopMapsList(true, maps)));
+        EXPECT_EQ(row[2], std::to_string(lite ? tested.service.getDesktopMapsListLite(true, maps)
+                                              : tested.service.getDesktopMapsList(true, maps)));
       std::string shown;
       for (int at = 0; at < maps.size(); ++at)
         shown += (at > 0 ? "; " : "") + show(maps[at]);
@@ -53,19 +50,17 @@ TEST(Listing, AppendsToTheHostsList) {
 }
 
 TEST(Listing, SendsTheCredentialsOfTheLastLogin) {
-  Session session("Login", message::loginValue("NotAUser"));
+  ServiceUnderTest tested("Login", message::loginValue("NotAUser"));
   QList<MapInfo> maps;
-  const auto expectRequest = [&](const std::string& name, const std::string& user, const std::string& pass,
-                                 const std::string& published) {
-    session.expectRequest(element("dsns:" + name, element("dsns:username", user) + element("dsns:pass", pass) +
-                                                      element("dsns:IsPublished", published) + "<dsns:behaviour/>"));
-  };
-  EXPECT_EQ(1, session.service.getDesktopMapsList(false, maps)) << "answered with another operation's element";
-  expectRequest("GetMapsList_NEW_DESKTOP", "", "", "false");
-  session.service.login("Zoë 😀 ", "p<&>");
-  session.service.logout();
-  session.service.getDesktopMapsListLite(true, maps);
-  expectRequest("GetMapsListLite_NEW_DESKTOP", "Zoë 😀 ", "p&lt;&amp;&gt;", "true");
+  EXPECT_EQ(1, tested.service.getDesktopMapsList(false, maps)) << "answered with another operation's element";
+  tested.expectRequest("<GetMapsList_NEW_DESKTOP><username/><pass/><IsPublished>false</IsPublished><behaviour/>"
+                       "</GetMapsList_NEW_DESKTOP>");
+  tested.service.login("first", "other");
+  tested.service.login("Zoë 😀 ", "p<&>");
+  tested.service.logout();
+  tested.service.getDesktopMapsListLite(true, maps);
+  tested.expectRequest("<GetMapsListLite_NEW_DESKTOP><username>Zoë 😀 </username><pass>p&lt;&amp;&gt;</pass>"
+                       "<IsPublished>true</IsPublished><behaviour/></GetMapsListLite_NEW_DESKTOP>");
   EXPECT_TRUE(maps.isEmpty());
 }
 

@@ -1,5 +1,5 @@
-// Update checks, crash reports and settings at the host's interface.
-#include "tests/Session.h"
+// Update checks and crash reports at the host's interface.
+#include "tests/ServiceUnderTest.h"
 
 namespace {
 
@@ -25,26 +25,25 @@ TEST(Updates, StoredTextsDecide) {
         row[1] == "?" ? message::envelope(element(name + "Response", "")) : message::answer(name, row[1]);
     replies.push_back(row[1] == "-" ? hangUp(0) : reply(200, answer));
   }
-  Session session(replies);
+  ServiceUnderTest tested(replies);
   for (const auto& row : rows(checks)) {
     SCOPED_TRACE(row[0] + " " + row[1]);
-    EXPECT_EQ(row[2] == "true", row[0] == "plain" ? session.service.checkForUpdates("9", 1)
-                                                  : session.service.checkForUpdatesExtended("9", 1, 2));
-    EXPECT_EQ(row[3] + " " + row[4],
-              text(session.service.getSetupUrl()) + " " + text(session.service.getSetupVersion()));
+    EXPECT_EQ(row[2] == "true", row[0] == "plain" ? tested.service.checkForUpdates("9", 1)
+                                                  : tested.service.checkForUpdatesExtended("9", 1, 2));
+    EXPECT_EQ(row[3] + " " + row[4], text(tested.service.getSetupUrl()) + " " + text(tested.service.getSetupVersion()));
   }
 }
 
 TEST(Updates, RequestsCrossTheirArguments) {
-  Session session({hangUp(std::string::npos)});
-  session.service.login("ann", "p");
-  session.service.checkForUpdates("1.é", -3);
-  session.expectRequest(element("dsns:CheckDesktopVersion",
-                                "<dsns:version>1.é</dsns:version>" + element("dsns:desktopLiveUpdateType", "-3")));
-  session.service.checkForUpdatesExtended("", 4, 5);
-  session.expectRequest(element("dsns:CheckDesktopVersionExtended",
-                                "<dsns:applicationUpdateType>5</dsns:applicationUpdateType><dsns:version/>" +
-                                    element("dsns:desktopLiveUpdateType", "4")));
+  ServiceUnderTest tested({hangUp(std::string::npos)});
+  tested.service.login("ann", "p");
+  tested.service.checkForUpdates("1.é", -3);
+  tested.expectRequest(
+      element("CheckDesktopVersion", "<version>1.é</version>" + element("desktopLiveUpdateType", "-3")));
+  tested.service.checkForUpdatesExtended("", 4, 5);
+  tested.expectRequest(
+      element("CheckDesktopVersionExtended",
+              "<applicationUpdateType>5</applicationUpdateType><version/>" + element("desktopLiveUpdateType", "4")));
 }
 
 TEST(CrashReport, IsJudgedByTheCallAlone) {
@@ -57,25 +56,13 @@ TEST(CrashReport, IsJudgedByTheCallAlone) {
       {reply(200, message::answer("SendFeedback", "")), false},
       {hangUp(std::string::npos), false}};
   for (const auto& [answer, result] : cases) {
-    Session session({answer}), other({answer});
-    EXPECT_EQ(result, session.service.sendCrashReport("sé", "m<\n", "d.txt", QByteArray("A\0C", 3))) << answer.bytes;
-    session.expectRequest(element("dsns:" + name, "<dsns:subject>sé</dsns:subject><dsns:message>m&lt;\n</dsns:message>"
-                                                  "<dsns:bytes>QQBD</dsns:bytes><dsns:filename>d.txt</dsns:filename>"));
-    session.service.setEndPoint(QString::fromStdString(other.server.url()));
-    EXPECT_EQ(result, session.service.sendCrashReport("", QString(), "", QByteArray())) << answer.bytes;
-    other.expectRequest(element("dsns:" + name, "<dsns:subject/><dsns:message/><dsns:bytes/><dsns:filename/>"));
+    ServiceUnderTest tested({answer});
+    EXPECT_EQ(result, tested.service.sendCrashReport("sé", "m<\n", "d.txt", QByteArray("A\0C", 3))) << answer.bytes;
+    tested.expectRequest(element(name, "<subject>sé</subject><message>m&lt;\n</message>"
+                                       "<bytes>QQBD</bytes><filename>d.txt</filename>"));
+    EXPECT_EQ(result, tested.service.sendCrashReport("", QString(), "", QByteArray())) << answer.bytes;
+    tested.expectRequest(element(name, "<subject/><message/><bytes/><filename/>"));
   }
-}
-
-TEST(Settings, TravelAsUtf8) {
-  Session session("Login", ""), proxy("Login", "");
-  session.service.setProxySettings("127.0.0.1", proxy.server.port(), "jö", "😀", true);
-  session.service.login("a", "b");
-  EXPECT_EQ("Basic asO2OvCfmIA=", proxy.server.request().header("Proxy-Authorization"));
-  session.service.setProxySettings("127.0.0.1", 1, "x", "y", false);
-  session.service.login("a", "b");
-  EXPECT_EQ("", session.server.request().header("Proxy-Authorization"));
-  EXPECT_EQ(11U, proxy.server.requests().size() * 10 + session.server.requests().size());
 }
 
 } // namespace

@@ -1,19 +1,17 @@
-// The simple types: what a text is read as, and how that is written again. Every text arrives whole, in single bytes
-// and in HTTP chunks, because the reader's fast and slow paths have to give the same value.
-#include "protocol/Block.h"
+// What a value is read as, shown by what is written of it again. Every text arrives whole, in single bytes and in HTTP
+// chunks, because the reader's fast and slow paths have to give the same value.
+#include "protocol/binding/BlockMemory.h"
 #include "tests/Table.h"
 #include "tests/WireClient.h"
 
-#include <QtCore/QDateTime>
+#include <QtCore/QDate>
+#include <QtCore/QFile>
 #include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <clocale>
-#include <cmath>
 #include <ctime>
-#include <iostream>
 #include <limits>
 #include <random>
 
@@ -21,14 +19,12 @@ namespace {
 
 using tarnwell::Type;
 
-/// What is written of `value` between the tags of an element.
+/// What is written of `value` between the tags of an element, or the error.
 std::string written(WireClient& client, const void* value, const Type& type) {
-  client.rewind();
-  if (soap_begin_send(client.soap) || tarnwell::writeElement(client.soap, "v", -1, value, nullptr, type) ||
-      soap_end_send(client.soap))
-    return "error " + std::to_string(client.soap->error);
-  const std::size_t start = client.sent.find('>', client.sent.find("<v")) + 1;
-  return client.sent.substr(start, client.sent.rfind("</v>") - start);
+  const std::string all =
+      client.written([&](struct soap* soap) { return tarnwell::writeElement(soap, "v", -1, value, nullptr, type); });
+  const std::size_t start = all.find('>', all.find("<v")) + 1;
+  return all.find("error") == 0 ? all : all.substr(start, all.rfind("</v>") - start);
 }
 
 std::string document(const std::string& content) {
@@ -55,17 +51,18 @@ void expectRewritten(const Type& type, const std::string& content, const std::st
     EXPECT_EQ(expected, rewritten(client, chunks(size, 200, document(content)).bytes, type)) << "in chunks of " << size;
 }
 
-// Types, then texts and what is written of them.
+// Types, then texts and what is written of them. "·" is a blank and a tabulator, "¶" a line end.
 const char* const values = R"(
 xsd:boolean | true => true | 1 => true | false => false | 0 => false | 2 => error 4 | -1 => error 4 | => false
 xsd:boolean | yes => error 4 | True => error 4 | truely => error 4 | 1x => error 4 | <!-- 0 -->1 => true | &#49; => true
+xsd:boolean | ¶·true· => true | ¶ => false
 xsd:byte | -128 => -128 | 127 => 127 | 128 => error 4 | x => error 4
 xsd:unsignedByte | 255 => 255 | 256 => error 4 | -1 => error 4
 xsd:int | -2147483648 => -2147483648 | +7 => 7 | 2147483648 => error 4 | 12x => error 4 | => 0
 xsd:unsignedInt | 4294967295 => 4294967295 | 4294967296 => error 4
-xsd:float | 1.5 => 1.5 | -2e3 => -2000 | INF => INF | +INF => INF | -INF => -INF | NaN => NaN | seven => error 4 | => 0
+xsd:float | ¶1.5¶ => 1.5 | ¶·¶ => 0 | 1.5 => 1.5 | -2e3 => -2000 | INF => INF | +INF => INF | -INF => -INF | NaN => NaN | seven => error 4 | => 0
 xsd:float | 0.1 => 0.100000001 | 1e10 => 1E+10 | 123456789 => 123456792 | 1e-5 => 9.99999975E-06 | - => error 4
-xsd:float | 3.4028235e38 => 3.40282347E+38 | 1e-45 => 1.40129846E-45 | 16777217 => 16777216
+xsd:float | 1e39 => INF | -1e39 => -INF | 1e-60 => 0 | 3.4028235e38 => 3.40282347E+38 | 1e-45 => 1.40129846E-45 | 16777217 => 16777216
 xsd:dateTime | 2012-03-04T05:06:07Z => 2012-03-04T05:06:07Z | 2012-03-04T05:06:07+02:00 => 2012-03-04T03:06:07Z
 xsd:dateTime | 2012-03-04T05:06:07+0200 => 2012-03-04T03:06:07Z | 2012-03-04T05:06:07-05:30 => 2012-03-04T10:36:07Z
 xsd:dateTime | 2012-03-04T05:06:07-0530 => 2012-03-04T10:36:07Z | 2012-03-04T05:06:07 => 2012-03-04T01:36:07Z
@@ -79,57 +76,65 @@ xsd:dateTime | 2012-03-04T-2147483648:06:07+01:00 => error 4 | 999999999-01-01T0
 xsd:dateTime | 2012-03-04 => error 4 | 2012-03-04T05:06 => error 4 | 2012-03-04T05:06Z => error 4 | soon => error 4
 xsd:dateTime | 05:06:07 => error 4 | 1 => error 4 | => 1970-01-01T00:00:00Z | 0001-01-01T00:00:09Z => 1970-01-01T00:00:09Z
 xsd:dateTime | 0001-01-01T00:00:00 => 1969-12-31T20:30:00Z | 9999-12-31T23:59:59Z => 9999-12-31T23:59:59Z
-xsd:string | plain => plain | => | a&lt;&gt;&amp;&quot;&apos;b => a&lt;&gt;&amp;"'b | é€😀 => é€😀 | ]] => ]]
+xsd:string | ·a·b· => ·a·b· | plain => plain | => | a&lt;&gt;&amp;&quot;&apos;b => a&lt;&gt;&amp;"'b | é€😀 => é€😀 | ]] => ]]
 xsd:string | &#233;&#xE9;&#x20AC; => éé€ | a&#x1F600;b => a😀b | &#128512; => 😀 | &amp;amp; => &amp;amp; | &#13; => &#xD;
 xsd:string | a&nope;b => error 5 | a&#12x;b => error 5 | &#x110000; => error 5 | &#; => error 5 | &#0000000000065; => error 5
+xsd:string | a&#1;&#31;&#xFFFF;z => a���z | a<b c="/>">x</b>&lt; => a&lt;b c="/&gt;"&gt;x&lt;/b&gt;&lt;
 xsd:string | a<![CDATA[b<&amp;]]]]>c => ab&lt;&amp;amp;]]c | <![CDATA[]]> => | a<!-- <b> -->c => ac | a<?b c?>d => ad
 dsns2:guid | {67C8770B-44f1}? => {67C8770B-44f1}? | a&amp;b<![CDATA[<]]>é => a&amp;b&lt;é
 xsd:QName | s:Sender => SOAP-ENV:Sender
 dsns:DesktopLoginEnumerators | NotAUser => NotAUser | 1 => NotPremiumAccount | 2 => Success | 3 => DbError | 4 => None | 5 => 5
 dsns:DesktopMapAccess | 0 => DbError | FileExists => FileExists | 2 => Success | 3 => None | NoAccess => NoAccess | => DbError
-dsns:DesktopMapAccess | 5 => OngoingCollaboration | MapRemoved => MapRemoved | 9 => 9 | -1 => -1 | noaccess => error 4
-xsd:base64Binary | QUJD => QUJD | QUI= => QUI= | QQ== => QQ== | => | QU JD  RA = = => QUJDRA== | +/+/ => +/+/
+dsns:DesktopMapAccess | ¶2· => Success | 5 => OngoingCollaboration | MapRemoved => MapRemoved | 9 => 9 | -1 => -1 | noaccess => error 4
+xsd:base64Binary | ¶·QU¶·JD¶· => QUJD | QUJD => QUJD | QUI= => QUI= | QQ== => QQ== | => | QU JD  RA = = => QUJDRA== | +/+/ => +/+/
 xsd:base64Binary | QU<!-- J -->JD => QUJD | <![CDATA[QUJD]]> => QUJD | <![CDATA[QUJD</]]> => error 4
-xsd:base64Binary | QUJD* => error 4 | Q*JDQUJD => error 4 | QU-D => error 4 | QUJé => error 4 | =QUJ => error 4
+xsd:base64Binary | QUJD* => error 4 | Q*JDQUJD => error 4 | QU-D => error 4 | QUJDQ => error 4 | QQ==QQ== => error 4 | Q=== => error 4 | QUJé => error 4 | =QUJ => error 4
 )";
+/// One entry of the table.
+struct Example {
+  const Type* type;
+  std::string text;
+  std::string written;
+};
+const std::vector<Example> examples = [] {
+  std::vector<Example> all;
+  const auto blanks = [](const std::string& cell) { return replaced(replaced(cell, "·", " \t"), "¶", "\r\n"); };
+  for (const auto& row : rows(values))
+    for (int number = 1; number < SOAP_TYPE_count; ++number)
+      for (std::size_t at = 1; at < row.size() && tarnwell::findType(number)->name == row[0]; ++at) {
+        const auto cell = cells(row[at], "=>");
+        all.push_back({tarnwell::findType(number), blanks(cell[0]), blanks(cell[1])});
+      }
+  return all;
+}();
 TEST(Values, AreReadAndWritten) {
   setenv("TZ", "TWL-3:30", 1); // local time is 3:30 ahead of UTC
   tzset();
-  for (const auto& row : rows(values)) {
-    const Type* type = nullptr;
-    for (int number = 1; !type && number < SOAP_TYPE_count; ++number)
-      if (tarnwell::findType(number)->name == row[0])
-        type = tarnwell::findType(number);
-    ASSERT_NE(nullptr, type) << row[0];
-    for (std::size_t at = 1; at < row.size(); ++at)
-      expectRewritten(*type, cells(row[at], "=>")[0], cells(row[at], "=>")[1]);
+  for (const Example& example : examples)
+    expectRewritten(*example.type, example.text, example.written);
+}
+TEST(Values, OfEveryLength) {
+  const auto isSame = [](int number, const std::string& content, const std::string& expected) {
+    WireClient client;
+    client.piece = content.size() > 65536 ? 4093 : 0;
+    const Type& type = tarnwell::typeOf(number);
+    return rewritten(client, document(content), type) == expected &&
+           rewritten(client, chunks(1000, 200, document(content)).bytes, type) == expected;
+  };
+  for (std::size_t size = 0; size < 300000; size += size < 200 ? 1 : 32681) { // the runtime's buffer has 65,536 bytes
+    const std::string block = QByteArray::fromStdString(randomBytes(size)).toBase64().toStdString();
+    std::string text, expected;
+    for (std::size_t at = 0; at < size; at += 20)
+      text += "aé😀&lt;<!-- c -->", expected += "aé😀&lt;";
+    EXPECT_TRUE(isSame(SOAP_TYPE_xsd__base64Binary, block, block)) << size;
+    EXPECT_TRUE(isSame(SOAP_TYPE_xsd__string, text, expected)) << size;
   }
 }
-TEST(Values, BlanksAroundThem) {
-  const std::tuple<TypeNumber, const char*, const char*> cases[] = {
-      {SOAP_TYPE_xsd__string, " a\tb\n ", " a\tb\n "},
-      {SOAP_TYPE_xsd__boolean, "\n true\t", "true"},
-      {SOAP_TYPE_xsd__float, "\r\n", "0"},
-      {SOAP_TYPE_dsns__DesktopMapAccess, " 2 ", "Success"},
-      {SOAP_TYPE_xsd__base64Binary, "\r\n QU\r\n JD\r\n", "QUJD"}};
-  for (const auto& [number, content, expected] : cases)
-    expectRewritten(tarnwell::typeOf(number), content, expected);
-}
-TEST(Values, BiggerThanTheBuffer) {
-  for (const int size : {65000, 65536, 70000, 300000}) {
-    const std::string part = "aé😀&lt;<!-- c -->", block = QByteArray(size, 'x').toBase64().toStdString();
-    const std::string text = replaced(std::string(static_cast<std::size_t>(size) / 20, '.'), ".", part);
-    for (const std::size_t piece : {0U, 4093U}) {
-      WireClient client;
-      client.piece = piece;
-      const auto isSame = [&](TypeNumber number, const std::string& content, const std::string& expected) {
-        const Type& type = tarnwell::typeOf(number);
-        return rewritten(client, document(content), type) == expected &&
-               rewritten(client, chunks(1000, 200, document(content)).bytes, type) == expected;
-      };
-      EXPECT_TRUE(isSame(SOAP_TYPE_xsd__base64Binary, block, block)) << size << " " << piece;
-      EXPECT_TRUE(isSame(SOAP_TYPE_xsd__string, text, replaced(text, "<!-- c -->", ""))) << size << " " << piece;
-    }
+TEST(Values, DatesOfFourHundredYears) {
+  WireClient client;
+  for (QDate day(1900, 1, 1); day.year() < 2300; day = day.addDays(17)) {
+    const std::string date = day.toString("yyyy-MM-ddT23:59:59Z").toStdString();
+    ASSERT_EQ(date, rewritten(client, document(date), tarnwell::typeOf(SOAP_TYPE_xsd__dateTime)));
   }
 }
 /// Memory that only writes down what it is asked for, and refuses more than `most` bytes: address space that nobody
@@ -158,13 +163,13 @@ TEST(Values, RoomThatABlockAsksFor) {
       {0, 100, 70000, gib, 68000, "70000 kept 68000"},
       {1000, 100, 0, gib, 1900, "1000 2000 kept 1900"},
       {1000, 100, 5000, gib, 6000, "1000 6000 kept 6000"},
-      {1000, 100, 10 * gib, gib, 1000, "1000 2147483017 2000 shrunk to 1000"},
-      {1000, 100, 10 * gib, 1500, 1000, "1000 2147483017 2000 1100 kept 1000"},
-      {1000, 100, 10 * gib, 1050, 1000, "1000 2147483017 2000 1100 discarded"},
-      {gib, 100, 0, 2 * gib, all, "1073741824 2147483017 kept 2147483000"},
-      {all - 3, 20, 0, 2 * gib, all, "2147482997 2147483017 kept 2147483000"},
-      {all - 3, 21, 0, 2 * gib, all, "2147482997 discarded"},
-      {all - 3, 20, 0, 2 * gib, all + 1, "2147482997 2147483017 discarded"}};
+      {1000, 100, 10 * gib, gib, 1000, "1000 2147483032 2000 shrunk to 1000"},
+      {1000, 100, 10 * gib, 1500, 1000, "1000 2147483032 2000 1100 kept 1000"},
+      {1000, 100, 10 * gib, 1050, 1000, "1000 2147483032 2000 1100 discarded"},
+      {gib, 100, 0, 2 * gib, all, "1073741824 2147483032 kept 2147483000"},
+      {all - 3, 35, 0, 2 * gib, all, "2147482997 2147483032 kept 2147483000"},
+      {all - 3, 36, 0, 2 * gib, all, "2147482997 discarded"},
+      {all - 3, 35, 0, 2 * gib, all + 1, "2147482997 2147483032 discarded"}};
   for (const auto& [before, needed, expected, most, after, asked] : cases) {
     AskedMemory memory;
     memory.most = most;
@@ -212,95 +217,51 @@ TEST(Values, TimesWithoutACalendarDate) {
 }
 TEST(Values, FloatsIgnoreTheLocale) {
   const QTemporaryDir folder;
-  QProcess::execute("localedef", {"-i", "de_DE", "-f", "UTF-8", folder.filePath("comma.UTF-8")});
+  QFile source(folder.filePath("comma"));
+  source.open(QIODevice::WriteOnly);
+  source.write("LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \"\"\ngrouping -1\nEND LC_NUMERIC\n");
+  source.close();
+  QProcess localedef;
+  localedef.start("localedef", {"-c", "-i", source.fileName(), "-f", "ANSI_X3.4-1968", folder.filePath("comma.ASCII")});
+  localedef.waitForFinished();
   setenv("LOCPATH", folder.path().toLocal8Bit().constData(), 1);
-  if (!std::setlocale(LC_ALL, "comma.UTF-8"))
-    GTEST_SKIP() << "no locale with a decimal comma can be made here";
+  ASSERT_TRUE(std::setlocale(LC_NUMERIC, "comma.ASCII")) << localedef.readAllStandardError().toStdString();
   ASSERT_STREQ(",", std::localeconv()->decimal_point);
   expectRewritten(tarnwell::typeOf(SOAP_TYPE_xsd__float), "1.25", "1.25");
-  std::setlocale(LC_ALL, "C");
+  std::setlocale(LC_NUMERIC, "C");
 }
 
-/// Random contents of elements in exactly the form in which the library writes them.
-class RandomContent {
-public:
-  explicit RandomContent(unsigned seed) : m_random(seed) {}
-
-  std::string of(const Type& type) {
-    const int any = static_cast<int>(m_random());
-    switch (type.number) {
-    case SOAP_TYPE_xsd__byte:
-    case SOAP_TYPE_xsd__unsignedByte:
-    case SOAP_TYPE_xsd__int:
-    case SOAP_TYPE_xsd__unsignedInt:
-      return std::to_string(any & 127);
-    case SOAP_TYPE_xsd__boolean:
-      return any % 2 ? "true" : "false";
-    case SOAP_TYPE_xsd__float: {
-      char number[40];
-      return {number, number + std::sprintf(number, "%.9G", std::ldexp(static_cast<float>(any), any % 90))};
-    }
-    case SOAP_TYPE_xsd__dateTime: // from the year 1000 to 9999
-      return QDate(1000, 1, 1).addDays(m_random() % 3287182).toString("yyyy-MM-ddT23:59:59Z").toStdString();
-    case SOAP_TYPE_dsns__DesktopLoginEnumerators:
-    case SOAP_TYPE_dsns__DesktopMapAccess:
-      return any % 4 ? type.names[m_random() % type.nameCount].text : std::to_string(m_random() % 1000 + 10);
-    case SOAP_TYPE_xsd__string:
-    case SOAP_TYPE_dsns2__guid:
-      return text();
-    case SOAP_TYPE_xsd__base64Binary: {
-      QByteArray bytes(static_cast<int>(m_random() % (any % 10 ? 20 : 20000)), '\0');
-      std::generate(bytes.begin(), bytes.end(), [this] { return static_cast<char>(m_random()); });
-      return bytes.toBase64().toStdString();
-    }
-    default:
-      return record(type);
-    }
+/// Random content of a record in exactly the form in which the library writes it; simple types by the table's examples.
+std::string randomContent(const Type& type, std::mt19937& random) {
+  std::vector<std::string> simple;
+  for (const Example& example : examples)
+    if (example.type->name == std::string(type.name) && example.written.find("error") != 0)
+      simple.push_back(example.written);
+  if (!simple.empty())
+    return simple[random() % simple.size()];
+  std::string made;
+  for (std::size_t at = 0; at < type.rowCount; ++at) {
+    const tarnwell::Row& row = type.rows[at];
+    const bool isNil = row.occurs == tarnwell::Occurs::RequiredNillable && random() % 4 == 0;
+    const bool isOptional = row.list || row.occurs == tarnwell::Occurs::Optional;
+    made += isNil ? "<" + std::string(row.tag) + " xsi:nil=\"true\"/>" : "";
+    for (std::size_t left = isNil ? 0 : row.list ? random() % 4 : !isOptional || random() % 4 > 0; left > 0; --left)
+      made += element(row.tag, randomContent(tarnwell::typeOf(row.type), random));
   }
-
-private:
-  std::string record(const Type& type) {
-    std::string made;
-    for (std::size_t at = 0; at < type.rowCount; ++at) {
-      const tarnwell::Row& row = type.rows[at];
-      const std::string tag = row.tag;
-      const bool nil = row.occurs == tarnwell::Occurs::RequiredNillable && m_random() % 4 == 0;
-      unsigned count = row.list ? m_random() % 4 : row.occurs == tarnwell::Occurs::Optional ? m_random() % 4 > 0 : !nil;
-      made += nil ? "<" + tag + " xsi:nil=\"true\"/>" : "";
-      for (; count > 0; --count)
-        made += "<" + tag + ">" + of(tarnwell::typeOf(row.type)) + "</" + tag + ">";
-    }
-    return made;
-  }
-  /// Code points of all kinds, markup and blanks among them.
-  std::string text() {
-    static const auto often = cells("&lt;|&gt;|&amp;|\"|'|\t|\n|&#xD;|]|a|é|\u2028|\uFFFD|\U0010FFFF|😀");
-    std::string made;
-    for (std::size_t left = m_random() % (m_random() % 50 ? 30 : 3000); left > 0; --left) {
-      const QChar other(static_cast<ushort>(0xA0 + m_random() % 0xD700));
-      made += m_random() % 2 ? " " + often[m_random() % often.size()] : QString(other).toStdString();
-    }
-    return made;
-  }
-  std::mt19937 m_random;
-};
-
-TEST(Values, OfEveryTypeAtRandom) {
+  return made;
+}
+TEST(Values, RecordsAtRandom) {
   const unsigned seed = std::random_device()();
-  std::cout << "seed " << seed << "\n";
-  RandomContent random(seed);
+  std::mt19937 random(seed);
   WireClient client;
-  for (int number = 1; number < SOAP_TYPE_count; ++number) {
+  for (int number = SOAP_TYPE_dsns__DesktopLoginResponseClass; number < SOAP_TYPE_count; ++number) {
     const Type& type = *tarnwell::findType(number);
-    if (type.name == std::string("xsd:QName") || std::string(type.name).find("SOAP-ENV:") == 0)
+    if (std::string(type.name).find("SOAP-ENV:") == 0)
       continue;
     for (std::size_t round = 0; round < 40; ++round) {
-      const std::string content = random.of(type);
+      const std::string content = randomContent(type, random);
       client.piece = round % 4 * 7;
-      const std::string again = rewritten(client, document(content), type);
-      const auto at = std::mismatch(content.begin(), content.end(), again.begin(), again.end()).first - content.begin();
-      ASSERT_EQ(content.substr(static_cast<std::size_t>(at), 40), again.substr(static_cast<std::size_t>(at), 40))
-          << type.name << " of seed " << seed;
+      ASSERT_EQ(content, rewritten(client, document(content), type)) << type.name << " of seed " << seed;
     }
   }
 }

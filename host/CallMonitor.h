@@ -1,0 +1,251 @@
+// Watches a blocking call of ITarnwellService from another thread, and ends it: how many bytes went out and came in,
+// and a shutdown of the call's connection when the user gives up. For any host; header-only; Linux; needs the standard
+// library and POSIX alone.
+//
+// The interface itself has no progress and no cancelling. The monitor finds the call's TCP connection from outside: it
+// reads in /proc in which system call the calling thread waits, takes the socket that this system call names, and asks
+// the kernel (TCP_INFO) about it. So it needs no name look-up of its own, and calls of other threads, even to the same
+// service, cannot be confused with this one.
+//
+//   CallMonitor monitor(80);                           // shared by both threads
+//
+//   // the thread that calls                           // the thread that watches, several times a second
+//   {                                                  const CallProgress progress = monitor.progress();
+//     const CallMonitor::Watch watch(monitor);         show(progress.sent, progress.received);
+//     result = service->getMap(map);                   if (userGaveUp)
+//   }                                                    monitor.endCall();
+//
+// What it cannot see:
+// - Name look-up. It happens before there is a connection: progress() says NotConnected, endCall() returns false, and
+//   the look-up ends when the system's resolver gives up. (A host in a hurry looks the name up itself, beforehand.)
+// - A connection in which the calling thread has not yet waited while somebody looked. A transfer that keeps the thread
+//   busy is found by one of the next looks.
+// - Anything where the kernel offers no /proc/PID/task/TID/syscall, in a 32-bit x86 process, and in a plug-in that
+// waits
+//   in poll(): this one waits in connect(), send() and recv().
+// - What the service has done. Bytes that are acknowledged have reached the peer's kernel, or the proxy's; a save that
+//   is ended after its last byte may have been carried out.
+// ThreadSanitizer reports progress() and endCall(), which look at another thread's descriptor on purpose: the duplicate
+// is checked after it was made, so that a descriptor that is closed meanwhile does no harm.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <mutex>
+
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace tarnwell {
+
+/// What is known of a call at one moment. Bytes are those of HTTP (head and body; a map's bytes travel as base64, four
+/// for three), they count for the call's latest connection, and they stay after it was closed.
+struct CallProgress {
+  enum Phase {
+    /// No call is watched.
+    NoCall,
+    /// A call is running without a connection that was seen: name look-up, reading a file, or after the answer.
+    NotConnected,
+    /// The connection is being established. The peer has not answered yet.
+    Connecting,
+    /// The connection is open.
+    Connected,
+  };
+  Phase phase = NoCall;
+  /// Bytes that the call has handed to the kernel.
+  std::int64_t sent = 0;
+  /// Those of them that the peer's kernel has acknowledged: what progress of an upload should show.
+  std::int64_t acknowledged = 0;
+  /// Bytes that have arrived, whether the call has read them or not.
+  std::int64_t received = 0;
+};
+
+/// Watches one call at a time. All operations are safe from any thread; none throws or waits for the network, and no
+/// descriptor stays open between two of them.
+class CallMonitor {
+public:
+  /// `port`: the TCP port that calls connect to: the proxy's if one is set, otherwise the endpoint's (80 if its URL
+  /// names none). A socket that is connected to another port is never touched.
+  explicit CallMonitor(int port) : m_port(port) {}
+  CallMonitor(const CallMonitor&) = delete;
+  CallMonitor& operator=(const CallMonitor&) = delete;
+
+  /// Marks, from construction to destruction, that the constructing thread makes a call: put it around one operation
+  /// of the service and nothing else. Once it is destroyed, the monitor touches no socket any more. The monitor must
+  /// outlive it. One at a time: calls on several threads take a monitor each.
+  class Watch {
+  public:
+    explicit Watch(CallMonitor& monitor) : m_monitor(monitor) {
+      const std::lock_guard<std::mutex> lock(m_monitor.m_mutex);
+      m_monitor.m_thread = syscall(SYS_gettid);
+      m_monitor.m_descriptor = -1;
+      m_monitor.m_progress = CallProgress{CallProgress::NotConnected};
+    }
+    ~Watch() {
+      const std::lock_guard<std::mutex> lock(m_monitor.m_mutex);
+      m_monitor.m_thread = 0;
+      m_monitor.m_progress.phase = CallProgress::NoCall;
+    }
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
+
+  private:
+    CallMonitor& m_monitor;
+  };
+
+  /// How far the call is. Costs some ten system calls: ask several times a second, not in a loop.
+  [[nodiscard]] CallProgress progress() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const Duplicate socket = callSocket();
+    return m_progress;
+  }
+
+  /// Shuts the call's connection down in both directions, established or being established, so that the call fails at
+  /// once (ResultFailed, or false). Returns whether there was a connection to shut down. A call may open another one
+  /// (the next address of the host's name; the undoing of a save): repeat until the operation has returned.
+  bool endCall() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const Duplicate socket = callSocket();
+    return socket.descriptor >= 0 && shutdown(socket.descriptor, SHUT_RDWR) == 0;
+  }
+
+private:
+  /// A descriptor of our own for the socket: whatever the call closes meanwhile, its number cannot come to mean
+  /// something else under our hands.
+  struct Duplicate {
+    int descriptor = -1;
+
+    Duplicate() = default;
+    Duplicate(const Duplicate&) = delete;
+    Duplicate& operator=(const Duplicate&) = delete;
+    Duplicate(Duplicate&& other) noexcept : descriptor(other.descriptor) { other.descriptor = -1; }
+    ~Duplicate() {
+      if (descriptor >= 0)
+        close(descriptor);
+    }
+  };
+
+  /// The beginning of the kernel's struct tcp_info, which only grows at its end. Of our own, since <netinet/tcp.h>
+  /// lacks the later members and <linux/tcp.h> cannot be included beside it.
+  struct TcpInfo {
+    std::uint8_t state;
+    std::uint8_t before[119];
+    std::uint64_t bytesAcknowledged;
+    std::uint64_t bytesReceived;
+  };
+  static_assert(offsetof(TcpInfo, bytesAcknowledged) == 120 && sizeof(TcpInfo) == 136, "as in linux/tcp.h");
+  static constexpr int tcpInfoOption = 11;   // TCP_INFO
+  static constexpr std::uint8_t synSent = 2; // TCP_SYN_SENT
+
+  static bool isSocket(int descriptor, ino_t& inode) {
+    struct stat status = {};
+    if (fstat(descriptor, &status) != 0 || !S_ISSOCK(status.st_mode))
+      return false;
+    inode = status.st_ino;
+    return true;
+  }
+
+  /// The descriptor on which the watched thread waits in the kernel at this moment; -1 when it does not.
+  [[nodiscard]] int awaitedDescriptor() const {
+    char name[64];
+    std::snprintf(name, sizeof name, "/proc/self/task/%ld/syscall", m_thread);
+    std::FILE* const file = std::fopen(name, "re");
+    if (file == nullptr)
+      return -1;
+    // "NUMBER ARGUMENT...", or "running".
+    long number = -1;
+    unsigned long argument = 0;
+    const int found = std::fscanf(file, "%ld %lx", &number, &argument);
+    std::fclose(file);
+    if (found != 2)
+      return -1;
+    for (const long onSocket : {SYS_connect, SYS_sendto, SYS_recvfrom, SYS_sendmsg, SYS_recvmsg, SYS_write, SYS_read}) {
+      if (number == onSocket)
+        return static_cast<int>(argument);
+    }
+    return -1;
+  }
+
+  /// The port of the peer; 0 before the connection is established.
+  static int peerPort(int descriptor) {
+    sockaddr_storage address = {};
+    socklen_t size = sizeof address;
+    if (getpeername(descriptor, reinterpret_cast<sockaddr*>(&address), &size) != 0)
+      return 0;
+    if (address.ss_family == AF_INET)
+      return ntohs(reinterpret_cast<const sockaddr_in&>(address).sin_port);
+    return address.ss_family == AF_INET6 ? ntohs(reinterpret_cast<const sockaddr_in6&>(address).sin6_port) : 0;
+  }
+
+  /// The socket of the watched call, and m_progress as of now; an empty duplicate when none is known.
+  Duplicate callSocket() {
+    Duplicate socket;
+    if (m_thread == 0)
+      return socket;
+    m_progress.phase = CallProgress::NotConnected;
+    ino_t inode = 0;
+    const int awaited = awaitedDescriptor();
+    if (awaited >= 0 && isSocket(awaited, inode)) {
+      m_descriptor = awaited;
+      m_inode = inode;
+    }
+    // The thread may be busy at the moment: then the socket of an earlier look, if the number still means that one.
+    if (m_descriptor < 0 || !isSocket(m_descriptor, inode) || inode != m_inode)
+      return socket;
+    const int duplicate = fcntl(m_descriptor, F_DUPFD_CLOEXEC, 3);
+    if (duplicate < 0)
+      return socket;
+    if (!isSocket(duplicate, inode))
+      return socket; // a file by now; left open, since closing it would drop the process's record locks on it
+    socket.descriptor = duplicate;
+    if (inode != m_inode || !readProgress(duplicate))
+      return {};
+    return socket;
+  }
+
+  /// Sets m_progress from the kernel's figures; false for what is no TCP connection to the port.
+  bool readProgress(int descriptor) {
+    int protocol = 0;
+    socklen_t size = sizeof protocol;
+    if (getsockopt(descriptor, SOL_SOCKET, SO_PROTOCOL, &protocol, &size) != 0 || protocol != IPPROTO_TCP)
+      return false;
+    TcpInfo info = {};
+    size = sizeof info;
+    if (getsockopt(descriptor, IPPROTO_TCP, tcpInfoOption, &info, &size) != 0)
+      return false;
+    if (info.state == synSent) {
+      // No peer to check yet; but the calling thread itself waits in connect() on this socket.
+      m_progress = CallProgress{CallProgress::Connecting};
+      return true;
+    }
+    if (peerPort(descriptor) != m_port)
+      return false;
+    int unacknowledged = 0;
+    if (ioctl(descriptor, TIOCOUTQ, &unacknowledged) != 0)
+      return false;
+    m_progress.phase = CallProgress::Connected;
+    // The kernel counts the SYN as the first acknowledged byte.
+    m_progress.acknowledged = std::max<std::int64_t>(static_cast<std::int64_t>(info.bytesAcknowledged) - 1, 0);
+    m_progress.sent = m_progress.acknowledged + unacknowledged;
+    m_progress.received = static_cast<std::int64_t>(info.bytesReceived);
+    return true;
+  }
+
+  const int m_port;
+  std::mutex m_mutex;
+  /// The kernel's number of the calling thread; 0 while no call is watched.
+  long m_thread = 0;
+  /// The call's socket at the latest look that found it: its number, -1 for none, and its identity.
+  int m_descriptor = -1;
+  ino_t m_inode = 0;
+  CallProgress m_progress;
+};
+
+} // namespace tarnwell

@@ -1,0 +1,48 @@
+# Debian packages, `cpack --config build/release/CPackConfig.cmake -B build/packages`, and the archive of the sources,
+# the same with CPackSourceConfig.cmake.
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_CONTACT ${contact})
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS OFF)
+
+configure_file(changelog.in changelog @ONLY)
+
+# debian_package(COMPONENT PACKAGE SECTION DESCRIPTION): the description's first line is the synopsis.
+macro(debian_package component package section description)
+  string(TOUPPER ${component} upper)
+  list(APPEND CPACK_COMPONENTS_ALL ${component})
+  set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${package})
+  set(CPACK_DEBIAN_${upper}_PACKAGE_SECTION ${section})
+  set(CPACK_COMPONENT_${upper}_DESCRIPTION "${description}")
+  install(FILES copyright DESTINATION ${doc}/${package} COMPONENT ${component})
+  install_zipped(${CMAKE_CURRENT_BINARY_DIR}/changelog ${doc}/${package} ${component})
+endmacro()
+
+debian_package(tarnwell tarnwell net "Map service plug-in for a mind-mapping application, with a console host
+The plug-in gives the application access to the maps that a user keeps on the
+service; the console host does the same from a terminal.")
+debian_package(localservice tarnwell-localservice net "Map service on one machine, for development and tests
+Keeps maps and accounts in one SQLite file and answers hosts of the Tarnwell
+plug-in as the service in the cloud does. Runs by hand or as a user unit of
+systemd, on the loopback interface.")
+debian_package(dev tarnwell-dev libdevel "Headers for hosts of the Tarnwell plug-in
+They are all that a host compiles against, with their description for CMake and
+pkg-config. The local service to try a host with is in tarnwell-localservice.")
+debian_package(doc tarnwell-doc doc "Documentation of the Tarnwell plug-in and its tools
+How a host uses the plug-in, what travels on the wire, how the code is built,
+and how to change it.")
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "tarnwell (= ${PROJECT_VERSION}), qtbase5-dev (>= 5.15)")
+set(CPACK_DEBIAN_DEV_PACKAGE_SUGGESTS "tarnwell-doc, tarnwell-localservice")
+set(CPACK_DEBIAN_DOC_PACKAGE_ARCHITECTURE all)
+
+set(CPACK_SOURCE_GENERATOR TXZ)
+set(CPACK_SOURCE_PACKAGE_FILE_NAME tarnwell-${PROJECT_VERSION})
+# Anchored, because the tree itself may lie in a folder named build.
+string(REGEX REPLACE "([][+.*?()^$|\\])" "\\\\\\1" tree ${CMAKE_SOURCE_DIR})
+set(CPACK_SOURCE_IGNORE_FILES "^${tree}/build/" "/\\\\.git$" "/\\\\.git/" "^${tree}/\\\\.clangd/" "^${tree}/\\\\.cache/")
+include(CPack)

@@ -1,0 +1,168 @@
+#include "protocol/binding/Block.h"
+
+#include "protocol/binding/Base64.h"
+#include "protocol/binding/BlockMemory.h"
+#include "protocol/soap/RuntimeInternals.h"
+
+#include <algorithm>
+
+namespace tarnwell {
+namespace {
+
+/// Bytes that may be written when `characters` of base64 text are decoded.
+constexpr std::size_t decodedSize(std::size_t characters) { return characters / 4 * 3 + 3 + base64::decodeSlack; }
+
+/// Makes room in `block` for the base64 text in the receive buffer. What may follow it decides how much is asked for.
+bool makeRoom(struct soap* soap, OpenBlock& block) {
+  const std::string_view next = unread(soap);
+  const std::size_t end = std::min(next.find('<'), next.size());
+  std::size_t more = 0; // characters
+  if (block.size() > 0)
+    more = expectedBytes(soap);
+  else if (end == next.size()) // goes on behind the buffer: most of those end in the next one
+    more = next.size() + SOAP_BUFLEN;
+  return block.grow(decodedSize(end), decodedSize(more));
+}
+
+/// The bits collected so far, `count` bytes of them.
+bool append(struct soap* soap, OpenBlock& block, unsigned bits, std::size_t count) {
+  if (block.room() < decodedSize(0) && !makeRoom(soap, block))
+    return false;
+  for (std::size_t i = 0; i < count; ++i)
+    block.end()[i] = static_cast<unsigned char>(bits >> (16 - 8 * i));
+  block.extend(count);
+  return true;
+}
+
+/// Base64 text up to the element's end tag or first child. Blanks are allowed anywhere, padding at the end only.
+int readBase64(struct soap* soap, OpenBlock& block) {
+  unsigned group = 0;
+  int characters = 0;
+  bool padded = false;
+  for (;;) {
+    if (unread(soap).empty() && soap_recv(soap))
+      return soap->error = SOAP_CHK_EOF;
+    const std::string_view next = unread(soap);
+    if (!soap->ahead && !soap->cdata && next.substr(0, 2) == "</")
+      break;
+    if (characters == 0 && !padded && !soap->ahead && next.size() >= 4) {
+      if (block.room() < decodedSize(0) && !makeRoom(soap, block))
+        return soap->error = SOAP_EOM;
+      const std::size_t fitting = (block.room() - base64::decodeSlack) / 3 * 4;
+      const std::size_t taken = base64::decodeGroups(next.data(), std::min(next.size(), fitting), block.end());
+      block.extend(taken / 4 * 3);
+      skipUnread(soap, taken);
+      if (taken == fitting || taken == next.size())
+        continue;
+    }
+    // One character the slow way: a blank, padding, an odd group at the buffer's edge, the end.
+    const soap_wchar c = soap_get(soap);
+    if (static_cast<int>(c) == EOF)
+      return soap->error = SOAP_CHK_EOF;
+    if (c == endTagMark || c == startTagMark) {
+      soap_unget(soap, c);
+      break;
+    }
+    const int character = static_cast<int>(c & 0x7fffffff);
+    if (isBlank(character))
+      continue;
+    const int bits = base64::decodeCharacter(character);
+    padded = padded || (character == '=' && characters >= 2);
+    if (padded && character == '=')
+      continue;
+    if (bits < 0 || padded)
+      return soap->error = SOAP_TYPE;
+    group = group << 6 | static_cast<unsigned>(bits);
+    if (++characters < 4)
+      continue;
+    if (!append(soap, block, group, 3))
+      return soap->error = SOAP_EOM;
+    characters = 0;
+  }
+  if (characters == 1)
+    return soap->error = SOAP_TYPE;
+  // Two characters left are one byte, three are two.
+  if (characters > 1 &&
+      !append(soap, block, group << (characters == 2 ? 12 : 6), static_cast<std::size_t>(characters - 1)))
+    return soap->error = SOAP_EOM;
+  return SOAP_OK;
+}
+
+int readBlock(struct soap* soap, const Type&, void* value) {
+  xsd__base64Binary& block = *static_cast<xsd__base64Binary*>(value);
+  if (*soap->href) // not "#": the data is an attachment
+    return soap_attachment_forward(soap, &block.__ptr, &block.__size, &block.id, &block.type, &block.options);
+  if (!soap->body)
+    return SOAP_OK;
+  ContextMemory ofContext(soap);
+  BlockMemory* const given = blockMemory(soap);
+  OpenBlock open(given && !given->hasReferences ? *given : ofContext);
+  if (readBase64(soap, open))
+    return soap->error;
+  if (open.size() > 0) {
+    unsigned char* const bytes = open.close();
+    if (!bytes)
+      return soap->error = SOAP_EOM;
+    block.__ptr = bytes;
+    block.__size = static_cast<int>(open.size());
+    return SOAP_OK;
+  }
+  // Without data there may be an XOP include, which names an attachment.
+  if (peekElement(soap) && soap->error != SOAP_NO_TAG)
+    return soap->error;
+  soap->error = SOAP_OK;
+  return soap_xop_forward(soap, &block.__ptr, &block.__size, &block.id, &block.type, &block.options);
+}
+
+int writeBase64(struct soap* soap, const unsigned char* bytes, std::size_t size) {
+  if (countOnly(soap, base64::encodedSize(size)))
+    return SOAP_OK;
+  // Straight into the send buffer where there is one, otherwise by pieces.
+  char piece[4096];
+  while (size > 0) {
+    std::size_t room = 0;
+    char* const buffer = sendRoom(soap, room);
+    if (buffer && room < 4) {
+      if (soap_flush(soap))
+        return soap->error;
+      continue;
+    }
+    const std::size_t taken = std::min(size, (buffer ? room : sizeof piece) / 4 * 3);
+    base64::encode(bytes, taken, buffer ? buffer : piece);
+    if (buffer)
+      extendSent(soap, base64::encodedSize(taken));
+    else if (soap_send_raw(soap, piece, base64::encodedSize(taken)))
+      return soap->error;
+    bytes += taken;
+    size -= taken;
+  }
+  return SOAP_OK;
+}
+
+int writeBlock(struct soap* soap, const Type&, const void* value) {
+  const xsd__base64Binary& block = *static_cast<const xsd__base64Binary*>(value);
+  return writeBase64(soap, block.__ptr, block.__ptr && block.__size > 0 ? static_cast<std::size_t>(block.__size) : 0);
+}
+
+void markAttachment(struct soap* soap, const Type& type, const void* value) {
+  const xsd__base64Binary& block = *static_cast<const xsd__base64Binary*>(value);
+  if (!block.__ptr || (!block.id && !block.type))
+    return;
+  soap->omode |= SOAP_ENC_DIME; // document/literal messages have attachments only when told so
+  static_cast<void>(
+      soap_attachment_reference(soap, value, block.__ptr, block.__size, type.number, block.id, block.type));
+}
+
+bool announceAttachment(struct soap* soap, const Type& type, const void* value, const char* tag, int& id,
+                        const char* name) {
+  const xsd__base64Binary& block = *static_cast<const xsd__base64Binary*>(value);
+  id = soap_attachment(soap, tag, id, value, block.__ptr, block.__size, block.id, block.type, block.options, name,
+                       type.number);
+  return id >= 0;
+}
+
+} // namespace
+
+constexpr Codec blockCodec = {readBlock, writeBlock, false, markAttachment, announceAttachment};
+
+} // namespace tarnwell

@@ -1,0 +1,39 @@
+// Character data: what stands between an element's tags, read without the runtime's character-by-character readers, and
+// wide text to and from UTF-8.
+#pragma once
+
+#include "protocol/soap/Runtime.h"
+
+#include <string>
+#include <string_view>
+
+namespace tarnwell {
+
+/// The character data of the element that was just begun, as UTF-8: references and CDATA sections resolved, comments
+/// and processing instructions left out, nested elements kept as literal markup.
+class Content {
+public:
+  /// Reads up to the element's end tag. Returns 0 or the runtime's error code, also set in the context.
+  [[nodiscard]] int read(struct soap* soap);
+  /// What was read. May lie in the receive buffer: valid until the next read from the context.
+  std::string_view text() const { return m_text; }
+  /// The same without blanks around it.
+  std::string_view trimmed() const;
+
+private:
+  std::string m_collected;
+  std::string_view m_text;
+};
+
+/// Replaces `wide` by the code points of `utf8`. A byte that starts no well-formed sequence is taken as ISO 8859-1, as
+/// the runtime does.
+void decodeUtf8(std::string_view utf8, std::wstring& wide);
+
+/// Writes text as element content: UTF-8 with "&", "<", ">" and carriage return (which readers would turn into a line
+/// feed) as references. What XML cannot carry becomes U+FFFD: one such character would cost the whole request. Returns
+/// 0 or the runtime's code.
+[[nodiscard]] int writeText(struct soap* soap, const std::wstring& wide);
+/// The same for text that is UTF-8 already.
+[[nodiscard]] int writeText(struct soap* soap, std::string_view utf8);
+
+} // namespace tarnwell

@@ -1,0 +1,31 @@
+// The operations of the service as data: what clients, servers and documentation need to know of each.
+#pragma once
+
+#include "protocol/schema/TypeNumbers.h"
+
+#include <cstddef>
+
+namespace tarnwell {
+
+/// One operation. Texts are constants.
+struct Operation {
+  const char* name;            ///< on the wire: "GetMapsList_NEW_DESKTOP"
+  const char* action;          ///< SOAP action: the service namespace followed by the name
+  const char* requestElement;  ///< "dsns:GetMapsList_NEW_DESKTOP"
+  const char* responseElement; ///< "dsns:GetMapsList_NEW_DESKTOPResponse"
+  int request;                 ///< type of the request element
+  int response;                ///< type of the response element
+};
+
+/// Position of an operation in `operations`.
+enum class OperationIndex : std::size_t {
+#define TARNWELL_OPERATION(Name, Wire, Shape, Result) Name,
+#include "protocol/schema/Operations.inc"
+#undef TARNWELL_OPERATION
+  count
+};
+
+/// All operations, in the slot order of the proxy.
+extern const Operation operations[static_cast<std::size_t>(OperationIndex::count)];
+
+} // namespace tarnwell

@@ -1,0 +1,160 @@
+#include "protocol/soap/Exchange.h"
+
+#include "protocol/Deployment.h"
+#include "protocol/soap/Envelope.h"
+#include "protocol/soap/RuntimeInternals.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <strings.h>
+
+namespace tarnwell {
+namespace {
+
+/// However an exchange ends, closes the socket and puts back what it changed in the context, whose error stays:
+/// - the mode, which a request with attachments sets;
+/// - proxy credentials, which are taken out when they are too long for the runtime's buffer;
+/// - the header of an earlier answer: from then on every request carries an empty one until the context's objects are
+///   released, but the runtime forgets it with the next answer that has none.
+class ExchangeScope {
+public:
+  explicit ExchangeScope(struct soap* soap)
+      : m_soap(soap), m_mode(soap->omode), m_user(soap->proxy_userid), m_password(soap->proxy_passwd),
+        m_header(soap->header) {
+    if (m_user && m_password && std::strlen(m_user) + std::strlen(m_password) > longestCredentials)
+      soap->proxy_userid = soap->proxy_passwd = nullptr;
+  }
+  ExchangeScope(const ExchangeScope&) = delete;
+  ExchangeScope& operator=(const ExchangeScope&) = delete;
+  ~ExchangeScope() {
+    m_soap->omode = m_mode;
+    m_soap->proxy_userid = m_user;
+    m_soap->proxy_passwd = m_password;
+    if (!m_soap->header)
+      m_soap->header = m_header;
+    soap_closesock(m_soap);
+  }
+
+private:
+  /// Characters of user and password together.
+  static constexpr std::size_t longestCredentials = 760;
+
+  struct soap* m_soap;
+  soap_mode m_mode;
+  const char* m_user;
+  const char* m_password;
+  SOAP_ENV__Header* m_header;
+};
+
+/// Emits the message; run twice, once to count it and once to send it.
+int writeMessage(struct soap* soap, const Operation& operation, const SchemaObject* request) {
+  if (beginEnvelope(soap) || soap_putheader(soap) || soap_body_begin_out(soap))
+    return soap->error;
+  if (request && request->soap_put(soap, operation.requestElement, ""))
+    return soap->error;
+  return soap_body_end_out(soap) || soap_envelope_end_out(soap) ? soap->error : SOAP_OK;
+}
+
+int send(struct soap* soap, const char* endpoint, const char* action, const Operation& operation,
+         const SchemaObject* request) {
+  beginMessage(soap);
+  soap->encodingStyle = nullptr; // document/literal
+  soap_serializeheader(soap);
+  if (request)
+    request->soap_serialize(soap);
+  if (soap_begin_count(soap))
+    return soap->error;
+  if (soap->mode & SOAP_IO_LENGTH && writeMessage(soap, operation, request))
+    return soap->error;
+  if (soap_end_count(soap) || soap_connect(soap, endpoint, action) || writeMessage(soap, operation, request))
+    return soap->error;
+  return soap_end_send(soap);
+}
+
+/// The result of a call whose answer is a fault, by the code of SOAP 1.2 Part 1 section 5.4.6 or its SOAP 1.1 name. The
+/// codes have the prefix of the namespace table, whatever the answer's own was.
+int faultResult(const char* code) {
+  static constexpr struct {
+    const char* code;
+    int result;
+  } results[] = {
+      {"SOAP-ENV:Server", SOAP_SVR_FAULT},
+      {"SOAP-ENV:Receiver", SOAP_SVR_FAULT},
+      {"SOAP-ENV:Client", SOAP_CLI_FAULT},
+      {"SOAP-ENV:Sender", SOAP_CLI_FAULT},
+      {"SOAP-ENV:MustUnderstand", SOAP_MUSTUNDERSTAND},
+      {"SOAP-ENV:VersionMismatch", SOAP_VERSIONMISMATCH},
+  };
+  for (const auto& known : results)
+    if (code && std::strcmp(code, known.code) == 0)
+      return known.result;
+  return SOAP_FAULT;
+}
+
+/// Called when the response element could not be read. Reads a fault in its place, if that is what failed.
+int receiveFault(struct soap* soap) {
+  const int first = soap->error;
+  // Only an empty body, or another element directly in it, can be a fault.
+  if (first != SOAP_NO_TAG && (first != SOAP_TAG_MISMATCH || soap->level != 2))
+    return first;
+  soap->error = SOAP_OK;
+  if (soap_getfault(soap)) {
+    *soap_faultcode(soap) = soap->version == 2 ? "SOAP-ENV:Sender" : "SOAP-ENV:Client";
+    return soap->error = first;
+  }
+  const int result = faultResult(faultCode(soap));
+  // The fault is complete: what follows it changes nothing any more.
+  if (!soap_body_end_in(soap) && !soap_envelope_end_in(soap))
+    static_cast<void>(soap_end_recv(soap));
+  return soap->error = result;
+}
+
+/// The runtime's call-back for an encoding in the XML declaration that is none of its own (UTF-8, ISO-8859-1), whose
+/// bytes it would take for one of these. What follows the name is the rest of the declaration.
+int refuseEncoding(struct soap*, const char* encoding) {
+  constexpr char ascii[] = "US-ASCII";
+  return strncasecmp(encoding, ascii, sizeof ascii - 1) == 0 ? SOAP_OK : SOAP_UTF_ERROR;
+}
+
+/// Whether the runtime may have the settings. Of another scheme it waits for ever or sends the envelope, with the
+/// password, to a bare socket; a control character ends the request's first line, a blank begins another endpoint; and
+/// a port is taken modulo 65536.
+bool canConnect(const struct soap* soap, const char* endpoint) {
+  constexpr char scheme[] = "http://";
+  constexpr std::size_t schemeSize = sizeof scheme - 1;
+  const auto isForbidden = [](unsigned char c) { return c <= ' ' || c == 0x7f; };
+  return strncasecmp(endpoint, scheme, schemeSize) == 0 && std::strcspn(endpoint + schemeSize, ":/?#") > 0 &&
+         std::none_of(endpoint, endpoint + std::strlen(endpoint), isForbidden) &&
+         (!soap->proxy_host || (soap->proxy_port >= 1 && soap->proxy_port <= 65535));
+}
+
+} // namespace
+
+int exchange(struct soap* soap, const char* endpoint, const char* action, OperationIndex index,
+             const SchemaObject* request, SchemaObject* response) {
+  const Operation& operation = operations[static_cast<std::size_t>(index)];
+  endpoint = endpoint ? endpoint : TARNWELL_TEST_ENDPOINT;
+  if (!canConnect(soap, endpoint))
+    return soap->error = SOAP_TCP_ERROR;
+  const ExchangeScope scope(soap);
+  if (send(soap, endpoint, action ? action : operation.action, operation, request))
+    return soap->error;
+  if (!response)
+    return soap->error;
+  response->soap_default(soap);
+  soap->fencoding = refuseEncoding;
+  if (soap_begin_recv(soap) || soap_envelope_begin_in(soap))
+    return soap->error;
+  if (soap->version == 0) // the runtime takes any XML for an answer, too
+    return soap->error = SOAP_TAG_MISMATCH;
+  if (soap_recv_header(soap) || soap_body_begin_in(soap))
+    return soap->error;
+  if (!response->soap_get(soap, operation.responseElement, nullptr))
+    return receiveFault(soap);
+  if (soap_body_end_in(soap) || soap_envelope_end_in(soap) || endReceive(soap))
+    return soap->error;
+  return soap->error = SOAP_OK;
+}
+
+} // namespace tarnwell

@@ -1,0 +1,195 @@
+#include "protocol/soap/RuntimeInternals.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+
+namespace tarnwell {
+namespace {
+
+/// Whether a start tag's name ends here: at a blank, "/" or ">", all of them below the letters.
+bool endsName(char c) {
+  constexpr std::uint64_t ends = ((2ULL << ' ') - 1) | 1ULL << '/' | 1ULL << '>';
+  const unsigned code = static_cast<unsigned char>(c);
+  return code < 64 && (ends >> code & 1) != 0;
+}
+
+/// The runtime keeps the attributes of earlier elements and looks through them at each element: drops them, so that
+/// many names cost linear time.
+void dropAttributes(struct soap* soap) {
+  while (struct soap_attribute* const attribute = soap->attributes) {
+    soap->attributes = attribute->next;
+    SOAP_FREE(soap, attribute->value);
+    SOAP_FREE(soap, attribute);
+  }
+}
+
+/// Does what soap_peek_element does for a start tag without attributes, or an end tag, that is whole in the buffer:
+/// most of an answer. False: it is something else, and nothing was done.
+bool peekPlainTag(struct soap* soap) {
+  const std::string_view next = unread(soap);
+  const char* at = next.data();
+  const char* const end = at + next.size();
+  while (at < end && isBlank(*at))
+    ++at;
+  if (soap->ahead || soap->cdata || soap->feltbegin || soap->mode & SOAP_XML_DOM || end - at < 3 || *at++ != '<')
+    return false;
+  std::size_t size = 0;
+  const std::size_t most = std::min<std::size_t>(static_cast<std::size_t>(end - at), sizeof soap->tag);
+  const bool endTag = *at == '/';
+  if (!endTag) {
+    while (size < most && !endsName(at[size]))
+      ++size;
+    if (size == 0 || size == most || at[size] != '>' || *at == '!' || *at == '?' || *at == '%')
+      return false;
+    std::memcpy(soap->tag, at, size);
+  }
+  soap->tag[size] = '\0';
+  soap->peeked = 1;
+  soap->id[0] = soap->href[0] = soap->type[0] = '\0';
+  soap->arrayType[0] = soap->arraySize[0] = soap->arrayOffset[0] = '\0';
+  soap->other = soap->null = soap->mustUnderstand = 0;
+  soap->position = 0;
+  soap->root = -1;
+  soap->bufidx = static_cast<std::size_t>(at + size + 1 - soap->buf);
+  if (endTag) {
+    soap->ahead = endTagMark;
+    soap->error = SOAP_NO_TAG;
+    return true;
+  }
+  soap_pop_namespace(soap);
+  dropAttributes(soap);
+  soap->body = 1;
+  soap->error = SOAP_OK;
+  return true;
+}
+
+} // namespace
+
+ULONG64 expectedBytes(const struct soap* soap) {
+  // What the runtime counts has the HTTP header in it, of one buffer at most.
+  const ULONG64 read = soap->count - unread(soap).size(), most = soap->length + SOAP_BUFLEN;
+  return soap->length ? most - std::min(most, read) : 0;
+}
+
+int peekElement(struct soap* soap) {
+  const bool again = soap->peeked != 0;
+  if (!again && peekPlainTag(soap))
+    return soap->error;
+  if (!again)
+    dropAttributes(soap);
+  if (soap_peek_element(soap) || again || *soap->href)
+    return soap->error;
+  for (const struct soap_attribute* attribute = soap->attributes; attribute; attribute = attribute->next)
+    if (attribute->visible && attribute->value && std::strcmp(attribute->name, "href") == 0)
+      std::snprintf(soap->href, sizeof soap->href, "%s", attribute->value);
+  return SOAP_OK;
+}
+
+int endElement(struct soap* soap, const char* tag) {
+  const std::string_view next = unread(soap);
+  const bool peekedAtEnd = soap->peeked && !*soap->tag && soap->ahead == endTagMark;
+  if (soap->mode & (SOAP_XML_STRICT | SOAP_XML_DOM) || soap->feltendin || soap->cdata)
+    return soap_element_end_in(soap, tag);
+  if (peekedAtEnd) { // "</" was taken: the rest of the tag, whatever its name, without anything behind it
+    const std::size_t close = next.find('>');
+    if (close == next.npos || next.find_first_of(" \t\r\n<\"'&") < close)
+      return soap_element_end_in(soap, tag);
+    skipUnread(soap, close + 1);
+    soap->peeked = 0;
+    soap->ahead = 0;
+    soap->error = SOAP_OK;
+    --soap->level;
+    return SOAP_OK;
+  }
+  // The very end tag of the start tag taken last, whole in the buffer: nothing for the runtime to find out.
+  const std::size_t size = std::strlen(soap->tag);
+  if (soap->error || soap->peeked || soap->ahead || next.size() < size + 3 || next[0] != '<' || next[1] != '/' ||
+      next[size + 2] != '>' || next.compare(2, size, soap->tag, size) != 0)
+    return soap_element_end_in(soap, tag);
+  skipUnread(soap, size + 3);
+  --soap->level;
+  return SOAP_OK;
+}
+
+int endReceive(struct soap* soap) {
+  std::uintptr_t ids = 0; // no branch in the loop, so that it takes several entries at a time
+  for (const soap_ilist* const entry : soap->iht)
+    ids |= reinterpret_cast<std::uintptr_t>(entry);
+  if (ids || soap->mode & (SOAP_ENC_DIME | SOAP_ENC_MIME | SOAP_ENC_ZLIB) || (soap->mode & SOAP_IO) == SOAP_IO_CHUNK ||
+      soap->xlist || soap->fpreparefinalrecv)
+    return soap_end_recv(soap);
+  soap_pop_namespace(soap);
+  soap->part = SOAP_END;
+  return SOAP_OK;
+}
+
+void beginMessage(struct soap* soap) {
+  if (soap->pblk || soap->nlist)
+    return soap_begin(soap);
+  soap->error = SOAP_OK;
+  if (!soap->keep_alive)
+    soap->buflen = soap->bufidx = 0;
+  soap->encoding = 0;
+  soap->mode = 0;
+  soap->part = SOAP_END;
+  soap->peeked = 0;
+  soap->ahead = 0;
+  soap->level = 0;
+  soap_set_namespaces(soap, soap->namespaces); // the request's, not those of the last answer
+}
+
+int beginEnvelope(struct soap* soap) {
+  if (soap->namespaces != namespaces ||
+      soap->mode & (SOAP_XML_CANONICAL | SOAP_XML_DOM | SOAP_XML_INDENT | SOAP_XML_DEFAULTNS))
+    return soap_envelope_begin_out(soap);
+  soap->part = SOAP_IN_ENVELOPE;
+  if (soap_send(soap, soap->prolog) || soap_send(soap, "<SOAP-ENV:Envelope"))
+    return soap->error;
+  for (const Namespace* row = namespaces; row->id; ++row)
+    for (const char* const text : {" xmlns:", row->id, "=\"", row->ns, "\""})
+      if (soap_send(soap, text))
+        return soap->error;
+  soap->ns = 1; // the namespaces are declared
+  ++soap->level;
+  return soap_send(soap, ">");
+}
+
+bool countOnly(struct soap* soap, std::size_t size) {
+  if (!(soap->mode & SOAP_IO_LENGTH))
+    return false;
+  soap->count += size;
+  return true;
+}
+
+char* sendRoom(struct soap* soap, std::size_t& room) {
+  const bool isBuffered = (soap->mode & SOAP_IO) != SOAP_IO_FLUSH;
+  room = isBuffered ? sizeof soap->buf - soap->bufidx : 0;
+  return isBuffered ? soap->buf + soap->bufidx : nullptr;
+}
+
+int forEachPending(struct soap* soap, int (*write)(struct soap* soap, const void* object, int id, int type)) {
+  if (soap->version != 1 || !soap->encodingStyle || soap->mode & (SOAP_XML_TREE | SOAP_XML_GRAPH))
+    return SOAP_OK;
+  constexpr char independent = 2; // the runtime's mark; mark1 is that of the counting pass
+  for (const soap_plist* const chain : soap->pht)
+    for (const soap_plist* entry = chain; entry; entry = entry->next)
+      if ((entry->mark1 == independent || entry->mark2 == independent) &&
+          write(soap, entry->ptr, entry->id, entry->type))
+        return soap->error;
+  return SOAP_OK;
+}
+
+void deleteObject(struct soap* soap, soap_clist* entry) {
+  entry->fdelete(soap, entry);
+  soap_clist* const first = soap->clist;
+  soap->clist = first->next;
+  if (first != entry) {
+    first->next = entry->next;
+    *entry = *first;
+  }
+  SOAP_FREE(soap, first);
+}
+
+} // namespace tarnwell

@@ -1,0 +1,24 @@
+// The host's side of a test: a service of the library that talks to a scripted one.
+#pragma once
+
+#include "tests/HostOperations.h"
+#include "tests/ScriptedService.h"
+#include "tests/Table.h"
+#include "tests/Xml.h"
+
+#include <gtest/gtest.h>
+
+/// A service of the library and the scripted one that it talks to.
+class ServiceUnderTest {
+public:
+  explicit ServiceUnderTest(const std::vector<Reply>& replies) : server(replies) {
+    service.setEndPoint(QString::fromStdString(server.url()));
+  }
+  ServiceUnderTest(const std::string& operation, const std::string& result)
+      : ServiceUnderTest({reply(200, message::answer(operation, result))}) {}
+  void expectRequest(const std::string& body) const {
+    EXPECT_EQ(canonical(message::request(body)), canonical(server.request().body));
+  }
+  ScriptedService server;
+  TarnwellService service;
+};
