@@ -2,7 +2,7 @@
 // operations' good answers, and on many copies of each with some bytes changed.
 //   split_test FOLDER COUNT
 #include "tests/HostOperations.h"
-#include "tests/ScriptedService.h"
+#include "tests/Http.h"
 
 #include <filesystem>
 #include <fstream>
