@@ -7,7 +7,7 @@
 #include <QtCore/QFileInfo>
 
 #include <cerrno>
-#include <cxxabi.h>
+#include <exception>
 #include <optional>
 #include <pwd.h>
 #include <sys/stat.h>
@@ -69,13 +69,13 @@ template <class Response, class Result> int mapOutcome(int code, const Response*
 }
 
 /// Runs `body`, which may throw; then the result is `failed`. The unwinding of a thread that is cancelled in a call
-/// passes through, as it must: whoever stops it ends the process.
+/// passes through, as it must: whoever stops it ends the process. It is no exception that current_exception() knows.
 template <class Result, class Body> Result contain(Result failed, Body body) {
   try {
     return body();
-  } catch (const abi::__forced_unwind&) {
-    throw;
   } catch (...) {
+    if (!std::current_exception())
+      throw;
     return failed;
   }
 }
