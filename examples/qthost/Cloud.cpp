@@ -60,8 +60,8 @@ void Cloud::start(const Call& call, const Done& done) {
       const tarnwell::CallMonitor::Watch watch(*m_monitor);
       result = call(*m_service);
     }
-    QMetaObject::invokeMethod(
-        this, [finish, result] { finish(result); }, Qt::QueuedConnection);
+    const auto deliver = [finish, result] { finish(result); };
+    QMetaObject::invokeMethod(this, deliver, Qt::QueuedConnection);
   };
   QMetaObject::invokeMethod(&m_worker, work, Qt::QueuedConnection);
 }

@@ -42,7 +42,8 @@ public:
 private:
   QString m_error;
   std::unique_ptr<ITarnwellService> m_service;
-  std::unique_ptr<tarnwell::CallMonitor> m_monitor;
+  /// Made anew for each endpoint: it knows the port.
+  std::unique_ptr<tarnwell::CallMonitor> m_monitor = std::make_unique<tarnwell::CallMonitor>(80);
   bool m_isBusy = false;
   bool m_hasGivenUp = false;
   QTimer m_ender;

@@ -99,10 +99,13 @@ void Window::logIn() {
     return service.login(user, password);
   };
   start("Logging in", 0, call, [this](int result) {
-    if (result != ResultOk)
-      return;
-    m_isLoggedIn = true;
-    list();
+    if (result == ResultFailed)
+      return; // the user is logged in as before
+    m_isLoggedIn = result == ResultOk;
+    m_maps.clear();
+    m_list.clear();
+    if (m_isLoggedIn)
+      list();
   });
 }
 
@@ -241,8 +244,8 @@ void Window::start(const QString& activity, qint64 size, const Cloud::Call& call
   m_cloud.start(call, [this, done](int result) {
     m_progressTimer.stop();
     showResult(result);
-    enableButtons();
     done(result);
+    enableButtons();
   });
   m_progressTimer.start(period);
   m_progress.setRange(0, 0); // until the first look
