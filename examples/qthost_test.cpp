@@ -21,6 +21,7 @@ extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppression
 namespace {
 
 constexpr int patience = 20000; // milliseconds; nothing here takes more than a fraction
+constexpr int quickExit = 2;    // the status when a Cloud has ended the process, which is no success of the test
 
 /// The example's window and the hands that use it.
 struct Desk {
@@ -80,6 +81,11 @@ struct Desk {
   }
 };
 
+void awaitPhase(Cloud& cloud, tarnwell::CallProgress::Phase phase) {
+  if (!QTest::qWaitFor([&] { return cloud.progress().phase == phase; }, patience))
+    throw std::runtime_error("the call does not begin");
+}
+
 QByteArray read(const QString& name) {
   QFile file(name);
   return file.open(QIODevice::ReadOnly) ? file.readAll() : "no such file";
@@ -137,7 +143,7 @@ void useMaps(Desk& desk, const QString& endPoint, const QDir& maps, const QStrin
 
 void giveUp(Desk& desk, const QString& endPoint, const QString& silent, const QString& largeFile) {
   desk.logIn(silent, "secret");
-  QTest::qWait(200);
+  awaitPhase(desk.cloud, tarnwell::CallProgress::Connected);
   QElapsedTimer timer;
   timer.start();
   desk.press("Give up");
@@ -156,7 +162,7 @@ void giveUp(Desk& desk, const QString& endPoint, const QString& silent, const QS
   desk.logIn(endPoint, "secret");
   desk.await("3 maps");
   desk.logIn(silent, "secret"); // in which the window is closed
-  QTest::qWait(200);
+  awaitPhase(desk.cloud, tarnwell::CallProgress::Connected);
 }
 
 void run(const QDir& previews, const QString& picture) {
@@ -194,7 +200,7 @@ void run(const QDir& previews, const QString& picture) {
     throw std::runtime_error("quitting took more than a second");
   QProcess other;
   other.start(QApplication::applicationFilePath(), {"quit"});
-  if (!other.waitForFinished(patience) || other.exitCode() != 0)
+  if (!other.waitForFinished(patience) || other.exitCode() != quickExit)
     throw std::runtime_error("quitting without a connection failed");
   service.terminate();
   service.waitForFinished(patience);
@@ -205,13 +211,14 @@ int quit() {
   Cloud cloud(TARNWELL_PLUGIN);
   cloud.setEndPoint("http://127.0.0.1/");
   cloud.start([](ITarnwellService&) { return pause(); }, {});
-  QTest::qWait(200);
-  return 1; // the Cloud ends the process with 0 instead
+  awaitPhase(cloud, tarnwell::CallProgress::NotConnected);
+  return 0; // not reached: the Cloud ends the process
 }
 
 } // namespace
 
 int main(int argc, char** argv) try {
+  std::at_quick_exit([] { std::_Exit(quickExit); });
   const QApplication application(argc, argv);
   if (QApplication::arguments().value(1) == "quit")
     return quit();

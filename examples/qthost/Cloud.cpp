@@ -36,7 +36,7 @@ Cloud::~Cloud() {
     m_monitor->endCall();
     // In the look-up of a name there is no connection to end. Nothing may be destroyed under the thread.
     if (timer.elapsed() > patience)
-      std::_Exit(EXIT_SUCCESS);
+      std::quick_exit(EXIT_SUCCESS);
   }
 }
 
