@@ -15,7 +15,7 @@ namespace {
 constexpr char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr std::uint32_t notBase64 = 0x80000000U;
 
-/// 12 bits to two characters, in the order of memory.
+/// Table from 12 bits to two characters, in the order in which they lie in memory.
 constexpr std::array<std::array<char, 2>, 4096> makePairs() {
   std::array<std::array<char, 2>, 4096> pairs{};
   for (std::size_t bits = 0; bits < pairs.size(); ++bits)
@@ -23,7 +23,8 @@ constexpr std::array<std::array<char, 2>, 4096> makePairs() {
   return pairs;
 }
 
-/// A character at each of a group's four places to its bits in three little-endian bytes.
+/// Tables, one for each of the four places of a group: from the character there to its bits in the group's three bytes,
+/// as a little-endian number.
 constexpr std::array<std::array<std::uint32_t, 256>, 4> makeBits() {
   std::array<std::array<std::uint32_t, 256>, 4> bits{};
   for (auto& place : bits) {
@@ -67,7 +68,7 @@ std::size_t decodeByTable(const char* text, std::size_t size, unsigned char* to)
 
 #ifdef __x86_64__
 
-/// The same 16 bytes in both halves of a register.
+/// A register with the same 16 bytes in its lower and its upper half.
 __attribute__((target("avx2"))) __m256i twice(const char (&bytes)[17]) {
   return _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes)));
 }
@@ -76,8 +77,9 @@ __attribute__((target("avx2"))) __m256i load(const void* from) {
   return _mm256_loadu_si256(static_cast<const __m256i*>(from));
 }
 
-// 24 bytes to 32 characters at a time: spread 12 bytes over each half, cut them into 6-bit values with two
-// multiplications, and add to each value the distance to its character, by range.
+// Encodes 24 bytes to 32 characters at a time: spreads 12 bytes over each half of a register, cuts them into 6-bit
+// values with two multiplications, and adds to each value the distance to its character, which depends on the value's
+// range.
 __attribute__((target("avx2"))) std::size_t encodeByVector(const unsigned char* bytes, std::size_t size, char* to) {
   const __m256i spread = twice("\1\0\2\1\4\3\5\4\7\6\10\7\12\11\13\12");
   const __m256i distances = twice("\101\107\374\374\374\374\374\374\374\374\374\374\355\360\0\0");
@@ -99,8 +101,9 @@ __attribute__((target("avx2"))) std::size_t encodeByVector(const unsigned char* 
   return written + encodeByTable(bytes, size, to + written);
 }
 
-// 32 characters to 24 bytes at a time: the two halves of a character pick bit sets that meet only where it is none of
-// the alphabet's, and the upper half picks the distance to its value; two multiplications join the values.
+// Decodes 32 characters to 24 bytes at a time. The upper and the lower four bits of a character select a set of bits
+// each; the sets have a common bit only if the character is not of the alphabet. The upper four bits also select the
+// distance from the character to its value. Two multiplications join the values.
 __attribute__((target("avx2"))) std::size_t decodeByVector(const char* text, std::size_t size, unsigned char* to) {
   const __m256i lower = twice("\25\21\21\21\21\21\21\21\21\21\23\32\33\33\33\32");
   const __m256i upper = twice("\20\20\1\2\4\10\4\10\20\20\20\20\20\20\20\20");

@@ -1,5 +1,5 @@
-// Base64 as fast as this machine does it, for the floor: AVX2 where the processor has it, else table look-ups. Whole
-// groups only; ends and padding are the caller's. RFC 4648 section 4. Any thread.
+// Fast base64 for the floor: with AVX2 where the processor has it, else with tables. Whole groups only; the caller does
+// the last, incomplete group and the padding. RFC 4648 section 4. Any thread.
 #pragma once
 
 #include <cstddef>

@@ -25,8 +25,8 @@ public:
 
 /// A client's main: CLIENT ENDPOINT login|list|get|save REPEAT [FILE]. Prints one line of key=value pairs per
 /// operation: time in nanoseconds (CPU: of the process, user and system), resident memory in KiB before the first
-/// operation, at its highest since and now, the operation's code, and with BENCH_DIGEST set a digest of every value that it
-/// delivered.
+/// operation, at its highest since and now, the operation's code, and with BENCH_DIGEST set a digest of every value
+/// that it delivered.
 int run(int argc, char** argv, std::unique_ptr<Peer> (*connect)(const char* endpoint));
 
 } // namespace bench
