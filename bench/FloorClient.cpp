@@ -1,6 +1,7 @@
 // The peer `limit`, a floor: the whole job, Qt values in and out, without any SOAP or XML library. It trusts the reply:
 // no check of namespaces or form, no references between elements, no types, the five predefined entities only. The
-// request's length is computed, base64 goes straight from and into the block, the reply is scanned once, tag by tag.
+// request's length is computed, base64 is encoded and decoded in place in the connection's buffer, and the reply is
+// scanned once, tag by tag.
 #include "bench/FloorConnection.h"
 #include "bench/Harness.h"
 #include "protocol/Deployment.h"
@@ -109,7 +110,7 @@ QDateTime toDate(std::string_view text) {
 
 QUuid toId(std::string_view text) { return QUuid(QLatin1String(text.data(), static_cast<int>(text.size()))); }
 
-/// Appends the bytes of `text` to `bytes`, of which `used` are in use and which has the room.
+/// Appends the bytes of `text` to `bytes`, of which `used` are in use. The caller has made room.
 void decode(std::string_view text, QByteArray& bytes, int& used) {
   auto* to = reinterpret_cast<unsigned char*>(bytes.data()) + used;
   const std::size_t taken = tarnwell::base64::decodeGroups(text.data(), text.size(), to);
@@ -132,7 +133,7 @@ QByteArray toBytes(std::string_view text) {
   return bytes;
 }
 
-/// The bytes up to the next tag, of any size, decoded block by block as they come; `limit`: characters at most.
+/// The decoded bytes of the base64 text up to the next tag, decoded as they arrive; at most `limit` characters.
 QByteArray receiveBytes(FloorConnection& connection, long long limit) {
   QByteArray bytes = room(limit);
   int used = 0;
@@ -149,7 +150,7 @@ QByteArray receiveBytes(FloorConnection& connection, long long limit) {
   return bytes;
 }
 
-/// What of a reply matters. `map` collects the description being read; a list gets each when it ends.
+/// The values that are read from a reply. `map` collects the description being read; a list gets each when it ends.
 struct Reply {
   bool loggedIn = false;
   bool accessible = false;
@@ -213,7 +214,7 @@ bool takeContent(FloorConnection& connection, std::string_view name, long long l
   return true;
 }
 
-/// Reads the HTTP header. Returns the length of the body, below 0 when the reply tells none.
+/// Reads the HTTP header. Returns the length of the body, below 0 when the reply has none.
 long long receiveHeader(FloorConnection& connection) {
   long long length = -1;
   while (const char* end = connection.find('\n')) {
@@ -254,7 +255,7 @@ bool receiveReply(FloorConnection& connection, Reply& reply, QList<MapInfo>* lis
 
 class FloorPeer : public bench::Peer {
 public:
-  explicit FloorPeer(const char* endpoint) : m_block(new char[bench::blockSize + 64]) {
+  explicit FloorPeer(const char* endpoint) : m_buffer(new char[bench::bufferSize + 64]) {
     char host[64] = "";
     char path[1024] = "";
     if (sscanf(endpoint, "http://%63[0-9.]:%d%1023s", host, &m_port, path) != 3)
@@ -308,12 +309,12 @@ public:
 
 private:
   bool exchange(const char* operation, const Request& request, Reply& reply, QList<MapInfo>* list) {
-    FloorConnection connection(m_host, m_port, m_block.get());
+    FloorConnection connection(m_host, m_port, m_buffer.get());
     return post(connection, m_host + ":" + std::to_string(m_port), m_path, operation, request) &&
            receiveReply(connection, reply, list) && reply.loggedIn;
   }
 
-  std::unique_ptr<char[]> m_block;
+  std::unique_ptr<char[]> m_buffer;
   std::string m_host;
   std::string m_path;
   int m_port = 0;

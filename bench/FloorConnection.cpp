@@ -10,8 +10,8 @@
 
 namespace bench {
 
-FloorConnection::FloorConnection(const std::string& host, int port, char* block)
-    : m_socket(socket(AF_INET, SOCK_STREAM, 0)), m_block(block) {
+FloorConnection::FloorConnection(const std::string& host, int port, char* buffer)
+    : m_socket(socket(AF_INET, SOCK_STREAM, 0)), m_buffer(buffer) {
   const int on = 1;
   setsockopt(m_socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
   sockaddr_in address{};
@@ -24,9 +24,9 @@ FloorConnection::FloorConnection(const std::string& host, int port, char* block)
 FloorConnection::~FloorConnection() { close(m_socket); }
 
 void FloorConnection::put(const std::string& text) {
-  if (m_used + text.size() > blockSize && !flush())
+  if (m_used + text.size() > bufferSize && !flush())
     return;
-  memcpy(m_block + m_used, text.data(), text.size());
+  memcpy(m_buffer + m_used, text.data(), text.size());
   m_used += text.size();
 }
 
@@ -34,8 +34,8 @@ void FloorConnection::putBase64(const QByteArray& bytes) {
   const auto* from = reinterpret_cast<const unsigned char*>(bytes.constData());
   auto left = static_cast<std::size_t>(bytes.size());
   while (left > 0) { // whole groups of three bytes, but at the end
-    const std::size_t size = std::min(left, (blockSize - m_used) / 4 * 3);
-    tarnwell::base64::encode(from, size, m_block + m_used);
+    const std::size_t size = std::min(left, (bufferSize - m_used) / 4 * 3);
+    tarnwell::base64::encode(from, size, m_buffer + m_used);
     m_used += tarnwell::base64::encodedSize(size);
     from += size;
     left -= size;
@@ -46,23 +46,23 @@ void FloorConnection::putBase64(const QByteArray& bytes) {
 
 bool FloorConnection::flush() {
   for (std::size_t sent = 0; m_good && sent < m_used;) {
-    const ssize_t took = send(m_socket, m_block + sent, m_used - sent, MSG_NOSIGNAL);
+    const ssize_t took = send(m_socket, m_buffer + sent, m_used - sent, MSG_NOSIGNAL);
     m_good = took > 0;
     sent += m_good ? static_cast<std::size_t>(took) : 0;
   }
   m_used = 0;
-  read = end = m_block;
+  read = end = m_buffer;
   return m_good;
 }
 
 bool FloorConnection::receive() {
   const auto unread = static_cast<std::size_t>(end - read);
-  memmove(m_block, read, unread);
-  read = m_block;
-  end = m_block + unread;
-  if (unread == blockSize)
+  memmove(m_buffer, read, unread);
+  read = m_buffer;
+  end = m_buffer + unread;
+  if (unread == bufferSize)
     return false;
-  const ssize_t got = recv(m_socket, m_block + unread, blockSize - unread, 0);
+  const ssize_t got = recv(m_socket, m_buffer + unread, bufferSize - unread, 0);
   if (got <= 0)
     return false;
   end += got;

@@ -1,5 +1,5 @@
-// A blocking connection for the floor: requests are composed, and replies scanned, in one block that stays warm in the
-// cache. IPv4 addresses only.
+// A blocking connection for the floor. Requests are composed and replies scanned in one buffer, which stays in the
+// processor's cache. IPv4 addresses only.
 #pragma once
 
 #include <QtCore/QByteArray>
@@ -9,28 +9,28 @@
 
 namespace bench {
 
-constexpr std::size_t blockSize = 256 << 10;
+constexpr std::size_t bufferSize = 256 << 10;
 
 class FloorConnection {
 public:
-  /// Connects to "HOST:PORT"; what fails here, fails at the first flush.
-  FloorConnection(const std::string& host, int port, char* block);
+  /// Connects to "HOST:PORT". A failure is reported by the first flush.
+  FloorConnection(const std::string& host, int port, char* buffer);
   FloorConnection(const FloorConnection&) = delete;
   FloorConnection& operator=(const FloorConnection&) = delete;
   ~FloorConnection();
 
   void put(const std::string& text);
   void putBase64(const QByteArray& bytes);
-  /// Sends what is left; from here on the block receives. False when anything since the connect failed.
+  /// Sends the rest of the request; from then on the buffer receives. False when the connect or a send failed.
   [[nodiscard]] bool flush();
 
-  /// Unread bytes of the reply; `read` is the caller's to advance.
+  /// Unread bytes of the reply. The caller advances `read`.
   const char* read = nullptr;
   const char* end = nullptr;
-  /// Receives more behind the unread bytes, which move to the front of the block. False at the end of the reply, and
-  /// when the block is full.
+  /// Moves the unread bytes to the front of the buffer and receives more behind them. False at the end of the reply,
+  /// and when the buffer is full.
   bool receive();
-  /// The next `character`, received if need be, or null.
+  /// The next `character` of the reply; receives more until it is there. Null: the reply ends without it.
   const char* find(char character) {
     const void* found = memchr(read, character, static_cast<std::size_t>(end - read));
     return found ? static_cast<const char*>(found) : findFurther(character);
@@ -43,7 +43,7 @@ private:
 
   int m_socket;
   bool m_good;
-  char* m_block;
+  char* m_buffer;
   std::size_t m_used = 0;
   long long m_received = 0;
 };

@@ -44,7 +44,7 @@ template <class Result> bool accessible(const Result* result) {
          result->DesktopMapAccess == dsns__DesktopMapAccess__Success;
 }
 
-/// A block of the context's with its own copy of the bytes, released by its owner.
+/// A block of the context with a copy of the bytes. Its owner frees it.
 class Block {
 public:
   Block(struct soap* soap, const QByteArray& bytes)
@@ -61,7 +61,7 @@ private:
   xsd__base64Binary* m_block; // owned by the context
 };
 
-/// The description of a map that a request carries, and all that it points to.
+/// The description of a map that a request carries, and everything that it points to.
 class Description {
 public:
   Description(struct soap* soap, const MapInfo& map)

@@ -1,5 +1,5 @@
-// The bench server on 127.0.0.1: reads a request by its Content-Length, throwing the body away in the kernel, and
-// answers with bytes that it prepared once, so that hardly any of its own work is in a measurement. One connection at a
+// The bench server on 127.0.0.1: reads a request by its Content-Length, discards the body in the kernel, and answers
+// with bytes that it prepared once, so that its own work hardly counts in a measurement. One connection at a
 // time; prints its port. The path of the request picks the answer:
 //   /login        a successful login
 //   /list/N/T     N maps, each with a thumbnail of T bytes (0: none)
@@ -26,7 +26,7 @@ constexpr char loginSuccess[] = "<DesktopLoginResponseObject><DesktopLoginValue>
                                 "</DesktopLoginResponseObject>";
 constexpr char accessSuccess[] = "<DesktopMapAccess>Success</DesktopMapAccess>";
 
-/// Element `name` with `size` repeatable random bytes in base64.
+/// Element `name` with `size` random bytes in base64, the same in every run.
 std::string block(const char* name, int size, unsigned seed) {
   QByteArray bytes(size, 0);
   unsigned state = seed * 2654435761U + 1;
@@ -37,7 +37,7 @@ std::string block(const char* name, int size, unsigned seed) {
   return std::string("<") + name + ">" + bytes.toBase64().toStdString() + "</" + name + ">";
 }
 
-/// The children of map number `index`, with `blocks` where they belong.
+/// The child elements of map number `index`, with `blocks` at their place in wire order.
 std::string description(unsigned index, const std::string& blocks) {
   char head[512];
   snprintf(head, sizeof head,
@@ -135,7 +135,7 @@ void serve(int connection) {
   if (!path.empty())
     sendAll(connection, reply);
   shutdown(connection, SHUT_WR);
-  // Until the peer has closed too: a reset would cut off what is still on its way.
+  // Waits until the peer has closed too: a reset would discard bytes that have not arrived yet.
   char rest[4096];
   while (recv(connection, rest, sizeof rest, 0) > 0) {
   }

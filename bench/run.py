@@ -33,9 +33,9 @@ CASES = (
     Case("save 16 MiB", "save", "/save", 16, 5, 0.17, 1.5),
     Case("save 64 MiB", "save", "/save", 64, 3, 0.29, 1.1),
 )
-TOLERANCE = 1.15  # of a time, which a restless machine moves
+TOLERANCE = 1.15  # factor for times, which vary on a busy machine
 MEMORY_BAR = 1.1  # times the map, for get and save
-MEMORY_FROM = 16  # MiB; below, what any process needs outweighs the map
+MEMORY_FROM = 16  # MiB; for smaller maps the process itself needs more memory than the map
 
 # Operation and path; resident memory after 40 calls on one object minus that after 4, MiB.
 Growth = namedtuple("Growth", "name operation path file")
@@ -87,7 +87,7 @@ class Bench:
         return [dict(pair.split("=", 1) for pair in line.split()) for line in done.stdout.splitlines()]
 
     def instructions(self, peer, case):
-        """User-space instructions of one operation, by callgrind: free of the machine's noise, and of start-up."""
+        """User-space instructions of one operation, by callgrind: without noise of the machine and without start-up."""
 
         def total(repeat):
             command = ["valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null"]

@@ -21,8 +21,7 @@
 // - A connection in which the calling thread has not yet waited while somebody looked. A transfer that keeps the thread
 //   busy is found by one of the next looks.
 // - Anything where the kernel offers no /proc/PID/task/TID/syscall, in a 32-bit x86 process, and in a plug-in that
-// waits
-//   in poll(): this one waits in connect(), send() and recv().
+//   waits in poll(): this one waits in connect(), send() and recv().
 // - What the service has done. Bytes that are acknowledged have reached the peer's kernel, or the proxy's; a save that
 //   is ended after its last byte may have been carried out.
 // ThreadSanitizer reports progress() and endCall(), which look at another thread's descriptor on purpose: the duplicate
@@ -48,6 +47,7 @@ namespace tarnwell {
 /// What is known of a call at one moment. Bytes are those of HTTP (head and body; a map's bytes travel as base64, four
 /// for three), they count for the call's latest connection, and they stay after it was closed.
 struct CallProgress {
+  /// Where the call is.
   enum Phase {
     /// No call is watched.
     NoCall,
@@ -58,6 +58,7 @@ struct CallProgress {
     /// The connection is open.
     Connected,
   };
+  /// At the moment that progress() looked.
   Phase phase = NoCall;
   /// Bytes that the call has handed to the kernel.
   std::int64_t sent = 0;
@@ -82,6 +83,7 @@ public:
   /// outlive it. One at a time: calls on several threads take a monitor each.
   class Watch {
   public:
+    /// The constructing thread's call begins.
     explicit Watch(CallMonitor& monitor) : m_monitor(monitor) {
       const std::lock_guard<std::mutex> lock(m_monitor.m_mutex);
       m_monitor.m_thread = syscall(SYS_gettid);

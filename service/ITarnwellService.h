@@ -3,6 +3,9 @@
 // objects are independent of each other.
 #pragma once
 
+/// @file
+/// The interface, and the function that makes an object of it.
+
 #include "service/MapInfo.h"
 #include "service/ServiceResult.h"
 
@@ -47,6 +50,7 @@ public:
   /// Asks for a newer setup. True when getSetupUrl() and getSetupVersion() are both non-empty afterwards, which
   /// deliberately stays so after one successful check, even if a later one fails.
   virtual bool checkForUpdates(QString version, int liveUpdateType) = 0;
+  /// The same with the kind of application, which the service selects by.
   virtual bool checkForUpdatesExtended(QString version, int liveUpdateType, int applicationUpdateType) = 0;
   /// Where the newer setup is, by the last check that delivered both texts; null before.
   virtual QString getSetupUrl() const = 0;
@@ -66,11 +70,13 @@ public:
   virtual bool sendCrashReport(const QString& subject, const QString& message, const QString& fileName,
                                QByteArray attachment) = 0;
 
+  ///@{
   /// Each sets one value at once, whatever `useProxy` was last: setProxyHost turns the proxy on again.
   virtual void setProxyHost(QString host) = 0;
   virtual void setProxyPort(int port) = 0;
   virtual void setProxyUser(QString user) = 0;
   virtual void setProxyPassword(QString password) = 0;
+  ///@}
 };
 
 /// The plug-in's one exported function, to be resolved by its decorated name "_Z14serviceFactoryv".

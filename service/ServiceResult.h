@@ -2,6 +2,9 @@
 // are ours. Part of the header-only interface: includes nothing and links nothing. Any thread.
 #pragma once
 
+/// @file
+/// The result codes.
+
 /// What an operation of ITarnwellService that returns int returns; no other value is ever returned.
 enum ServiceResult {
   /// The operation succeeded.
