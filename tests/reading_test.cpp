@@ -81,8 +81,9 @@ const char* const encodings = R"(
 UTF-8        | {MapName='é'}
 iso-8859-1   | {MapName='Ã©'}
 us-ascii     | {MapName='é'}
-windows-1252 | error 200
-utf-7        | error 200
+ISO-8859-15  | error 48
+windows-1252 | error 48
+utf-7        | error 48
 )";
 TEST(Reading, AnswersOfOtherKinds) {
   forEachArrival(encodings, [](WireClient& client, const auto& row) {

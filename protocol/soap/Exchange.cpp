@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <string>
+#include <string_view>
 #include <strings.h>
 
 namespace tarnwell {
@@ -110,11 +112,37 @@ int receiveFault(struct soap* soap) {
   return soap->error = result;
 }
 
-/// The runtime's call-back for an encoding in the XML declaration that is none of its own (UTF-8, ISO-8859-1), whose
-/// bytes it would take for one of these. What follows the name is the rest of the declaration.
-int refuseEncoding(struct soap*, const char* encoding) {
-  constexpr char ascii[] = "US-ASCII";
-  return strncasecmp(encoding, ascii, sizeof ascii - 1) == 0 ? SOAP_OK : SOAP_UTF_ERROR;
+/// Reads the XML declaration, if there is one, and sets how bytes are read. The runtime would go by the first letters
+/// of an encoding's name, and take what it does not know for UTF-8: here it fails, so that no text is misread.
+int readDeclaration(struct soap* soap) {
+  soap_wchar c = soap_getchar(soap);
+  while (isBlank(static_cast<int>(c)))
+    c = soap_getchar(soap);
+  if (c != '<' || soap_get0(soap) != '?') {
+    soap_unget(soap, c);
+    return SOAP_OK;
+  }
+  std::string declaration;
+  while ((c = soap_get1(soap)) != '>') {
+    if (static_cast<int>(c) == EOF || declaration.size() == SOAP_TAGLEN)
+      return soap->error = SOAP_EOF;
+    declaration.push_back(static_cast<char>(c));
+  }
+  constexpr char attribute[] = "encoding=";
+  const std::size_t start = declaration.find(attribute);
+  if (start == std::string::npos)
+    return SOAP_OK;
+  const std::size_t name = start + sizeof attribute; // behind the quote
+  const std::string encoding = declaration.substr(std::min(name, declaration.size()));
+  const auto is = [&encoding](std::string_view known) {
+    const char after = encoding.size() > known.size() ? encoding[known.size()] : '\0';
+    return strncasecmp(encoding.c_str(), known.data(), known.size()) == 0 && (after == '"' || after == '\'');
+  };
+  if (is("ISO-8859-1"))
+    soap->mode |= SOAP_ENC_LATIN;
+  else if (!is("UTF-8") && !is("US-ASCII"))
+    return soap->error = SOAP_UTF_ERROR;
+  return SOAP_OK;
 }
 
 /// Whether the runtime may have the settings. Of another scheme it waits for ever or sends the envelope, with the
@@ -143,8 +171,7 @@ int exchange(struct soap* soap, const char* endpoint, const char* action, Operat
   if (!response)
     return soap->error;
   response->soap_default(soap);
-  soap->fencoding = refuseEncoding;
-  if (soap_begin_recv(soap) || soap_envelope_begin_in(soap))
+  if (soap_begin_recv(soap) || readDeclaration(soap) || soap_envelope_begin_in(soap))
     return soap->error;
   if (soap->version == 0) // the runtime takes any XML for an answer, too
     return soap->error = SOAP_TAG_MISMATCH;
