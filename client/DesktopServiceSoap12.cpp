@@ -1,7 +1,7 @@
 #include "client/DesktopServiceSoap12.h"
 
-#include "protocol/binding/BlockMemory.h"
 #include "protocol/Deployment.h"
+#include "protocol/binding/BlockMemory.h"
 
 #include <sys/socket.h>
 

@@ -4,7 +4,7 @@
 #include "protocol/Deployment.h"
 #include "protocol/soap/RuntimeInternals.h"
 
-#include <cxxabi.h>
+#include <exception>
 #include <type_traits>
 
 namespace {
@@ -25,9 +25,9 @@ int call(const DesktopServiceSoap12& proxy, Stub<Request, Response> stub, Respon
     const int code = stub(proxy.soap, proxy.soap_endpoint, nullptr, request.get(), answer.get());
     *response = *answer;
     return code;
-  } catch (const abi::__forced_unwind&) { // the thread is being cancelled
-    throw;
   } catch (...) {
+    if (!std::current_exception()) // the forced unwinding of a thread that is cancelled
+      throw;
     return -1;
   }
 }

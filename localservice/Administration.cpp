@@ -2,8 +2,9 @@
 
 #include "localservice/Identifier.h"
 #include "terminal/Password.h"
+#include "terminal/Printable.h"
 
-#include <ctime>
+#include <QtCore/QDateTime>
 #include <iostream>
 #include <stdexcept>
 #include <unistd.h>
@@ -19,6 +20,8 @@ std::string readPassword(const std::string& account) {
                                                 : static_cast<bool>(std::getline(std::cin, password));
   if (!isRead)
     throw std::runtime_error("no password could be read");
+  if (password.empty())
+    throw std::runtime_error("an account needs a password");
   return password;
 }
 
@@ -27,19 +30,21 @@ void markCollaboration(Store& store, const std::string& map, bool ongoing) {
     throw std::runtime_error("there is no map with the identifier " + map);
 }
 
-const char* shown(const char* text) { return text ? text : ""; }
+/// `text`, empty for null, without what a terminal would act on.
+std::string shown(const char* text) { return terminal::printable(QString::fromUtf8(text)).toStdString(); }
+
+void printAccount(const char* name, bool premium) {
+  std::cout << shown(name) << '\t' << (premium ? "premium" : "not premium") << '\n';
+}
 
 void printMap(const char* owner, const char* state, const MapRecord& map) {
-  std::cout << map.id << '\t' << owner << '\t' << state << '\t' << map.version << '\t' << shown(map.name) << '\n';
+  std::cout << shown(map.id) << '\t' << shown(owner) << '\t' << state << '\t' << map.version << '\t' << shown(map.name)
+            << '\n';
 }
 
 void printReport(const Report& report) {
-  char received[32] = "";
-  const std::time_t seconds = report.received;
-  tm utc{};
-  if (gmtime_r(&seconds, &utc))
-    std::strftime(received, sizeof received, "%Y-%m-%dT%H:%M:%SZ", &utc);
-  std::cout << report.number << '\t' << received << '\t' << shown(report.subject) << '\n';
+  const QString received = QDateTime::fromSecsSinceEpoch(report.received, Qt::UTC).toString(Qt::ISODate);
+  std::cout << report.number << '\t' << received.toStdString() << '\t' << shown(report.subject) << '\n';
   if (report.name || report.email)
     std::cout << "  from: " << shown(report.name) << " <" << shown(report.email) << ">\n";
   if (report.fileName || report.attachment.data)
@@ -50,12 +55,16 @@ void printReport(const Report& report) {
 } // namespace
 
 void administer(Store& store, const Options& options) {
-  if (!options.account.empty())
-    store.putAccount(options.account, readPassword(options.account), options.premium);
-  markCollaboration(store, options.startCollaboration, true);
-  markCollaboration(store, options.endCollaboration, false);
+  if (!options.addedAccount.empty())
+    store.putAccount(options.addedAccount, readPassword(options.addedAccount), options.isPremium);
+  if (!options.removedAccount.empty() && !store.removeAccount(options.removedAccount))
+    throw std::runtime_error("there is no account " + options.removedAccount);
+  markCollaboration(store, options.startedCollaboration, true);
+  markCollaboration(store, options.endedCollaboration, false);
   if (!options.updateVersion.empty())
     store.putUpdate({options.updateVersion, options.updateUrl});
+  if (options.listAccounts)
+    store.listAccounts(printAccount);
   if (options.listMaps)
     store.describeMaps(printMap);
   if (options.listReports)

@@ -3,6 +3,8 @@
 #include "protocol/Deployment.h"
 #include "protocol/desktopservice.h"
 
+#include <QtCore/QString>
+
 namespace localservice {
 namespace {
 
@@ -94,6 +96,7 @@ std::string typeTable(const Type& type) {
 } // namespace
 
 std::string serviceDescription(const std::string& endpoint) {
+  const QString address = QString::fromStdString(endpoint.empty() ? TARNWELL_TEST_ENDPOINT : endpoint).toHtmlEscaped();
   std::string text = R"(<?xml version="1.0" encoding="UTF-8"?>
 <wsdl:definitions name="DesktopService" targetNamespace=")" TARNWELL_SERVICE_NAMESPACE R"("
     xmlns:dsns=")" TARNWELL_SERVICE_NAMESPACE R"("
@@ -138,7 +141,7 @@ std::string serviceDescription(const std::string& endpoint) {
          "  </wsdl:binding>\n  <wsdl:service name=\"DesktopService\">\n"
          "    <wsdl:port name=\"DesktopServiceSoap12\" binding=\"dsns:DesktopServiceSoap12\">\n"
          "      <soap12:address location=\"" +
-         endpoint +
+         address.toStdString() +
          "\"/>\n"
          "    </wsdl:port>\n  </wsdl:service>\n</wsdl:definitions>\n";
 }

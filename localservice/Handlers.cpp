@@ -19,6 +19,12 @@ struct Call {
   OperationIndex index;
 };
 
+// No user: not every request names one.
+template <class Request> const std::wstring* userOf(const Request&, ...) { return nullptr; }
+template <class Request> auto userOf(const Request& request, int) -> decltype(request.username) {
+  return request.username;
+}
+
 template <class T> T* create(const Call& call) {
   void* const object = tarnwell::instantiate(call.soap, -1, tarnwell::typeOf(tarnwell::typeNumber<T>), nullptr);
   if (!object)
@@ -276,15 +282,55 @@ template <class Request> void respond(const Call& call, const Request& request, 
   result.Version = wide(call, update.version.c_str());
 }
 
-using Handler = const void* (*)(const Call& call, const void* request);
+/// Answers as the command line asks for.
+template <class Result> void respondRehearsed(const Call& call, const RehearsedAnswer& rehearsed, Result& result) {
+  setAccess(result, rehearsed.access);
+  setLogin(call, result, rehearsed.login);
+}
+void respondRehearsed(const Call&, const RehearsedAnswer&, dsns__DesktopVersioningClass&) {} // has no outcome
+
+// The name of the value that tells most of an answer.
+
+const char* nameOf(int type, int value) { return tarnwell::typeOf(type).names[value].text; }
+const char* outcomeOf(const dsns__DesktopLoginResponseClass& result) {
+  return nameOf(SOAP_TYPE_dsns__DesktopLoginEnumerators, result.DesktopLoginValue);
+}
+const char* outcomeOf(const dsns__CompleteDesktopResponse& result) {
+  return outcomeOf(*result.DesktopLoginResponseObject);
+}
+const char* outcomeOf(const dsns__DesktopVersioningClass&) { return "Success"; }
+template <class Result> const char* outcomeOf(const Result& result) {
+  const dsns__DesktopLoginEnumerators login = result.DesktopLoginResponseObject->DesktopLoginValue;
+  const bool isRefused =
+      login != dsns__DesktopLoginEnumerators__Success && login != dsns__DesktopLoginEnumerators__None;
+  return isRefused ? outcomeOf(*result.DesktopLoginResponseObject)
+                   : nameOf(SOAP_TYPE_dsns__DesktopMapAccess, result.DesktopMapAccess);
+}
+
+/// Fills the answer to one operation.
+template <class Request, class Result>
+void perform(const Call& call, const void* message, const RehearsedAnswer* rehearsed, Result& result, Answer& answer) {
+  const auto& request = *static_cast<const Request*>(message);
+  const char* const user = utf8(call, userOf(request, 0));
+  answer.user = user ? user : "";
+  if (rehearsed)
+    respondRehearsed(call, *rehearsed, result);
+  else
+    respond(call, request, result);
+  answer.outcome = outcomeOf(result);
+}
+
+using Handler = Answer (*)(const Call& call, const void* request, const RehearsedAnswer* rehearsed);
 
 constexpr Handler handlers[] = {
 #define TARNWELL_OPERATION(Name, Wire, Shape, ResultClass)                                                             \
-  [](const Call& call, const void* request) -> const void* {                                                           \
+  [](const Call& call, const void* request, const RehearsedAnswer* rehearsed) {                                        \
     auto* const response = create<_dsns__##Name##Response>(call);                                                      \
     response->Name##Result = create<ResultClass>(call);                                                                \
-    respond(call, *static_cast<const _dsns__##Name*>(request), *response->Name##Result);                               \
-    return response;                                                                                                   \
+    Answer answer;                                                                                                     \
+    answer.response = response;                                                                                        \
+    perform<_dsns__##Name>(call, request, rehearsed, *response->Name##Result, answer);                                 \
+    return answer;                                                                                                     \
   },
 #include "protocol/schema/Operations.inc"
 #undef TARNWELL_OPERATION
@@ -292,8 +338,9 @@ constexpr Handler handlers[] = {
 
 } // namespace
 
-const void* answer(Store& store, struct soap* soap, OperationIndex index, const void* request) {
-  return handlers[static_cast<std::size_t>(index)]({store, soap, index}, request);
+Answer answer(Store& store, struct soap* soap, OperationIndex index, const void* request,
+              const RehearsedAnswer* rehearsed) {
+  return handlers[static_cast<std::size_t>(index)]({store, soap, index}, request, rehearsed);
 }
 
 } // namespace localservice

@@ -9,7 +9,7 @@ namespace localservice {
 /// identifies no map: absent, the null identifier, other forms.
 std::string canonicalIdentifier(const char* text);
 
-/// A new random identifier (RFC 4122 version 4). Throws std::runtime_error without a source of randomness.
+/// A new random identifier (RFC 4122 version 4).
 std::string freshIdentifier();
 
 } // namespace localservice

@@ -1,126 +1,159 @@
 #include "localservice/Options.h"
 
+#include "localservice/Description.h"
+
+#include <QtCore/QCommandLineParser>
 #include <stdexcept>
-#include <string_view>
 
 namespace localservice {
 
-const char* const helpText =
-    R"(Usage: tarnwell-localservice --db FILE [--listen HOST:PORT | --port N] [--read-only]
-       tarnwell-localservice --db FILE CHANGE-OR-LIST...
-       tarnwell-localservice --describe wsdl|tables
+namespace {
 
-Tarnwell's map service on one machine, for development and tests: accounts, maps, update information and reports live
-in one SQLite file, which is made when it does not exist and survives a kill at any moment. Prints its endpoint when
-it is ready; stops on SIGINT and SIGTERM. It speaks plain HTTP and is no place for other people's secrets.
-
-Service:
-  --db FILE                  the file that everything is kept in
-  --listen HOST:PORT         where to listen (default 127.0.0.1:0); port 0 takes a free one
-  --port N                   the port alone
-  --read-only                write nothing: every change is answered with "DbError"
-
-Changes, done before anything is served; without --listen and --port the program ends after them:
-  --add-account NAME         add an account, or change it; the password is read from standard input
-  --premium, --not-premium   its standing (default: premium; others get "NotPremiumAccount")
-  --start-collaboration MAP  mark the map with this identifier as worked on by others: reading and changing it is
-                             answered with "OngoingCollaboration"
-  --end-collaboration MAP    take the mark away
-  --update-version VERSION   announce a new set-up to clients with an older version; needs --update-url
-  --update-url URL           where that set-up is found
-
-Lists:
-  --list-maps                identifier, owner, state, version and name of every map, also removed ones
-  --list-reports             every crash report and message that was received
-
-Protocol:
-  --describe wsdl            print the service's description; the service gives it to GET with "?wsdl"
-  --describe tables          print its operations and types as tables, in Markdown
+const char* const purpose =
+    R"(Tarnwell's map service on one machine, for development and tests: accounts, maps, update information and reports
+are kept in one SQLite file. Prints its endpoint when it is ready; stops on SIGINT and SIGTERM. It speaks plain HTTP and
+is no place for other people's secrets. Changes and lists are done first; with one of them, and without --listen and
+--port, the program ends after it.
 
 How maps behave: without force, a save is answered with "FileExists" when its identifier is known, or when it has none
 and the user has a map of that name; with force it replaces that map. Deleted maps are remembered and answered with
 "MapRemoved", those of other accounts with "NoAccess", unknown ones with "None". Lists of published maps leave out the
-others; all other lists hold every map of the user.
-)";
+others; all other lists hold every map of the user.)";
 
-namespace {
-
-/// "HOST:PORT", an IPv6 address in brackets.
-void setAddress(Options& options, const std::string& text) {
-  const std::size_t colon = text.rfind(':');
-  if (colon == std::string::npos || colon == 0)
-    throw std::invalid_argument("--listen takes HOST:PORT");
-  options.host = text.substr(0, colon);
-  options.port = text.substr(colon + 1);
-  if (options.host.front() == '[' && options.host.back() == ']')
-    options.host = options.host.substr(1, options.host.size() - 2);
-  options.serve = true;
+QList<QCommandLineOption> allOptions() {
+  return {
+      {"db", "The file that everything is kept in; it is made when needed. \":memory:\" keeps nothing.", "FILE"},
+      {"listen", "Where to listen; 127.0.0.1:0 without this option. Port 0 takes a free one.", "HOST:PORT"},
+      {"port", "The port alone.", "N"},
+      {"read-only", "Write nothing: every change is answered with \"DbError\"."},
+      {"max-request", "Refuse longer requests with status 413; from 1 to 1024, 256 without this option.", "MiB", "256"},
+      {"log", "Write one line per request to standard error: time, client, operation, user, outcome, milliseconds, "
+              "bytes received and sent."},
+      {"delay", "Wait before each answer.", "MS", "0"},
+      {"fail",
+       "Answer this operation, as named in --describe tables, with this result instead of carrying it out: a text of "
+       "DesktopMapAccess or DesktopLoginEnumerators. \"fault\": with a SOAP fault. \"drop\": not at all. Can be given "
+       "several times.",
+       "OPERATION=RESULT|fault|drop"},
+      {"add-account", "Add an account, or change it; the password is read from standard input.", "NAME"},
+      {"premium", "It is a premium account, as without this option."},
+      {"not-premium", "It is none, and gets \"NotPremiumAccount\"."},
+      {"remove-account", "Remove an account and its maps.", "NAME"},
+      {"start-collaboration",
+       "Mark the map with this identifier as worked on by others: reading and changing it is answered with "
+       "\"OngoingCollaboration\".",
+       "MAP"},
+      {"end-collaboration", "Take the mark away.", "MAP"},
+      {"update-version", "Announce a newer setup to clients with an older version; needs --update-url.", "VERSION"},
+      {"update-url", "Where that setup is found.", "URL"},
+      {"list-accounts", "Show every account, and whether it is a premium account."},
+      {"list-maps", "Show identifier, owner, state, version and name of every map, also removed ones."},
+      {"list-reports", "Show every crash report and message that was received."},
+      {"describe", "Print the protocol: as WSDL, which the service also sends on GET with \"?wsdl\", or as tables.",
+       "wsdl|tables"},
+      {{"h", "help"}, "Show this help."},
+      {{"v", "version"}, "Show the version."},
+  };
 }
 
-struct Rule {
-  std::string_view name;
-  bool takesValue;
-  void (*apply)(Options& options, const std::string& value);
-};
+[[noreturn]] void refuse(const QString& reason) { throw std::invalid_argument(reason.toStdString()); }
 
-constexpr Rule rules[] = {
-    {"--db", true, [](Options& o, const std::string& value) { o.database = value; }},
-    {"--listen", true, setAddress},
-    {"--port", true, [](Options& o, const std::string& value) { o.port = value, o.serve = true; }},
-    {"--read-only", false, [](Options& o, const std::string&) { o.readOnly = true; }},
-    {"--add-account", true, [](Options& o, const std::string& value) { o.account = value; }},
-    {"--premium", false, [](Options& o, const std::string&) { o.premium = true; }},
-    {"--not-premium", false, [](Options& o, const std::string&) { o.premium = false; }},
-    {"--start-collaboration", true, [](Options& o, const std::string& value) { o.startCollaboration = value; }},
-    {"--end-collaboration", true, [](Options& o, const std::string& value) { o.endCollaboration = value; }},
-    {"--update-version", true, [](Options& o, const std::string& value) { o.updateVersion = value; }},
-    {"--update-url", true, [](Options& o, const std::string& value) { o.updateUrl = value; }},
-    {"--list-maps", false, [](Options& o, const std::string&) { o.listMaps = true; }},
-    {"--list-reports", false, [](Options& o, const std::string&) { o.listReports = true; }},
-    {"--describe", true, [](Options& o, const std::string& value) { o.describe = value; }},
-    {"--help", false, [](Options& o, const std::string&) { o.help = true; }},
-};
+int number(const QCommandLineParser& parser, const QString& name, int least, int most) {
+  bool isNumber = false;
+  const int value = parser.value(name).toInt(&isNumber);
+  if (!isNumber || value < least || value > most)
+    refuse(QString("--%1 takes a number from %2 to %3").arg(name).arg(least).arg(most));
+  return value;
+}
 
-const Rule& ruleOf(const std::string& name) {
-  for (const Rule& rule : rules)
-    if (rule.name == name)
-      return rule;
-  throw std::invalid_argument("unknown option " + name);
+int portNumber(const QString& text) {
+  bool isNumber = false;
+  const int port = text.toInt(&isNumber);
+  if (!isNumber || port < 0 || port > 65535)
+    refuse("ports are numbers from 0 to 65535");
+  return port;
+}
+
+/// "HOST:PORT", an IPv6 address in brackets.
+void setAddress(Options& options, const QString& text) {
+  const int colon = text.lastIndexOf(':');
+  if (colon < 1)
+    refuse("--listen takes HOST:PORT");
+  QString host = text.left(colon);
+  if (host.startsWith('[') && host.endsWith(']'))
+    host = host.mid(1, host.size() - 2);
+  options.host = host.toStdString();
+  options.port = portNumber(text.mid(colon + 1));
+}
+
+/// Help, version or description, if asked for.
+std::string informationFor(QCommandLineParser& parser) {
+  if (parser.isSet("help"))
+    return parser.helpText().toStdString();
+  if (parser.isSet("version"))
+    return "tarnwell-localservice " TARNWELL_VERSION "\n";
+  const QString form = parser.value("describe");
+  if (parser.isSet("describe") && form != "wsdl" && form != "tables")
+    refuse("--describe takes wsdl or tables");
+  if (form == "wsdl")
+    return serviceDescription();
+  return form == "tables" ? protocolTables() : "";
+}
+
+void refuseEmptyValues(const QCommandLineParser& parser) {
+  for (const QCommandLineOption& option : allOptions())
+    if (!option.valueName().isEmpty() && parser.values(option).contains(QString()))
+      refuse(QString("--%1 needs a value").arg(option.names().constLast()));
 }
 
 } // namespace
 
-Options parseOptions(int argc, char** argv) {
+Options parseOptions(const QStringList& arguments) {
+  QCommandLineParser parser;
+  parser.setApplicationDescription(purpose);
+  parser.addOptions(allOptions());
+  if (!parser.parse(arguments))
+    refuse(parser.errorText());
+  if (!parser.positionalArguments().isEmpty())
+    refuse("unexpected argument " + parser.positionalArguments().constFirst());
+  refuseEmptyValues(parser);
+  const auto text = [&parser](const char* name) { return parser.value(name).toStdString(); };
+
   Options options;
-  for (int i = 1; i < argc; ++i) {
-    const std::string argument = argv[i];
-    const std::size_t equals = argument.find('=');
-    const std::string name = argument.substr(0, equals);
-    const Rule& rule = ruleOf(name);
-    if (!rule.takesValue && equals != std::string::npos)
-      throw std::invalid_argument(name + " takes no value");
-    std::string value;
-    if (rule.takesValue) {
-      if (equals == std::string::npos && ++i == argc)
-        throw std::invalid_argument(name + " needs a value");
-      value = equals == std::string::npos ? argv[i] : argument.substr(equals + 1);
-      if (value.empty())
-        throw std::invalid_argument(name + " needs a value");
-    }
-    rule.apply(options, value);
-  }
-  if (!options.describe.empty() && options.describe != "wsdl" && options.describe != "tables")
-    throw std::invalid_argument("--describe takes wsdl or tables");
-  if (options.help || !options.describe.empty())
+  options.information = informationFor(parser);
+  if (!options.information.empty())
     return options;
+  options.database = text("db");
   if (options.database.empty())
-    throw std::invalid_argument("--db is missing");
+    refuse("--db is missing");
+  options.readOnly = parser.isSet("read-only");
+  options.addedAccount = text("add-account");
+  options.isPremium = !parser.isSet("not-premium");
+  options.removedAccount = text("remove-account");
+  options.startedCollaboration = text("start-collaboration");
+  options.endedCollaboration = text("end-collaboration");
+  options.updateVersion = text("update-version");
+  options.updateUrl = text("update-url");
   if (options.updateVersion.empty() != options.updateUrl.empty())
-    throw std::invalid_argument("--update-version and --update-url go together");
-  const bool other = !options.account.empty() || !options.startCollaboration.empty() ||
-                     !options.endCollaboration.empty() || !options.updateVersion.empty() || options.listMaps ||
-                     options.listReports;
-  options.serve = options.serve || !other;
+    refuse("--update-version and --update-url go together");
+  options.listAccounts = parser.isSet("list-accounts");
+  options.listMaps = parser.isSet("list-maps");
+  options.listReports = parser.isSet("list-reports");
+
+  if (parser.isSet("listen"))
+    setAddress(options, parser.value("listen"));
+  if (parser.isSet("port"))
+    options.port = portNumber(parser.value("port"));
+  options.longestRequest = static_cast<std::uint64_t>(number(parser, "max-request", 1, 1024)) << 20;
+  options.log = parser.isSet("log");
+  options.delay = number(parser, "delay", 0, 600000);
+  for (const QString& rule : parser.values("fail"))
+    options.rehearsal.add(rule.toStdString());
+  const bool hasOther = !options.addedAccount.empty() || !options.removedAccount.empty() ||
+                        !options.startedCollaboration.empty() || !options.endedCollaboration.empty() ||
+                        !options.updateVersion.empty() || options.listAccounts || options.listMaps ||
+                        options.listReports;
+  options.serve = parser.isSet("listen") || parser.isSet("port") || !hasOther;
   return options;
 }
 

@@ -1,44 +1,57 @@
-// The service on its port: a few threads that take connections from one listener, each with its own session and
-// database connection, so that a client that stalls holds up nobody else.
+// The service on its port: a thread for each connection, up to 256 at once, so that a client that stalls holds up
+// nobody else. Further clients wait until one of these ends. One thread uses a Server.
 #pragma once
 
-#include "localservice/Listener.h"
-#include "localservice/Options.h"
-#include "localservice/Session.h"
+#include "localservice/RequestHandler.h"
 
+#include <condition_variable>
 #include <list>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
 
 namespace localservice {
 
+/// Deletes a context of the runtime with everything in it, and closes its sockets.
+struct ContextDeleter {
+  void operator()(struct soap* context) const;
+};
+using Context = std::unique_ptr<struct soap, ContextDeleter>;
+
 class Server {
 public:
-  /// Listens and serves until destroyed. Throws StoreError or std::runtime_error, with a text for people.
+  /// Listens. Throws std::runtime_error, with a text for people. `options` outlives this object.
   explicit Server(const Options& options);
-  Server(const Server&) = delete;
-  Server& operator=(const Server&) = delete;
-  /// Answers the requests that have arrived whole, breaks off those that are still arriving.
-  ~Server();
 
   /// The service's URL.
   const std::string& endpoint() const { return url; }
+  /// Whether other machines can reach it.
+  bool isReachableFromOutside() const;
+
+  /// Serves until the file descriptor `stop` can be read.
+  void serve(int stop);
+  /// Serves no new clients. Answers the requests that have arrived whole and breaks off the others. False: some were
+  /// not done in five seconds; their threads are still running, and the process has to end without deleting anything.
+  [[nodiscard]] bool finish();
 
 private:
-  struct Worker {
-    Worker(const Options& options, const std::string& url) : session(options.database, options.readOnly, url) {}
-    Session session;
-    int socket = -1; ///< of the connection that it serves; -1: none
+  struct Connection {
+    Context context;
     std::thread thread;
+    bool isDone = false;
   };
-  void work(Worker& worker);
+  void accept();
+  void run(Connection& connection);
+  /// Joins the threads that are done. Returns how many connections are left.
+  std::size_t reap();
 
-  Listener listener;
+  const Context listener;
   const std::string url;
-  std::mutex mutex; ///< guards `stopping` and each worker's `socket`
-  bool stopping = false;
-  std::list<Worker> workers;
+  const RequestHandler handler;
+  std::mutex mutex; ///< guards `isDone` of each connection, and its context's being there
+  std::condition_variable someIsDone;
+  std::list<Connection> connections;
 };
 
 } // namespace localservice

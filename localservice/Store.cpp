@@ -1,50 +1,18 @@
 #include "localservice/Store.h"
 
 #include "localservice/Identifier.h"
-#include "localservice/Password.h"
+#include "localservice/PasswordHash.h"
 
+#include <cstring>
 #include <ctime>
+#include <utility>
 
 namespace localservice {
 
 namespace {
 
-// The long columns come last: a row is read from its start, so a list never touches the pages of content.
-constexpr const char* schema = R"(
-  CREATE TABLE accounts(name TEXT PRIMARY KEY, password TEXT NOT NULL, premium INTEGER NOT NULL);
-  CREATE TABLE maps(
-    id TEXT PRIMARY KEY, owner TEXT NOT NULL, removed INTEGER NOT NULL DEFAULT 0,
-    collaboration INTEGER NOT NULL DEFAULT 0, created INTEGER NOT NULL, version INTEGER NOT NULL,
-    last_modified INTEGER NOT NULL, published INTEGER NOT NULL, allow_inclusion INTEGER NOT NULL,
-    is_twlx INTEGER NOT NULL, name TEXT, author TEXT, description TEXT, format_type TEXT, format_version TEXT,
-    format_header TEXT, thumbnail BLOB, preview BLOB, backup BLOB, content BLOB);
-  CREATE INDEX maps_of_owner ON maps(owner);
-  CREATE TABLE updates(id INTEGER PRIMARY KEY CHECK(id = 1), version TEXT NOT NULL, path TEXT NOT NULL);
-  CREATE TABLE reports(
-    number INTEGER PRIMARY KEY, received INTEGER NOT NULL, name TEXT, email TEXT, subject TEXT, message TEXT,
-    file_name TEXT, attachment BLOB);
-  PRAGMA user_version = 1;
-)";
-constexpr std::int64_t schemaVersion = 1;
-
-std::int64_t versionOf(sqlite3* connection) {
-  Statement statement(connection, "PRAGMA user_version");
-  std::int64_t version = 0;
-  if (statement.step())
-    statement.read(version);
-  return version;
-}
-
-void prepareTables(sqlite3* connection, bool readOnly) {
-  if (versionOf(connection) == 0 && !readOnly) {
-    Transaction transaction(connection);
-    if (versionOf(connection) == 0) // nobody was faster
-      execute(connection, schema);
-    transaction.commit();
-  }
-  if (versionOf(connection) != schemaVersion)
-    throw StoreError("the file is not a store of this program's version");
-}
+constexpr std::size_t longestReport = 8 << 20; // bytes
+constexpr int mostReports = 100;
 
 std::int64_t now() { return std::time(nullptr); }
 
@@ -77,9 +45,9 @@ std::string mapColumns(unsigned blocks) {
 }
 
 /// Reads what mapColumns() selected.
-MapRecord readMap(Statement& row) {
+MapRecord readMap(Query& row) {
   MapRecord map;
-  row.read(map.id);
+  map.id = row.readRequiredText();
   row.read(map.created);
   row.read(map.version);
   forSavedColumns(map, [&](const char*, auto& member, Blocks) { row.read(member); });
@@ -89,11 +57,10 @@ MapRecord readMap(Statement& row) {
 constexpr const char* accessColumns = "owner, removed, collaboration";
 
 /// Reads what accessColumns selected, and judges it.
-dsns__DesktopMapAccess readAccess(Statement& row, const std::string& owner) {
-  const char* mapOwner = nullptr;
+dsns__DesktopMapAccess readAccess(Query& row, const std::string& owner) {
+  const char* const mapOwner = row.readRequiredText();
   bool removed = false;
   bool collaboration = false;
-  row.read(mapOwner);
   row.read(removed);
   row.read(collaboration);
   if (owner != mapOwner)
@@ -118,61 +85,91 @@ std::string saveStatement() {
          ") ON CONFLICT(id) DO UPDATE SET version = version + 1" + updates;
 }
 
+/// Writes that belong together; undone unless commit() was reached. Takes the write lock at once, so that no later
+/// query can fail for want of it.
+class Change : public SQLite::Transaction {
+public:
+  explicit Change(SQLite::Database& database) : SQLite::Transaction(database, SQLite::TransactionBehavior::IMMEDIATE) {}
+};
+
 } // namespace
 
-Store::Store(const std::string& file, bool readOnly) : connection(openDatabase(file, readOnly)) {
-  prepareTables(connection.get(), readOnly);
+Store::Store(std::string databaseFile, Access databaseAccess) : file(std::move(databaseFile)), mode(databaseAccess) {}
+
+SQLite::Database& Store::database() {
+  if (!opened)
+    opened.emplace(openDatabase(file, mode));
+  return *opened;
 }
 
 void Store::putAccount(const std::string& name, const std::string& password, bool premium) {
   const std::string hash = hashPassword(password);
-  Statement statement(connection.get(), "INSERT OR REPLACE INTO accounts(name, password, premium) VALUES(?, ?, ?)");
-  run(statement.bind(name).bind(hash).bind(premium));
+  Query query(database(), "INSERT OR REPLACE INTO accounts(name, password, premium) VALUES(?, ?, ?)");
+  query.bind(name).bind(hash).bind(premium).run();
+}
+
+bool Store::removeAccount(const std::string& name) {
+  Change change(database());
+  Query maps(database(), "DELETE FROM maps WHERE owner = ?");
+  maps.bind(name).run();
+  Query account(database(), "DELETE FROM accounts WHERE name = ?");
+  const bool existed = account.bind(name).run() != 0;
+  change.commit();
+  return existed;
+}
+
+void Store::listAccounts(const std::function<void(const char*, bool)>& visit) {
+  Query query(database(), "SELECT name, premium FROM accounts ORDER BY name");
+  while (query.step()) {
+    const char* const name = query.readRequiredText();
+    bool premium = false;
+    query.read(premium);
+    visit(name, premium);
+  }
 }
 
 dsns__DesktopLoginEnumerators Store::login(const char* name, const char* password) {
-  Statement statement(connection.get(), "SELECT password, premium FROM accounts WHERE name = ?");
-  statement.bind(name);
-  if (!statement.step() || !password)
-    return dsns__DesktopLoginEnumerators__NotAUser;
-  const char* hash = nullptr;
+  Query query(database(), "SELECT password, premium FROM accounts WHERE name = ?");
+  query.bind(name);
+  const bool isKnown = query.step();
+  const std::string hash = isKnown ? query.readRequiredText() : unmatchedHash();
   bool premium = false;
-  statement.read(hash);
-  statement.read(premium);
-  if (!passwordMatches(password, hash))
+  if (isKnown)
+    query.read(premium);
+  if (!passwordMatches(password ? password : "", hash))
     return dsns__DesktopLoginEnumerators__NotAUser;
   return premium ? dsns__DesktopLoginEnumerators__Success : dsns__DesktopLoginEnumerators__NotPremiumAccount;
 }
 
 void Store::listMaps(const std::string& owner, bool publishedOnly, unsigned blocks, const MapVisitor& visit) {
-  Statement statement(connection.get(), "SELECT " + mapColumns(blocks) +
-                                            " FROM maps WHERE owner = ? AND NOT removed AND published >= ?"
-                                            " ORDER BY rowid");
-  statement.bind(owner).bind(publishedOnly);
-  while (statement.step())
-    visit(readMap(statement));
+  Query query(database(), "SELECT " + mapColumns(blocks) +
+                              " FROM maps WHERE owner = ? AND NOT removed AND published >= ?"
+                              " ORDER BY rowid");
+  query.bind(owner).bind(publishedOnly);
+  while (query.step())
+    visit(readMap(query));
 }
 
 dsns__DesktopMapAccess Store::loadMap(const std::string& owner, const std::string& id, unsigned blocks,
                                       const MapVisitor& visit) {
-  Statement statement(connection.get(),
-                      std::string("SELECT ") + accessColumns + ", " + mapColumns(blocks) + " FROM maps WHERE id = ?");
-  statement.bind(id);
-  if (!statement.step())
+  Query query(database(),
+              std::string("SELECT ") + accessColumns + ", " + mapColumns(blocks) + " FROM maps WHERE id = ?");
+  query.bind(id);
+  if (!query.step())
     return dsns__DesktopMapAccess__None;
-  const dsns__DesktopMapAccess access = readAccess(statement, owner);
+  const dsns__DesktopMapAccess access = readAccess(query, owner);
   if (access == dsns__DesktopMapAccess__Success)
-    visit(readMap(statement));
+    visit(readMap(query));
   return access;
 }
 
 dsns__DesktopMapAccess Store::saveMap(const std::string& owner, const MapRecord& map, bool forced, std::string& id) {
-  Transaction transaction(connection.get());
+  Change change(database());
   id = canonicalIdentifier(map.id);
-  dsns__DesktopMapAccess found = access(owner, id);
+  dsns__DesktopMapAccess found = accessTo(owner, id);
   if (found == dsns__DesktopMapAccess__None) {
     id = findByName(owner, map.name);
-    found = access(owner, id);
+    found = accessTo(owner, id);
   }
   if (found == dsns__DesktopMapAccess__None)
     id = freshIdentifier();
@@ -181,17 +178,17 @@ dsns__DesktopMapAccess Store::saveMap(const std::string& owner, const MapRecord&
   else if (!forced)
     return dsns__DesktopMapAccess__FileExists;
 
-  Statement statement(connection.get(), saveStatement());
-  statement.bind(id).bind(owner).bind(now());
-  forSavedColumns(map, [&](const char*, const auto& member, Blocks) { statement.bind(member); });
-  run(statement);
-  transaction.commit();
+  Query query(database(), saveStatement());
+  query.bind(id).bind(owner).bind(now());
+  forSavedColumns(map, [&](const char*, const auto& member, Blocks) { query.bind(member); });
+  query.run();
+  change.commit();
   return dsns__DesktopMapAccess__Success;
 }
 
 dsns__DesktopMapAccess Store::renameMap(const std::string& owner, const std::string& id, const char* name) {
-  Transaction transaction(connection.get());
-  const dsns__DesktopMapAccess found = access(owner, id);
+  Change change(database());
+  const dsns__DesktopMapAccess found = accessTo(owner, id);
   if (found != dsns__DesktopMapAccess__Success)
     return found;
   if (!name || !*name)
@@ -200,100 +197,94 @@ dsns__DesktopMapAccess Store::renameMap(const std::string& owner, const std::str
   if (!namesake.empty() && namesake != id)
     return dsns__DesktopMapAccess__FileExists;
 
-  Statement statement(connection.get(), "UPDATE maps SET name = ? WHERE id = ?");
-  run(statement.bind(name).bind(id));
-  transaction.commit();
+  Query query(database(), "UPDATE maps SET name = ? WHERE id = ?");
+  query.bind(name).bind(id).run();
+  change.commit();
   return dsns__DesktopMapAccess__Success;
 }
 
 dsns__DesktopMapAccess Store::removeMap(const std::string& owner, const std::string& id) {
-  Transaction transaction(connection.get());
-  const dsns__DesktopMapAccess found = access(owner, id);
+  Change change(database());
+  const dsns__DesktopMapAccess found = accessTo(owner, id);
   if (found != dsns__DesktopMapAccess__Success)
     return found;
 
-  Statement statement(connection.get(), "UPDATE maps SET removed = 1, thumbnail = NULL, preview = NULL, backup = NULL,"
-                                        " content = NULL WHERE id = ?");
-  run(statement.bind(id));
-  transaction.commit();
+  Query query(database(), "UPDATE maps SET removed = 1, thumbnail = NULL, preview = NULL, backup = NULL,"
+                          " content = NULL WHERE id = ?");
+  query.bind(id).run();
+  change.commit();
   return dsns__DesktopMapAccess__Success;
 }
 
 bool Store::markCollaboration(const std::string& id, bool ongoing) {
-  Statement statement(connection.get(), "UPDATE maps SET collaboration = ? WHERE id = ?");
-  run(statement.bind(ongoing).bind(id));
-  return sqlite3_changes(connection.get()) != 0;
+  Query query(database(), "UPDATE maps SET collaboration = ? WHERE id = ?");
+  return query.bind(ongoing).bind(id).run() != 0;
 }
 
 void Store::describeMaps(const std::function<void(const char*, const char*, const MapRecord&)>& visit) {
-  Statement statement(connection.get(),
-                      "SELECT owner, iif(removed, 'removed', iif(collaboration, 'collaboration', 'stored')), " +
-                          mapColumns(NoBlocks) + " FROM maps ORDER BY rowid");
-  while (statement.step()) {
-    const char* owner = nullptr;
-    const char* state = nullptr;
-    statement.read(owner);
-    statement.read(state);
-    visit(owner, state, readMap(statement));
+  Query query(database(), "SELECT owner, iif(removed, 'removed', iif(collaboration, 'collaboration', 'stored')), " +
+                              mapColumns(NoBlocks) + " FROM maps ORDER BY rowid");
+  while (query.step()) {
+    const char* const owner = query.readRequiredText();
+    const char* const state = query.readRequiredText();
+    visit(owner, state, readMap(query));
   }
 }
 
 void Store::putUpdate(const Update& update) {
-  Statement statement(connection.get(), "INSERT OR REPLACE INTO updates(id, version, path) VALUES(1, ?, ?)");
-  run(statement.bind(update.version).bind(update.path));
+  Query query(database(), "INSERT OR REPLACE INTO updates(id, version, path) VALUES(1, ?, ?)");
+  query.bind(update.version).bind(update.path).run();
 }
 
 Update Store::update() {
-  Statement statement(connection.get(), "SELECT version, path FROM updates");
-  if (!statement.step())
+  Query query(database(), "SELECT version, path FROM updates");
+  if (!query.step())
     return {};
-  const char* version = nullptr;
-  const char* path = nullptr;
-  statement.read(version);
-  statement.read(path);
-  return {version, path};
+  const char* const version = query.readRequiredText();
+  return {version, query.readRequiredText()};
 }
 
 void Store::addReport(const Report& report) {
-  Statement statement(connection.get(), "INSERT INTO reports(received, name, email, subject, message, file_name,"
-                                        " attachment) VALUES(?, ?, ?, ?, ?, ?, ?)");
-  statement.bind(now()).bind(report.name).bind(report.email).bind(report.subject).bind(report.message);
-  run(statement.bind(report.fileName).bind(report.attachment));
+  std::size_t size = report.attachment.size;
+  for (const char* const text : {report.name, report.email, report.subject, report.message, report.fileName})
+    size += text ? std::strlen(text) : 0;
+  if (size > longestReport)
+    throw StoreError("the report is too long");
+  Change change(database());
+  Query query(database(), "INSERT INTO reports(received, name, email, subject, message, file_name, attachment)"
+                          " VALUES(?, ?, ?, ?, ?, ?, ?)");
+  query.bind(now()).bind(report.name).bind(report.email).bind(report.subject).bind(report.message);
+  query.bind(report.fileName).bind(report.attachment).run();
+  Query oldest(database(), "DELETE FROM reports WHERE number <= (SELECT max(number) FROM reports) - ?");
+  oldest.bind(std::int64_t{mostReports}).run();
+  change.commit();
 }
 
 void Store::listReports(const std::function<void(const Report&)>& visit) {
-  Statement statement(connection.get(), "SELECT number, received, name, email, subject, message, file_name, attachment"
-                                        " FROM reports ORDER BY number");
-  while (statement.step()) {
+  Query query(database(), "SELECT number, received, name, email, subject, message, file_name, attachment"
+                          " FROM reports ORDER BY number");
+  while (query.step()) {
     Report report;
-    statement.read(report.number);
-    statement.read(report.received);
+    query.read(report.number);
+    query.read(report.received);
     for (const char** text : {&report.name, &report.email, &report.subject, &report.message, &report.fileName})
-      statement.read(*text);
-    statement.read(report.attachment);
+      query.read(*text);
+    query.read(report.attachment);
     visit(report);
   }
 }
 
-dsns__DesktopMapAccess Store::access(const std::string& owner, const std::string& id) {
-  Statement statement(connection.get(), std::string("SELECT ") + accessColumns + " FROM maps WHERE id = ?");
-  statement.bind(id);
-  return statement.step() ? readAccess(statement, owner) : dsns__DesktopMapAccess__None;
+dsns__DesktopMapAccess Store::accessTo(const std::string& owner, const std::string& id) {
+  Query query(database(), std::string("SELECT ") + accessColumns + " FROM maps WHERE id = ?");
+  query.bind(id);
+  return query.step() ? readAccess(query, owner) : dsns__DesktopMapAccess__None;
 }
 
 std::string Store::findByName(const std::string& owner, const char* name) {
-  Statement statement(connection.get(), "SELECT id FROM maps WHERE owner = ? AND name = ? AND NOT removed"
-                                        " ORDER BY rowid");
-  statement.bind(owner).bind(name);
-  const char* id = nullptr;
-  if (statement.step())
-    statement.read(id);
-  return id ? id : "";
-}
-
-void Store::run(Statement& statement) {
-  while (statement.step()) {
-  }
+  Query query(database(), "SELECT id FROM maps WHERE owner = ? AND name = ? AND NOT removed"
+                          " ORDER BY rowid");
+  query.bind(owner).bind(name);
+  return query.step() ? query.readRequiredText() : "";
 }
 
 } // namespace localservice

@@ -4,10 +4,11 @@
 // transaction: after a crash the file holds the state before it or after it.
 #pragma once
 
-#include "localservice/Sqlite.h"
+#include "localservice/Database.h"
 #include "protocol/schema/Enumerations.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace localservice {
@@ -62,12 +63,18 @@ struct Update {
 /// MapRemoved, it was deleted; OngoingCollaboration, it is marked as such; FileExists, where said; else Success.
 class Store {
 public:
-  /// Opens `file`, making it and its tables when needed. `readOnly` makes every change fail.
-  Store(const std::string& file, bool readOnly);
+  /// The file is opened by the first function that needs it, or by open().
+  Store(std::string databaseFile, Access databaseAccess);
+  void open() { database(); }
 
   /// Adds an account, or gives an existing one this password and standing.
   void putAccount(const std::string& name, const std::string& password, bool premium);
-  /// NotAUser, NotPremiumAccount or Success. Null texts belong to no account.
+  /// Removes an account and its maps. False when there is no such account.
+  [[nodiscard]] bool removeAccount(const std::string& name);
+  /// Every account, by name.
+  void listAccounts(const std::function<void(const char* name, bool premium)>& visit);
+  /// NotAUser, NotPremiumAccount or Success. Null texts belong to no account. An unknown name takes as long as a wrong
+  /// password.
   [[nodiscard]] dsns__DesktopLoginEnumerators login(const char* name, const char* password);
 
   /// The maps of `owner` in the order of their first save, those that were deleted excepted.
@@ -93,16 +100,19 @@ public:
   void putUpdate(const Update& update);
   [[nodiscard]] Update update();
 
-  /// `number` and `received` of the argument are not looked at.
+  /// `number` and `received` of the argument are not looked at. Anybody may report, so a report may have 8 MiB, and the
+  /// latest 100 are kept.
   void addReport(const Report& report);
   void listReports(const std::function<void(const Report&)>& visit);
 
 private:
-  [[nodiscard]] dsns__DesktopMapAccess access(const std::string& owner, const std::string& id);
+  [[nodiscard]] dsns__DesktopMapAccess accessTo(const std::string& owner, const std::string& id);
   [[nodiscard]] std::string findByName(const std::string& owner, const char* name);
-  void run(Statement& statement);
+  SQLite::Database& database();
 
-  Connection connection;
+  const std::string file;
+  const Access mode;
+  std::optional<SQLite::Database> opened;
 };
 
 } // namespace localservice

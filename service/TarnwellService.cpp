@@ -7,7 +7,7 @@
 #include <QtCore/QFileInfo>
 
 #include <cerrno>
-#include <cxxabi.h>
+#include <exception>
 #include <optional>
 #include <pwd.h>
 #include <sys/stat.h>
@@ -21,24 +21,34 @@ namespace {
 
 constexpr ServiceResult resultOf(dsns__DesktopLoginEnumerators value) {
   switch (value) {
-  case dsns__DesktopLoginEnumerators__Success: return ResultOk;
-  case dsns__DesktopLoginEnumerators__NotAUser: return ResultNotAUser;
-  case dsns__DesktopLoginEnumerators__NotPremiumAccount: return ResultNotPremiumAccount;
+  case dsns__DesktopLoginEnumerators__Success:
+    return ResultOk;
+  case dsns__DesktopLoginEnumerators__NotAUser:
+    return ResultNotAUser;
+  case dsns__DesktopLoginEnumerators__NotPremiumAccount:
+    return ResultNotPremiumAccount;
   case dsns__DesktopLoginEnumerators__DbError:
-  case dsns__DesktopLoginEnumerators__None: break;
+  case dsns__DesktopLoginEnumerators__None:
+    break;
   }
   return ResultFailed;
 }
 
 constexpr ServiceResult resultOf(dsns__DesktopMapAccess value) {
   switch (value) {
-  case dsns__DesktopMapAccess__Success: return ResultOk;
-  case dsns__DesktopMapAccess__FileExists: return ResultFileExists;
-  case dsns__DesktopMapAccess__NoAccess: return ResultNoAccess;
-  case dsns__DesktopMapAccess__OngoingCollaboration: return ResultOngoingCollaboration;
-  case dsns__DesktopMapAccess__MapRemoved: return ResultMapRemoved;
+  case dsns__DesktopMapAccess__Success:
+    return ResultOk;
+  case dsns__DesktopMapAccess__FileExists:
+    return ResultFileExists;
+  case dsns__DesktopMapAccess__NoAccess:
+    return ResultNoAccess;
+  case dsns__DesktopMapAccess__OngoingCollaboration:
+    return ResultOngoingCollaboration;
+  case dsns__DesktopMapAccess__MapRemoved:
+    return ResultMapRemoved;
   case dsns__DesktopMapAccess__DbError:
-  case dsns__DesktopMapAccess__None: break;
+  case dsns__DesktopMapAccess__None:
+    break;
   }
   return ResultFailed;
 }
@@ -59,13 +69,13 @@ template <class Response, class Result> int mapOutcome(int code, const Response*
 }
 
 /// Runs `body`, which may throw; then the result is `failed`. The unwinding of a thread that is cancelled in a call
-/// passes through, as it must: whoever stops it ends the process.
+/// passes through, as it must: whoever stops it ends the process. It is no exception that current_exception() knows.
 template <class Result, class Body> Result contain(Result failed, Body body) {
   try {
     return body();
-  } catch (const abi::__forced_unwind&) {
-    throw;
   } catch (...) {
+    if (!std::current_exception())
+      throw;
     return failed;
   }
 }
@@ -113,7 +123,8 @@ std::optional<QByteArray> contentOf(const QString& filePath) {
   return content;
 }
 
-/// Whether the system has no name for a user, which QFileInfo::owner() tells by an empty text, as it does when it fails.
+/// Whether the system has no name for a user, which QFileInfo::owner() tells by an empty text, as it does when it
+/// fails.
 bool isNameless(uint user) {
   passwd entry{}, *found = nullptr;
   char buffer[1024];

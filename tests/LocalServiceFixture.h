@@ -1,4 +1,5 @@
-// The local service as a process of its own, on a database of its own, called through the binding. One thread.
+// The local service as a process of its own, on a database of its own, called through the binding or by raw bytes. One
+// thread.
 #pragma once
 
 #include "client/DesktopServiceSoap12.h"
@@ -7,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QFile>
 #include <QtCore/QProcess>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QTemporaryDir>
@@ -17,20 +19,57 @@
 
 constexpr int patience = 30000; // milliseconds; nothing here takes more than a fraction
 
-/// What requests are filled with: members named as the elements they fill.
+/// What requests are filled with, those that have such elements.
 struct Values {
-  xsd__string username;
-  xsd__string pass;
-  dsns__DesktopInfoClass* DesktopInfo = nullptr;
-  bool IsForced = false;
-  bool IsPublished = false;
+  xsd__string user = L"anna";
+  dsns__DesktopInfoClass* map = nullptr;
+  bool flag = false; ///< forced or published
+  xsd__string password = L"öffne dich";
   xsd__string inFormat = L"a";
   xsd__string outFormat = L"a";
   xsd__string version = L"1.9";
-  xsd__string subject = L"Crash";
+  xsd__string subject = L"Crash\n\x1b[31m";
   xsd__string message = L"It broke: ü";
   xsd__base64Binary* bytes = nullptr;
+
+  /// Sets every one of these members that the request has.
+  template <class Request> void fill(Request& request) {
+    const auto set = [&request](auto assign) {
+      if constexpr (std::is_invocable_v<decltype(assign), Request&>)
+        assign(request);
+    };
+    set([this](auto& r) -> decltype(void(r.username = r.pass)) { r.username = &user, r.pass = &password; });
+    set([this](auto& r) -> decltype(void(r.DesktopInfo)) { r.DesktopInfo = map; });
+    set([this](auto& r) -> decltype(void(r.IsForced)) { r.IsForced = flag; });
+    set([this](auto& r) -> decltype(void(r.IsPublished)) { r.IsPublished = flag; });
+    set([this](auto& r) -> decltype(void(r.inFormat)) { r.inFormat = &inFormat, r.outFormat = &outFormat; });
+    set([this](auto& r) -> decltype(void(r.version)) { r.version = &version; });
+    set([this](auto& r) -> decltype(void(r.subject)) { r.subject = &subject, r.message = &message; });
+    set([this](auto& r) -> decltype(void(r.bytes)) { r.bytes = bytes; });
+  }
 };
+
+/// Calls operation `name` with those values that its request has. Its result as show() has it, identifiers and times of
+/// creation as "#" and "%"; or "error" and the code.
+inline std::string callService(const QByteArray& endpoint, const std::string& name, Values values) {
+  DesktopServiceSoap12 client;
+  client.soap_endpoint = endpoint.constData();
+  QString text = "no such operation";
+#define TARNWELL_OPERATION(Name, Wire, Shape, ResultClass)                                                             \
+  if (name == Wire) {                                                                                                  \
+    _dsns__##Name request;                                                                                             \
+    _dsns__##Name##Response response;                                                                                  \
+    values.fill(request);                                                                                              \
+    const int code = client.__dsns4__##Name(&request, &response);                                                      \
+    text = QString::fromStdString(code ? "error " + std::to_string(code) : show(response.Name##Result));               \
+  }
+#include "protocol/schema/Operations.inc"
+#undef TARNWELL_OPERATION
+  return text.replace(QRegularExpression("MapId=[0-9a-f-]{36}(?=[ }])"), "MapId=#")
+      .replace(QRegularExpression("Created=[0-9]+"), "Created=%")
+      .trimmed()
+      .toStdString();
+}
 
 /// A raw connection to the service, of which every wait is bounded.
 class Connection {
@@ -50,9 +89,10 @@ public:
   Connection& operator=(const Connection&) = delete;
   ~Connection() { close(fd); }
 
-  /// Sends no more and gives everything that comes.
-  std::string finish() {
-    shutdown(fd, SHUT_WR);
+  /// Everything that comes; `sendsMore`: without telling the service that no more is sent.
+  std::string answer(bool sendsMore) {
+    if (!sendsMore)
+      shutdown(fd, SHUT_WR);
     std::string all;
     char some[4096];
     for (ssize_t size; (size = recv(fd, some, sizeof some, 0)) > 0;)
@@ -69,34 +109,25 @@ struct Map : dsns__DesktopInfoClass {
   std::wstring name;
   std::string id, bytes;
   xsd__base64Binary block;
-  Map(const std::wstring& mapName, const std::string& content) : name(mapName), bytes(content) {
+  Map(const std::wstring& mapName, const std::string& content, const QByteArray& identifier = {})
+      : name(mapName), bytes(content) {
     MapName = &name;
     block.__ptr = reinterpret_cast<unsigned char*>(bytes.data());
     block.__size = static_cast<int>(bytes.size());
     Thumbnail = MapContent = &block;
+    if (!identifier.isEmpty())
+      identify(identifier);
   }
   Map(const Map&) = delete;
   Map& operator=(const Map&) = delete;
-  Map& identified(const QByteArray& identifier) {
+  void identify(const QByteArray& identifier) {
     id = "{" + identifier.toUpper().toStdString() + "}"; // any form is taken
     MapId = id.data();
-    return *this;
   }
 };
 
-inline Values by(const wchar_t* user, dsns__DesktopInfoClass* map = nullptr, bool isForced = false) {
-  Values values;
-  values.username = user;
-  values.pass = L"öffne dich";
-  values.DesktopInfo = map;
-  values.IsForced = isForced;
-  return values;
-}
-
 class LocalServiceTest : public testing::Test {
 protected:
-  using Index = tarnwell::OperationIndex;
-
   LocalServiceTest() {
     static int argc = 1;
     static char name[] = "localservice_test";
@@ -108,10 +139,12 @@ protected:
   }
   ~LocalServiceTest() override { EXPECT_EQ(stop(), 0); } // also tells of leaks, where they are looked for
 
-  /// What the program prints, or "status" and its exit status when that is not 0.
+  /// What the program prints, or "status" and its exit status when that is not 0. Without "--db" in `arguments` it uses
+  /// the test's database.
   QByteArray administer(const QStringList& arguments, const QByteArray& input = {}) {
     QProcess process;
-    process.start(TARNWELL_LOCALSERVICE, QStringList{"--db", database()} + arguments);
+    const QStringList file{"--db", database()};
+    process.start(TARNWELL_LOCALSERVICE, arguments.contains("--db") ? arguments : file + arguments);
     process.write(input);
     process.closeWriteChannel();
     const bool isDone = process.waitForFinished(patience) && process.exitCode() == 0;
@@ -119,7 +152,7 @@ protected:
   }
 
   void start(const QStringList& arguments = {}) {
-    service.start(TARNWELL_LOCALSERVICE, QStringList{"--db", database(), "--port", "0"} + arguments);
+    service.start(TARNWELL_LOCALSERVICE, QStringList{"--port", "0", "--db", database()} + arguments);
     while (!service.canReadLine() && service.waitForReadyRead(patience)) {
     }
     endpoint = service.readLine().trimmed();
@@ -142,65 +175,11 @@ protected:
 
   QString database() const { return folder.filePath("db"); }
   int port() const { return QUrl(endpoint).port(); }
-
-  /// Calls an operation with the values that its request has elements for. Its result as show() has it, identifiers and
-  /// times of creation as "#" and "%"; or "error" and the code.
-  std::string call(Index index, Values values) {
-    DesktopServiceSoap12 client;
-    const auto instantiate = [&client](int number) {
-      return tarnwell::instantiate(client.soap, -1, tarnwell::typeOf(number), nullptr);
-    };
-    const tarnwell::Operation& operation = tarnwell::operations[static_cast<std::size_t>(index)];
-    void* const request = instantiate(operation.request);
-    void* const response = instantiate(operation.response);
-    fill(tarnwell::typeOf(operation.request), request, values);
-    const int code = tarnwell::exchange(client.soap, endpoint.constData(), nullptr, index,
-                                        static_cast<tarnwell::SchemaObject*>(request), static_cast<tarnwell::SchemaObject*>(response));
-    const tarnwell::Row& result = *tarnwell::typeOf(operation.response).rows;
-    const std::string text =
-        code ? "error " + std::to_string(code) : showResult(result.type, *static_cast<void**>(result.member(response)));
-    return QString::fromStdString(text)
-        .replace(QRegularExpression("MapId=[0-9a-f-]{36}(?=[ }])"), "MapId=#")
-        .replace(QRegularExpression("Created=[0-9]+"), "Created=%")
-        .trimmed()
-        .toStdString();
+  std::string call(const std::string& operation, const Values& values = {}) const {
+    return callService(endpoint, operation, values);
   }
 
   QTemporaryDir folder;
   QProcess service;
   QByteArray endpoint;
-
-private:
-  template <class Member> static void set(const tarnwell::Type& type, void* request, const char* local, Member value) {
-    for (std::size_t i = 0; i < type.rowCount; ++i)
-      if (std::string(type.rows[i].local) == local)
-        *static_cast<Member*>(type.rows[i].member(request)) = value;
-  }
-  static void fill(const tarnwell::Type& type, void* request, Values& values) {
-    set(type, request, "username", &values.username);
-    set(type, request, "pass", &values.pass);
-    set(type, request, "DesktopInfo", values.DesktopInfo);
-    set(type, request, "IsForced", values.IsForced);
-    set(type, request, "IsPublished", values.IsPublished);
-    set(type, request, "inFormat", &values.inFormat);
-    set(type, request, "outFormat", &values.outFormat);
-    set(type, request, "version", &values.version);
-    set(type, request, "subject", &values.subject);
-    set(type, request, "message", &values.message);
-    set(type, request, "bytes", values.bytes);
-  }
-  static std::string showResult(int type, const void* result) {
-    switch (type) {
-    case SOAP_TYPE_dsns__DesktopLoginResponseClass:
-      return show(static_cast<const dsns__DesktopLoginResponseClass*>(result));
-    case SOAP_TYPE_dsns__CompleteDesktopResponse:
-      return show(static_cast<const dsns__CompleteDesktopResponse*>(result));
-    case SOAP_TYPE_dsns__GetMapResponse:
-      return show(static_cast<const dsns__GetMapResponse*>(result));
-    case SOAP_TYPE_dsns__MapActionResponse:
-      return show(static_cast<const dsns__MapActionResponse*>(result));
-    default:
-      return show(static_cast<const dsns__DesktopVersioningClass*>(result));
-    }
-  }
 };

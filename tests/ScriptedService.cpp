@@ -32,8 +32,9 @@ ScriptedService::ScriptedService(const std::vector<Reply>& replies) : m_replies(
     QTcpServer listener;
     listener.listen(QHostAddress::LocalHost);
     port.set_value(listener.serverPort());
-    while (listener.waitForNewConnection(-1) && !m_stops)
-      serve(*std::unique_ptr<QTcpSocket>(listener.nextPendingConnection()));
+    while (!m_stops && listener.waitForNewConnection(-1))
+      while (!m_stops && listener.hasPendingConnections()) // one wait may accept several
+        serve(*std::unique_ptr<QTcpSocket>(listener.nextPendingConnection()));
   });
   m_port = port.get_future().get();
 }

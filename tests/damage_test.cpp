@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <fstream>
 #include <random>
 
@@ -108,6 +109,33 @@ TEST(Damage, FalseLengthsCostNothing) {
       EXPECT_EQ(std::string::npos, client.list().find("error"));
     EXPECT_LT(memory().first - before.first, 1000) << size;
     EXPECT_LT(memory().second - before.second, size == 4 ? 30 : 400) << size; // asan keeps what the test itself freed
+  }
+}
+
+// A DIME answer whose attachment is as long as its header says, or not.
+TEST(Damage, AttachmentsMayNotClaimMoreThanTheAnswerHas) {
+  const auto record = [](char flags, const char* type, const std::string& id, std::size_t size, std::string data) {
+    std::string bytes = {flags, type[0] == 'h' ? '\x20' : '\x10', 0, 0, 0, static_cast<char>(id.size()), 0, 0};
+    bytes[7] = static_cast<char>(std::strlen(type));
+    for (const int shift : {24, 16, 8, 0})
+      bytes += static_cast<char>(size >> shift);
+    for (std::string part : {id, std::string(type), std::move(data)})
+      bytes += part + std::string(-part.size() & 3, '\0');
+    return bytes;
+  };
+  const std::string xml = answer("<MapContent href=\"a\"/>");
+  for (const auto& [size, read] : {std::pair<std::size_t, const char*>(7, "2 login 2 {MapContent=7:content}"),
+                                   {0xFFFFFFFF, "error 32"},
+                                   {0x7FFFFFFF, "error 32"}}) {
+    WireClient client;
+    client.reply = reply(200,
+                         record(0x0c, "http://www.w3.org/2003/05/soap-envelope", "", xml.size(), xml) +
+                             record(0x0a, "text/plain", "a", size, "content"),
+                         "Content-Type: application/dime\r\n")
+                       .bytes;
+    const long before = memory().first;
+    EXPECT_EQ(read, client.content());
+    EXPECT_LT(memory().first - before, 100) << size;
   }
 }
 

@@ -18,6 +18,7 @@ env:      | | <env:Fault><env:Reason/><env:Code><env:Value>env:%</env:Value></en
           | | <Fault><Code><Value>%</Value></Code><Reason><Text xml:lang="en">no</Text></Reason></Fault>
 a: | xmlns:b="http://www.w3.org/2003/05/soap-envelope" | <b:Fault><a:Code><b:Value> b:% </b:Value></a:Code></b:Fault>
 SOAP-ENV: | | <SOAP-ENV:Fault><faultcode>SOAP-ENV:%</faultcode><faultstring>no</faultstring></SOAP-ENV:Fault>
+soap: | | <soap:Fault><soap:Reason><soap:Text>no</soap:Text><soap:Text>nej</soap:Text></soap:Reason><soap:Code><soap:Value>soap:%</soap:Value></soap:Code></soap:Fault>
 soap:     | | <soap:Fault><detail><x>y</x></detail><faultcode>soap:%</faultcode></soap:Fault>
 )";
 const std::pair<const char*, int> codes[] = {{"Receiver", 2},  {"Server", 2},         {"Sender", 1},
@@ -76,6 +77,35 @@ TEST(Fault, StaysInTheContext) {
   EXPECT_STREQ("too much", fault->SOAP_ENV__Reason->SOAP_ENV__Text);
   EXPECT_NE(nullptr, std::strstr(fault->SOAP_ENV__Detail->__any, ">3</"));
   EXPECT_EQ("login 2", client.login(message::answer("Login", message::loginValue("Success"))));
+}
+
+// The content of a detail, and the literal XML that is kept of it.
+const char* const details = R"(
+ full &amp; <b>more</b> | full &amp; <b>more</b>
+ <b>1</b><c>2</c>       | <b>1</b>
+ <!-- nothing -->       | -
+)";
+TEST(Fault, DetailIsKeptAsItIs) {
+  forEachArrival(details, [](WireClient& client, const auto& row) {
+    client.login(message::envelope("<soap:Fault><soap:Detail>" + row[0] + "</soap:Detail></soap:Fault>"));
+    const char* const kept = soap_fault_detail(client.soap);
+    EXPECT_EQ(row[1], kept ? kept : "-") << row[0];
+  });
+}
+
+TEST(Fault, IsWrittenAsItWasMade) {
+  WireClient client;
+  char code[] = "\"urn:bad\":Quota";
+  client.soap->version = 2;
+  client.soap->lang = "en";
+  *soap_faultsubcode(client.soap) = code;
+  EXPECT_EQ(nullptr, soap_fault_detail(client.soap)) << "asking makes none";
+  EXPECT_EQ(nullptr, client.soap->fault->SOAP_ENV__Detail);
+  const SOAP_ENV__Fault& fault = *client.soap->fault;
+  const std::string sent = client.written(
+      [&](struct soap* soap) { return soap_out_SOAP_ENV__Fault(soap, "SOAP-ENV:Fault", -1, &fault, nullptr); });
+  EXPECT_NE(std::string::npos, sent.find("<SOAP-ENV:Subcode><SOAP-ENV:Value xmlns:")) << sent;
+  EXPECT_NE(std::string::npos, sent.find("<SOAP-ENV:Reason></SOAP-ENV:Reason>")) << sent;
 }
 
 /// What a login reads on a thread with a stack as small as a host's worker threads may have.

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <utility>
 
 namespace {
@@ -34,6 +35,8 @@ const char* const records = R"(
 <IsPublished xsi:type="d:boolean">1</IsPublished>                                                | {IsPublished=1}
 <IsPublished xsi:type="x:int">1</IsPublished>                                                    | error 4
 <IsPublished xsi:type="x:bool">1</IsPublished>                                                   | error 4
+<Thumbnail>QUJD<a/>QUJD</Thumbnail>                                                              | error 4
+<MapName>n</MapName x><Author>a</Author>                                                         | error 5
 <Thumbnail xsi:type="x:base64Binary">QUJD</Thumbnail>                                            | {Thumbnail=3:ABC}
 <Thumbnail xsi:type="enc:base64">QUJD</Thumbnail>                                                | {Thumbnail=3:ABC}
 <Thumbnail xsi:type="x:hexBinary">QUJD</Thumbnail>                                               | error 4
@@ -73,12 +76,47 @@ TEST(Reading, StrictMode) {
   }
 }
 
+// What stands in the place of "utf-8" in the XML declaration, and what is read of the bytes C3 A9.
+const char* const encodings = R"(
+UTF-8        | {MapName='é'}
+iso-8859-1   | {MapName='Ã©'}
+us-ascii     | {MapName='é'}
+windows-1252 | error 200
+utf-7        | error 200
+)";
 TEST(Reading, AnswersOfOtherKinds) {
+  forEachArrival(encodings, [](WireClient& client, const auto& row) {
+    const std::string read = client.content(replaced(mapAnswer("<MapName>\xC3\xA9</MapName>"), "utf-8", row[0]));
+    EXPECT_EQ(row[1][0] == '{' ? "0 no login " + row[1] : row[1], read) << row[0];
+  });
   WireClient client;
-  const std::string latin1 = replaced(mapAnswer("<MapName>\xC3\xA9</MapName>"), "utf-8", "iso-8859-1");
-  EXPECT_EQ("0 no login {MapName='Ã©'}", client.content(latin1));
   const std::string olderSchema = replaced(mapAnswer("<MapName xsi:nil=\"true\"/>"), "2001", "1999");
   EXPECT_EQ("0 no login {}", client.content(olderSchema));
+  EXPECT_EQ("error 3", client.login("<LoginResponse xmlns=\"" TARNWELL_SERVICE_NAMESPACE "\"/>")) << "no envelope";
+}
+
+// Outside an exchange: a document that ends behind its element.
+TEST(Reading, DocumentsOfOneElement) {
+  WireClient client;
+  for (const char* body : {"<v>7</v>", "<v>7</v> \n", "<v>7"}) {
+    client.rewind();
+    client.reply = reply(200, body).bytes;
+    int value = 0;
+    ASSERT_EQ(SOAP_OK, soap_begin_recv(client.soap));
+    EXPECT_EQ(std::string(body).size() > 4, soap_get_xsd__int(client.soap, &value, "v", nullptr) != nullptr) << body;
+  }
+  dsns__DesktopMapAccess access{};
+  EXPECT_EQ(SOAP_TYPE, soap_s2dsns__DesktopMapAccess(client.soap, nullptr, &access));
+}
+
+TEST(Reading, AttributesOfEarlierElementsCostNothing) {
+  WireClient client;
+  std::string elements;
+  for (int i = 0; i < 100000; ++i)
+    elements += "<y a" + std::to_string(i) + "='1'/>";
+  const std::clock_t start = std::clock();
+  EXPECT_EQ("0 no login {}", client.content(mapAnswer(elements)));
+  EXPECT_LT((std::clock() - start) / CLOCKS_PER_SEC, 5) << "seconds; two minutes when each looks at all before it";
 }
 
 TEST(Reading, Attachments) {
@@ -116,12 +154,37 @@ TEST(Writing, ABlockWithIdOrTypeTravelsAsAttachment) {
     block.type = blockType;
     const auto send = std::exchange(client.soap->fsend, [](auto...) { return SOAP_EOF; });
     EXPECT_EQ(SOAP_EOF, client.__dsns4__SendFeedbackWithAttachment(&request, &response));
-    client.soap->fsend = send; // what the failed attempt left behind must not count
+    client.soap->fsend = send; // what failed attempts left behind must not count
+    const auto open = std::exchange(client.soap->fopen, [](auto* soap, auto...) -> SOAP_SOCKET {
+      soap->error = SOAP_TCP_ERROR;
+      return SOAP_INVALID_SOCKET;
+    });
+    EXPECT_EQ(SOAP_TCP_ERROR, client.__dsns4__SendFeedbackWithAttachment(&request, &response));
+    client.soap->fopen = open;
     EXPECT_EQ(0, client.__dsns4__SendFeedbackWithAttachment(&request, &response));
     const auto sends = [&](const char* text) { return client.sent.find(text) != std::string::npos; };
     const bool isInline = !blockId && !blockType;
+    EXPECT_EQ(isInline ? 1U : 2U, cells(client.sent, raw).size()) << "sent once";
     EXPECT_NE(isInline, sends(raw) && sends("<dsns:bytes href=\"")) << client.sent;
     EXPECT_EQ(isInline, sends("cmF3IDxieXRlcz4=") && sends("Content-Type: application/soap+xml;")) << client.sent;
+  }
+}
+
+// SOAP 1.1 with an encoding style: an object that is referred to twice stands on its own.
+TEST(Writing, ObjectsReferredToTwice) {
+  dsns__DesktopInfoClass map;
+  dsns__ArrayOfDesktopInfoClass list;
+  list.DesktopInfoClass = {&map, &map};
+  for (const bool isEncoded : {true, false}) {
+    WireClient client;
+    const std::string sent = client.written([&](struct soap* soap) {
+      soap_set_version(soap, isEncoded ? 1 : 2);
+      soap->encodingStyle = isEncoded ? "" : nullptr;
+      list.soap_serialize(soap);
+      return list.soap_put(soap, "v", nullptr);
+    });
+    EXPECT_EQ(isEncoded ? 3U : 1U, cells(sent, "href=\"#").size()) << sent;
+    EXPECT_EQ(isEncoded ? 2U : 1U, cells(sent, "id=\"_").size()) << sent;
   }
 }
 

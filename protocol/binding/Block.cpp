@@ -34,7 +34,8 @@ bool append(struct soap* soap, OpenBlock& block, unsigned bits, std::size_t coun
   return true;
 }
 
-/// Base64 text up to the element's end tag or first child. Blanks are allowed anywhere, padding at the end only.
+/// Base64 text up to the element's end tag, or to its first child when there is no text. Blanks are allowed anywhere,
+/// padding at the end only.
 int readBase64(struct soap* soap, OpenBlock& block) {
   unsigned group = 0;
   int characters = 0;
@@ -59,7 +60,7 @@ int readBase64(struct soap* soap, OpenBlock& block) {
     const soap_wchar c = soap_get(soap);
     if (static_cast<int>(c) == EOF)
       return soap->error = SOAP_CHK_EOF;
-    if (c == endTagMark || c == startTagMark) {
+    if (c == endTagMark || (c == startTagMark && block.size() == 0 && characters == 0)) {
       soap_unget(soap, c);
       break;
     }

@@ -93,8 +93,9 @@ int endElement(struct soap* soap, const char* tag) {
   if (soap->mode & (SOAP_XML_STRICT | SOAP_XML_DOM) || soap->feltendin || soap->cdata)
     return soap_element_end_in(soap, tag);
   if (peekedAtEnd) { // "</" was taken: the rest of the tag, whatever its name, without anything behind it
+    const auto needsRuntime = [](char c) { return isBlank(c) || c == '<' || c == '"' || c == '\'' || c == '&'; };
     const std::size_t close = next.find('>');
-    if (close == next.npos || next.find_first_of(" \t\r\n<\"'&") < close)
+    if (close == next.npos || std::any_of(next.begin(), next.begin() + close, needsRuntime))
       return soap_element_end_in(soap, tag);
     skipUnread(soap, close + 1);
     soap->peeked = 0;

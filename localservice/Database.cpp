@@ -1,0 +1,154 @@
+#include "localservice/Database.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace localservice {
+
+namespace {
+
+constexpr int busyMilliseconds = 10000; // what a request waits for others that save
+
+// The long columns come last: a row is read from its start, so a list never touches the pages of content.
+constexpr const char* schema = R"(
+  CREATE TABLE accounts(name TEXT PRIMARY KEY, password TEXT NOT NULL, premium INTEGER NOT NULL);
+  CREATE TABLE maps(
+    id TEXT PRIMARY KEY, owner TEXT NOT NULL, removed INTEGER NOT NULL DEFAULT 0,
+    collaboration INTEGER NOT NULL DEFAULT 0, created INTEGER NOT NULL, version INTEGER NOT NULL,
+    last_modified INTEGER NOT NULL, published INTEGER NOT NULL, allow_inclusion INTEGER NOT NULL,
+    is_twlx INTEGER NOT NULL, name TEXT, author TEXT, description TEXT, format_type TEXT, format_version TEXT,
+    format_header TEXT, thumbnail BLOB, preview BLOB, backup BLOB, content BLOB);
+  CREATE INDEX maps_of_owner ON maps(owner);
+  CREATE TABLE updates(id INTEGER PRIMARY KEY CHECK(id = 1), version TEXT NOT NULL, path TEXT NOT NULL);
+  CREATE TABLE reports(
+    number INTEGER PRIMARY KEY, received INTEGER NOT NULL, name TEXT, email TEXT, subject TEXT, message TEXT,
+    file_name TEXT, attachment BLOB);
+  PRAGMA application_id = 0x54574c53;
+  PRAGMA user_version = 1;
+)";
+constexpr unsigned long applicationId = 0x54574c53;
+constexpr unsigned long schemaVersion = 1;
+
+/// Creates `file` before SQLite does, whose new files everybody may read. A journal gets the file's permissions.
+void createPrivately(const std::string& file) {
+  const int descriptor = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  if (descriptor >= 0)
+    close(descriptor);
+}
+
+/// Judges a file by its header, before SQLite opens it: opening can already change a file that has a log beside it.
+void refuseOthers(const std::string& file) {
+  struct stat status = {};
+  if (stat(file.c_str(), &status) != 0)
+    throw StoreError(file + ": " + std::strerror(errno));
+  if (status.st_size == 0)
+    return;
+  const SQLite::Header header = SQLite::Database::getHeaderInfo(file);
+  if (header.applicationId == applicationId && header.userVersion > schemaVersion)
+    throw StoreError(file + ": made by a newer version of this program");
+  // The first files of this program have no identifier; they have no write-ahead log either, whose mere opening changes
+  // the files of others.
+  const bool isOurs =
+      header.applicationId == applicationId || (header.applicationId == 0 && header.fileFormatReadVersion == 1);
+  if (!isOurs || header.userVersion != schemaVersion)
+    throw StoreError(file + ": the file of another program");
+}
+
+std::int64_t countTables(SQLite::Database& database, const char* condition) {
+  Query tables(database, std::string("SELECT count(*) FROM sqlite_master WHERE ") + condition);
+  std::int64_t count = 0;
+  tables.step();
+  tables.read(count);
+  return count;
+}
+
+} // namespace
+
+SQLite::Database openDatabase(const std::string& file, Access access) {
+  const bool isInMemory = file == ":memory:";
+  if (access == Access::Create && !isInMemory)
+    createPrivately(file);
+  if (!isInMemory)
+    refuseOthers(file);
+  const int flags = access == Access::Read ? SQLite::OPEN_READONLY : SQLite::OPEN_READWRITE;
+  SQLite::Database database =
+      isInMemory ? SQLite::Database("file:/tarnwell?vfs=memdb",
+                                    SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | SQLite::OPEN_URI, busyMilliseconds)
+                 : SQLite::Database(file, flags, busyMilliseconds);
+  // A rollback journal instead of a log beside the file: between saves everything is in the one file. EXTRA: also the
+  // removal of the journal, which is what commits, is on the disk when a save returns.
+  database.exec("PRAGMA synchronous = EXTRA");
+  if (access == Access::Create) {
+    SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
+    if (countTables(database, "true") == 0)
+      database.exec(schema);
+    transaction.commit();
+  }
+  if (countTables(database, "name IN ('accounts', 'maps', 'updates', 'reports')") != 4)
+    throw StoreError(file + ": not a file of this program");
+  return database;
+}
+
+Query& Query::bind(std::int64_t value) {
+  statement.bind(++bound, value);
+  return *this;
+}
+
+Query& Query::bind(const char* text) {
+  ++bound;
+  if (text)
+    statement.bindNoCopy(bound, text);
+  else
+    statement.bind(bound);
+  return *this;
+}
+
+Query& Query::bind(Bytes bytes) {
+  ++bound;
+  if (bytes.data)
+    statement.bindNoCopy(bound, bytes.data, static_cast<int>(bytes.size));
+  else
+    statement.bind(bound);
+  return *this;
+}
+
+bool Query::step() {
+  column = 0;
+  return statement.executeStep();
+}
+
+SQLite::Column Query::nextRequired() {
+  SQLite::Column value = statement.getColumn(column++);
+  if (value.isNull())
+    throw StoreError("a value is missing: the file was changed by another program");
+  return value;
+}
+
+void Query::read(std::int64_t& value) { value = nextRequired().getInt64(); }
+
+void Query::read(bool& value) { value = nextRequired().getInt64() != 0; }
+
+void Query::read(const char*& text) {
+  const SQLite::Column value = statement.getColumn(column++);
+  text = value.isNull() ? nullptr : value.getText();
+}
+
+void Query::read(Bytes& bytes) {
+  const SQLite::Column value = statement.getColumn(column++);
+  if (value.isNull()) {
+    bytes = {};
+    return;
+  }
+  const void* const data = value.getBlob(); // null also for an empty one
+  const auto size = static_cast<std::size_t>(value.getBytes());
+  if (size != 0 && !data)
+    throw StoreError("out of memory");
+  bytes = {size != 0 ? data : "", size};
+}
+
+const char* Query::readRequiredText() { return nextRequired().getText(); }
+
+} // namespace localservice

@@ -1,0 +1,190 @@
+#include "localservice/HttpConnection.h"
+
+#include "protocol/soap/RuntimeInternals.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <chrono>
+#include <poll.h>
+#include <string_view>
+#include <sys/socket.h>
+
+namespace localservice {
+
+namespace {
+
+constexpr std::uint64_t longestHead = std::uint64_t{64} << 10; // bytes
+/// What is received at once. Between two pieces the limits are checked, so that small pieces bound how much is read
+/// beyond a limit.
+constexpr std::size_t longestPiece = std::size_t{16} << 10;
+constexpr int lingerStallMilliseconds = 2000;
+constexpr std::chrono::seconds lingerLimit{30};
+
+std::string lowerCase(std::string text) {
+  for (char& c : text)
+    c = static_cast<char>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c);
+  return text;
+}
+
+/// A decimal number and nothing else.
+bool parseLength(const std::string& text, std::uint64_t& length) {
+  const char* const end = text.data() + text.size();
+  const auto [parsed, failure] = std::from_chars(text.data(), end, length);
+  return failure == std::errc() && parsed == end;
+}
+
+bool isReady(int socket, short events, int milliseconds) {
+  pollfd waiting = {socket, events, 0};
+  return poll(&waiting, 1, milliseconds) > 0;
+}
+
+} // namespace
+
+HttpConnection::HttpConnection(struct soap* context, std::uint64_t longest)
+    : soap(context), parseAsRuntime(context->fparse), longestContent(longest), toReceive(longestHead) {
+  soap->user = this;
+  soap->recv_maxlength = longest + 2 * longestHead; // also the limit of a chunk
+  soap->fparse = [](struct soap* parsing) { return of(parsing).parseHead(); };
+  // The runtime's own reading of the fields would allow cross-origin requests and attachments.
+  soap->fparsehdr = [](struct soap* parsing, const char* name, const char* value) {
+    std::string& known = of(parsing).fields[lowerCase(name)];
+    known += (known.empty() ? "" : ", ") + std::string(value);
+    return SOAP_OK;
+  };
+  soap->frecv = [](struct soap* reading, char* to, std::size_t room) { return of(reading).receive(to, room); };
+  soap->fpreparerecv = [](struct soap* reading, const char* piece, std::size_t size) {
+    return of(reading).checkContent(piece, size);
+  };
+  soap->fsend = [](struct soap* writing, const char* bytes, std::size_t size) { return of(writing).send(bytes, size); };
+}
+
+std::string HttpConnection::field(const std::string& name) const {
+  const auto found = fields.find(name);
+  return found == fields.end() ? std::string() : found->second;
+}
+
+int HttpConnection::parseHead() {
+  const int code = parseAsRuntime(soap);
+  isHeadOnly = soap->status == SOAP_HEAD;
+  if (code || refusedWith) // the runtime goes on with a head that has no end
+    return soap->error = refusedWith ? refusedWith : code;
+  pace = Pace();
+  isInContent = true;
+  return soap->error = readFraming();
+}
+
+/// Where the content ends (RFC 9112 section 6).
+int HttpConnection::readFraming() {
+  const std::string length = field("content-length");
+  const std::string coding = lowerCase(field("transfer-encoding"));
+  const std::uint64_t arrived = tarnwell::unread(soap).size();
+  isChunked = coding == "chunked";
+  if (isChunked) {
+    if (!length.empty())
+      return refuse(400);
+    soap->imode = (soap->imode & ~static_cast<soap_mode>(SOAP_IO)) | SOAP_IO_CHUNK;
+    toReceive = 2 * longestContent; // room for the framing of chunks that are not tiny
+    return SOAP_OK;
+  }
+  if (!coding.empty())
+    return refuse(501);
+  std::uint64_t announced = 0;
+  if (!length.empty() && !parseLength(length, announced))
+    return refuse(400);
+  if (announced > longestContent)
+    return refuse(413);
+  if (length.empty() && soap->status == SOAP_POST)
+    return refuse(411);
+  soap->length = announced;
+  soap->body = announced != 0;
+  soap->buflen -= static_cast<std::size_t>(arrived - std::min(arrived, announced)); // what follows the request
+  toReceive = announced - std::min(arrived, announced);
+  return SOAP_OK;
+}
+
+std::size_t HttpConnection::receive(char* to, std::size_t room) {
+  const std::size_t most = static_cast<std::size_t>(std::min<std::uint64_t>({room, longestPiece, toReceive}));
+  if (most == 0 && (isChunked || !isInContent))
+    refuse(isInContent ? 413 : 431);
+  if (most == 0 || refusedWith)
+    return 0;
+  ssize_t size = recv(soap->socket, to, most, MSG_DONTWAIT);
+  if (size < 0 && (errno == EAGAIN || errno == EINTR)) {
+    if (!isReady(soap->socket, POLLIN, pace.millisecondsLeft())) {
+      refuse(408);
+      return 0;
+    }
+    size = recv(soap->socket, to, most, MSG_DONTWAIT);
+  }
+  if (size <= 0) { // the client sends no more
+    refuse(400);
+    return 0;
+  }
+  const auto taken = static_cast<std::size_t>(size);
+  received += taken;
+  toReceive -= taken;
+  if (isInContent)
+    pace.moved(taken);
+  return taken;
+}
+
+int HttpConnection::checkContent(const char* piece, std::size_t size) {
+  if (!isInContent)
+    return SOAP_OK;
+  if (size == 0) {
+    hasLastChunk = isChunked; // where a connection ends, the runtime does not call this
+    return SOAP_OK;
+  }
+  content += size;
+  const int status = content > longestContent ? 413 : markup.check(soap, piece, size);
+  return status ? refuse(status) : SOAP_OK;
+}
+
+void HttpConnection::inviteContent() {
+  if (lowerCase(field("expect")) != "100-continue")
+    return;
+  static_cast<void>(send("HTTP/1.1 100 Continue\r\n\r\n", 25));
+  isAnswering = false;
+}
+
+int HttpConnection::readToEnd() {
+  while (static_cast<int>(soap_getchar(soap)) != EOF)
+    continue;
+  const bool isWhole = !refusedWith && (isChunked ? hasLastChunk : toReceive == 0);
+  return soap->error = isWhole ? SOAP_OK : SOAP_EOF;
+}
+
+int HttpConnection::send(const char* bytes, std::size_t size) {
+  std::string_view left(bytes, size);
+  if (isHeadOnly) // the first buffer that is sent has the whole head in it
+    left = isAnswering ? std::string_view() : left.substr(0, left.find("\r\n\r\n") + 4);
+  if (!isAnswering)
+    pace = Pace();
+  isAnswering = true;
+  while (!left.empty()) {
+    const ssize_t taken = ::send(soap->socket, left.data(), left.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+    if (taken < 0 && errno != EAGAIN && errno != EINTR)
+      return SOAP_EOF;
+    if (taken < 0 && !isReady(soap->socket, POLLOUT, pace.millisecondsLeft()))
+      return SOAP_EOF;
+    if (taken < 0)
+      continue;
+    left.remove_prefix(static_cast<std::size_t>(taken));
+    sent += static_cast<std::uint64_t>(taken);
+    pace.moved(static_cast<std::size_t>(taken));
+  }
+  return SOAP_OK;
+}
+
+void HttpConnection::linger() {
+  shutdown(soap->socket, SHUT_WR);
+  const auto end = std::chrono::steady_clock::now() + lingerLimit;
+  char unread[1 << 14];
+  while (isReady(soap->socket, POLLIN, lingerStallMilliseconds) &&
+         recv(soap->socket, unread, sizeof unread, MSG_DONTWAIT) > 0)
+    if (std::chrono::steady_clock::now() > end)
+      return;
+}
+
+} // namespace localservice

@@ -1,0 +1,64 @@
+#include "localservice/Rehearsal.h"
+
+#include <algorithm>
+#include <iterator>
+#include <stdexcept>
+
+namespace localservice {
+
+namespace {
+
+tarnwell::OperationIndex operationNamed(const std::string& name) {
+  const auto* const found = std::find_if(std::begin(tarnwell::operations), std::end(tarnwell::operations),
+                                         [&name](const tarnwell::Operation& known) { return known.name == name; });
+  if (found == std::end(tarnwell::operations))
+    throw std::invalid_argument("--fail: there is no operation " + name);
+  return static_cast<tarnwell::OperationIndex>(found - std::begin(tarnwell::operations));
+}
+
+/// Sets `value` to the value of the enumeration's text. False: it has no such text.
+template <class Enumeration> bool setNamed(int number, const std::string& text, Enumeration& value) {
+  const tarnwell::Type& type = tarnwell::typeOf(number);
+  for (std::size_t i = 0; i < type.nameCount; ++i) {
+    if (text != type.names[i].text)
+      continue;
+    value = static_cast<Enumeration>(type.names[i].value);
+    return true;
+  }
+  return false;
+}
+
+bool setResult(tarnwell::OperationIndex index, const std::string& text, RehearsedAnswer& answer) {
+  const tarnwell::Operation& operation = tarnwell::operations[static_cast<std::size_t>(index)];
+  const int result = tarnwell::typeOf(operation.response).rows->type;
+  const bool hasAccess = result == SOAP_TYPE_dsns__GetMapResponse || result == SOAP_TYPE_dsns__MapActionResponse;
+  if (hasAccess && setNamed(SOAP_TYPE_dsns__DesktopMapAccess, text, answer.access))
+    return true;
+  return result != SOAP_TYPE_dsns__DesktopVersioningClass &&
+         setNamed(SOAP_TYPE_dsns__DesktopLoginEnumerators, text, answer.login);
+}
+
+} // namespace
+
+void Rehearsal::add(const std::string& rule) {
+  const std::size_t equals = rule.find('=');
+  if (equals == std::string::npos)
+    throw std::invalid_argument("--fail takes OPERATION=RESULT, OPERATION=fault or OPERATION=drop");
+  const tarnwell::OperationIndex index = operationNamed(rule.substr(0, equals));
+  const std::string text = rule.substr(equals + 1);
+  RehearsedAnswer answer;
+  if (text == "fault")
+    answer.kind = RehearsedAnswer::Fault;
+  else if (text == "drop")
+    answer.kind = RehearsedAnswer::Drop;
+  else if (!setResult(index, text, answer))
+    throw std::invalid_argument("--fail: " + rule.substr(0, equals) + " has no result " + text);
+  answers[index] = answer;
+}
+
+const RehearsedAnswer* Rehearsal::find(tarnwell::OperationIndex index) const {
+  const auto found = answers.find(index);
+  return found == answers.end() ? nullptr : &found->second;
+}
+
+} // namespace localservice

@@ -1,0 +1,73 @@
+#include "localservice/Reply.h"
+
+#include "protocol/desktopservice.h"
+
+#include <cstring>
+
+namespace localservice {
+
+namespace {
+
+/// Forgets the request's prefixes and everything else of its reading. What was read stays.
+void beginAnswer(struct soap* soap, short soapVersion) {
+  soap_begin(soap);
+  soap_set_version(soap, soapVersion);
+  soap->encodingStyle = nullptr; // document/literal
+  soap->action = nullptr;        // else the runtime would repeat the request's
+}
+
+void sendEnvelopeBegun(struct soap* soap, int status, const std::function<int()>& writeContent) {
+  const auto write = [&] {
+    return soap_envelope_begin_out(soap) || soap_body_begin_out(soap) || writeContent() || soap_body_end_out(soap) ||
+           soap_envelope_end_out(soap);
+  };
+  const bool isCounted = !soap_begin_count(soap) && !(soap->mode & SOAP_IO_LENGTH && write()) && !soap_end_count(soap);
+  if (isCounted && !soap_response(soap, status) && !write())
+    static_cast<void>(soap_end_send(soap));
+}
+
+int statusOf(int error, const char* faultCode) {
+  if (error >= 400 && error < 600)
+    return error;
+  if (error == SOAP_HDR)
+    return 431;
+  if (error == SOAP_HTTP_ERROR) // a chunk that is longer than any request may be
+    return 413;
+  const bool isSenders = error == SOAP_EOF || std::strcmp(faultCode, "SOAP-ENV:Sender") == 0;
+  return isSenders ? 400 : 500;
+}
+
+} // namespace
+
+void sendEnvelope(struct soap* soap, int status, const std::function<int()>& writeContent) {
+  beginAnswer(soap, 2);
+  sendEnvelopeBegun(soap, status, writeContent);
+}
+
+int sendFault(struct soap* soap, int status, short soapVersion) {
+  const int error = soap->error;
+  if (soap->version != 2) // what the runtime said before it knew of SOAP is no SOAP fault
+    soap->fault = nullptr;
+  soap->version = soapVersion;
+  if (error == SOAP_EOM)
+    soap_set_receiver_error(soap, nullptr, nullptr, error);
+  soap_set_fault(soap); // fills what is not there: the code is Sender
+  const char** const text = soap_faultstring(soap);
+  *text = soap_strdup(soap, *text); // out of the buffers that sending uses
+  const int answered = status ? status : statusOf(error, *soap_faultcode(soap));
+  beginAnswer(soap, soapVersion);
+  if (answered == 405)
+    soap->http_extra_header = "Allow: GET, HEAD, POST";
+  sendEnvelopeBegun(soap, answered, [soap] { return soap_putfault(soap); });
+  return answered;
+}
+
+int sendDocument(struct soap* soap, const std::string& xml) {
+  beginAnswer(soap, 2);
+  soap->http_content = "text/xml; charset=utf-8";
+  if (soap_response(soap, SOAP_FILE) || soap_send_raw(soap, xml.data(), xml.size()))
+    return soap->error;
+  return soap_end_send(soap);
+}
+
+} // namespace localservice
