@@ -2,10 +2,10 @@
 // no check of namespaces or form, no references between elements, no types, the five predefined entities only. The
 // request's length is computed, base64 is encoded and decoded in place in the connection's buffer, and the reply is
 // scanned once, tag by tag.
-#include "bench/FloorBase64.h"
 #include "bench/FloorConnection.h"
 #include "bench/Harness.h"
 #include "protocol/Deployment.h"
+#include "protocol/binding/Base64.h"
 
 #include <QtCore/QFile>
 
@@ -59,7 +59,9 @@ void describe(Request& request, const MapInfo& map) {
                 "<dsns:Format_IsTwlx>false</dsns:Format_IsTwlx></dsns:DesktopInfo>";
 }
 
-std::size_t base64Length(const QByteArray& bytes) { return (static_cast<std::size_t>(bytes.size()) + 2) / 3 * 4; }
+std::size_t base64Length(const QByteArray& bytes) {
+  return tarnwell::base64::encodedSize(static_cast<std::size_t>(bytes.size()));
+}
 
 bool post(FloorConnection& connection, const std::string& host, const std::string& path, const std::string& name,
           const Request& request) {
@@ -111,7 +113,7 @@ QUuid toId(std::string_view text) { return QUuid(QLatin1String(text.data(), stat
 /// Appends the bytes of `text` to `bytes`, of which `used` are in use. The caller has made room.
 void decode(std::string_view text, QByteArray& bytes, int& used) {
   auto* to = reinterpret_cast<unsigned char*>(bytes.data()) + used;
-  const std::size_t taken = bench::decodeBase64(text.data(), text.size(), to);
+  const std::size_t taken = tarnwell::base64::decodeGroups(text.data(), text.size(), to);
   const std::string_view rest = text.substr(taken);
   const QByteArray last = QByteArray::fromBase64(QByteArray::fromRawData(rest.data(), static_cast<int>(rest.size())));
   used += static_cast<int>(taken / 4 * 3);

@@ -1,6 +1,6 @@
 #include "bench/FloorConnection.h"
 
-#include "bench/FloorBase64.h"
+#include "protocol/binding/Base64.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
@@ -33,16 +33,15 @@ void FloorConnection::put(const std::string& text) {
 void FloorConnection::putBase64(const QByteArray& bytes) {
   const auto* from = reinterpret_cast<const unsigned char*>(bytes.constData());
   auto left = static_cast<std::size_t>(bytes.size());
-  while (left >= 3) {
-    const std::size_t size = std::min(left / 3, (bufferSize - m_used) / 4) * 3;
-    m_used += encodeBase64(from, size, m_buffer + m_used);
+  while (left > 0) { // whole groups of three bytes, but at the end
+    const std::size_t size = std::min(left, (bufferSize - m_used) / 4 * 3);
+    tarnwell::base64::encode(from, size, m_buffer + m_used);
+    m_used += tarnwell::base64::encodedSize(size);
     from += size;
     left -= size;
-    if (left >= 3 && !flush())
+    if (left > 0 && !flush())
       return;
   }
-  if (left > 0)
-    put(bytes.right(static_cast<int>(left)).toBase64().toStdString());
 }
 
 bool FloorConnection::flush() {

@@ -38,11 +38,11 @@ const char* utf8(const Call& call, const std::wstring* text) {
   return text ? soap_wchar2s(call.soap, text->c_str()) : nullptr;
 }
 
-Bytes bytesOf(const xsd__base64Binary* blob) {
-  if (!blob)
+Bytes bytesOf(const xsd__base64Binary* block) {
+  if (!block)
     return {};
-  const auto size = static_cast<std::size_t>(blob->__size);
-  return {size != 0 ? static_cast<const void*>(blob->__ptr) : "", size};
+  const auto size = static_cast<std::size_t>(block->__size);
+  return {size != 0 ? static_cast<const void*>(block->__ptr) : "", size};
 }
 
 MapRecord recordOf(const Call& call, const dsns__DesktopInfoClass& info) {
@@ -75,18 +75,18 @@ std::wstring* wide(const Call& call, const char* text) {
   return copy;
 }
 
-xsd__base64Binary* blobOf(const Call& call, Bytes bytes) {
+xsd__base64Binary* blockOf(const Call& call, Bytes bytes) {
   if (!bytes.data)
     return nullptr;
-  auto* const blob = create<xsd__base64Binary>(call);
+  auto* const block = create<xsd__base64Binary>(call);
   if (bytes.size == 0)
-    return blob;
-  blob->__ptr = static_cast<unsigned char*>(soap_malloc(call.soap, bytes.size));
-  if (!blob->__ptr)
+    return block;
+  block->__ptr = static_cast<unsigned char*>(soap_malloc(call.soap, bytes.size));
+  if (!block->__ptr)
     throw std::bad_alloc();
-  std::memcpy(blob->__ptr, bytes.data, bytes.size);
-  blob->__size = static_cast<int>(bytes.size);
-  return blob;
+  std::memcpy(block->__ptr, bytes.data, bytes.size);
+  block->__size = static_cast<int>(bytes.size);
+  return block;
 }
 
 /// Clients rely on name, author and description: these are empty when they were never given.
@@ -105,10 +105,10 @@ dsns__DesktopInfoClass* infoOf(const Call& call, const MapRecord& map) {
   info->IsPublished = map.isPublished;
   info->AllowInclusion = map.allowInclusion;
   info->Format_IsTwlx = map.isTwlx;
-  info->Thumbnail = blobOf(call, map.thumbnail);
-  info->Preview = blobOf(call, map.preview);
-  info->OldTwlxBackUp = blobOf(call, map.backup);
-  info->MapContent = blobOf(call, map.content);
+  info->Thumbnail = blockOf(call, map.thumbnail);
+  info->Preview = blockOf(call, map.preview);
+  info->OldTwlxBackUp = blockOf(call, map.backup);
+  info->MapContent = blockOf(call, map.content);
   return info;
 }
 

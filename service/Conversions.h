@@ -38,9 +38,9 @@ enum MapParts : unsigned {
   WithContent = 2,
   WithThumbnail = 4,
 
-  ManagedMapParts = 0, ///< of delete and rename
-  FetchedMapParts = WithVersion | WithThumbnail,
-  SavedMapParts = WithVersion | WithContent | WithThumbnail,
+  IdentifyingParts = 0, ///< of delete and rename
+  DownloadParts = WithVersion | WithThumbnail,
+  UploadParts = WithVersion | WithContent | WithThumbnail,
 };
 
 /// Fills a request's record for the length of a scope and owns all that the record then points to, except the objects

@@ -226,7 +226,7 @@ int TarnwellService::saveMap(QString filePath, MapInfo& info, QByteArray thumbna
     info.setMapAuthor(owner);
     info.setMapThumbnail(thumbnail);
 
-    const RequestDescription description(record, info, info.mapName(), SavedMapParts);
+    const RequestDescription description(record, info, info.mapName(), UploadParts);
     const int code = m_service.saveMap(isForced, record, response);
     const int outcome = mapOutcome(code, response, &Response::SaveMap_USCORENEW_USCOREDESKTOPResult);
     if (outcome != ResultOk)
@@ -250,7 +250,7 @@ int TarnwellService::getMap(MapInfo& info) {
     // Both stay in the context until the next operation.
     dsns__DesktopInfoClass* const record = ContextObject<dsns__DesktopInfoClass>(context()).release();
     Response* const response = ContextObject<Response>(context()).release();
-    const RequestDescription description(record, info, info.mapName(), FetchedMapParts);
+    const RequestDescription description(record, info, info.mapName(), DownloadParts);
     const int code = m_service.getMap(record, response);
     const int outcome = mapOutcome(code, response, &Response::GetMapContent_USCORENEW_USCOREDESKTOPResult);
     if (outcome != ResultOk)
@@ -274,7 +274,7 @@ int TarnwellService::manageMap(const MapInfo& info, const QString& name, Call ca
   return perform<int>(ResultFailed, [&] {
     const ContextObject<Response> response(context());
     const ContextObject<dsns__DesktopInfoClass> record(context());
-    const RequestDescription description(record.get(), info, name, ManagedMapParts);
+    const RequestDescription description(record.get(), info, name, IdentifyingParts);
     return mapOutcome(call(record.get(), response.get()), response.get(), result);
   });
 }

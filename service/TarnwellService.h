@@ -46,7 +46,7 @@ public:
   /// The result of a map-access outcome, a dsns__DesktopMapAccess; ResultFailed for a value outside it.
   int mapAccess(int access);
 
-protected: // for tests that take the context away
+protected:
   STLDesktopService m_service;
   QString m_setupVersion;
   QString m_setupUrl;

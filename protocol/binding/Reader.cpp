@@ -140,6 +140,15 @@ int readMember(struct soap* soap, const Row& row, void* record) {
   return read(soap, row.tag, member, type.name, type) ? SOAP_OK : soap->error;
 }
 
+/// Takes the element peeked at: into the member of `row`, null when it is none of the record's.
+int readChild(struct soap* soap, const Row* row, void* record) {
+  if (!row)
+    return skipUnknown(soap);
+  if (soap->level >= maximumDepth)
+    return skipElement(soap);
+  return readMember(soap, *row, record);
+}
+
 } // namespace
 
 int skipElement(struct soap* soap) {
@@ -175,7 +184,7 @@ int readRecord(struct soap* soap, const Type& type, void* record) {
     const Row* const row = soap->other ? nullptr : findRow(soap, type, seen, next);
     if (soap->error)
       break;
-    if (!row ? skipUnknown(soap) : soap->level >= maximumDepth ? skipElement(soap) : readMember(soap, *row, record))
+    if (readChild(soap, row, record))
       return soap->error;
     soap->body = 1;
     if (!row || row->occurs == Occurs::Repeated)

@@ -88,7 +88,7 @@ public:
       const int c = next();
       if (c == EOF)
         return truncated();
-      if (c == '<' ? markup(depth) : c == '&' ? reference() : character(c))
+      if (take(c, depth))
         return m_soap->error;
     }
     soap_unget(m_soap, endTagMark);
@@ -98,6 +98,14 @@ public:
 private:
   int next() { return static_cast<int>(soap_get1(m_soap)); }
   int truncated() { return m_soap->error = m_soap->error ? m_soap->error : SOAP_EOF; }
+
+  int take(int c, int& depth) {
+    if (c == '<')
+      return markup(depth);
+    if (c == '&')
+      return reference();
+    return character(c);
+  }
 
   /// Bytes of a message in ISO 8859-1 become UTF-8.
   int character(int c) {

@@ -1,4 +1,4 @@
-// The service's two enumerations. Their texts on the wire are in Codecs.cpp.
+// The service's two enumerations. Their texts on the wire are in TypeTable.cpp.
 #pragma once
 
 /// "dsns:DesktopLoginEnumerators": how the service judged user name and password.

@@ -1,0 +1,18 @@
+// A host with a window. qthost [ENDPOINT [PLUGIN]]
+#include "Window.h"
+
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QMessageBox>
+
+int main(int argc, char** argv) {
+  const QApplication application(argc, argv);
+  const QStringList arguments = QApplication::arguments();
+  Cloud cloud(arguments.value(2, TARNWELL_PLUGIN));
+  if (!cloud.error().isEmpty()) {
+    QMessageBox::critical(nullptr, "Tarnwell", "The plug-in cannot be loaded: " + cloud.error());
+    return 1;
+  }
+  Window window(cloud, arguments.value(1, "http://127.0.0.1:8080/service/desktopservice.asmx"));
+  window.show();
+  return QApplication::exec();
+}
