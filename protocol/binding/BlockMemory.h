@@ -37,7 +37,7 @@ inline BlockMemory* blockMemory(const struct soap* soap) { return static_cast<Bl
 class ContextMemory : public BlockMemory {
 public:
   explicit ContextMemory(struct soap* soap) : m_soap(soap) {}
-  ~ContextMemory() override { discard(); }
+  ~ContextMemory() override { ContextMemory::discard(); }
 
   unsigned char* reserve(std::size_t capacity, std::size_t size) noexcept override;
   unsigned char* keep(std::size_t size, bool shrink) noexcept override;
