@@ -1,4 +1,5 @@
 // Answers that are cut off, torn or damaged: never a crash, and what is read is right or the call fails.
+#include "tests/HostOperations.h"
 #include "tests/Table.h"
 #include "tests/WireClient.h"
 
@@ -6,7 +7,6 @@
 
 #include <cstring>
 #include <fstream>
-#include <random>
 
 namespace {
 
@@ -53,40 +53,21 @@ TEST(Damage, EveryElementDeletedNilledRepeatedMoved) {
   }
 }
 
-/// Replies as they arrive, and the call that they answer.
-struct Arrival {
-  const char* name;
-  std::string bytes;
-  std::string (*call)(WireClient&);
-};
-std::vector<Arrival> arrivals() {
-  const auto login = [](WireClient& client) { return client.login(); };
-  const auto content = [](WireClient& client) { return client.content(); };
-  const auto list = [](WireClient& client) { return client.list(); };
-  const std::string loginBody = message::answer("Login", message::loginValue("Success"));
-  const std::string entries = "<DesktopInfoClass>" + all + "</DesktopInfoClass><DesktopInfoClass/>";
-  return {{"login", reply(200, loginBody).bytes, login},
-          {"login in chunks", chunks(11, 200, loginBody).bytes, login},
-          {"fault", reply(500, message::fault("soap:Receiver")).bytes, login},
-          {"content", reply(200, answer(all)).bytes, content},
-          {"list in chunks",
-           chunks(100, 200, message::answer("GetMapsList_NEW_DESKTOP", message::listing(entries))).bytes, list}};
-}
-
 TEST(Damage, CutOffAnswersFail) {
-  WireClient client;
-  client.piece = 3;
-  for (const Arrival& arrival : arrivals()) {
-    client.reply = arrival.bytes;
-    const std::string whole = arrival.call(client);
-    const std::size_t complete = arrival.bytes.rfind('>') + 1; // after it there is only the chunks' own end
-    for (std::size_t size = 0; size < arrival.bytes.size(); ++size) {
-      client.reply = arrival.bytes.substr(0, size);
-      const std::string read = arrival.call(client);
-      EXPECT_TRUE(read.find("error ") == 0 || (size >= complete && read == whole))
-          << arrival.name << " after " << size << ": " << read;
+  for (const HostOperation& operation : hostOperations())
+    for (const Reply& whole : {reply(200, operation.answer()), chunks(11, 200, operation.answer())}) {
+      Host refused("http://127.0.0.1:1/");
+      const int result = operation.call(refused);
+      const std::size_t complete = whole.bytes.rfind('>') + 1; // after it there is only the chunks' own end
+      for (std::size_t size = 0; size < complete; ++size) {
+        Host host("http://service.example/");
+        Wire wire(host.context());
+        wire.reply = whole.bytes.substr(0, size);
+        wire.piece = 3;
+        EXPECT_EQ(result, operation.call(host)) << operation.name << " after " << size;
+        EXPECT_EQ(refused.seen(), host.seen()) << operation.name << " after " << size;
+      }
     }
-  }
 }
 
 /// Address space and resident memory of this process, in MiB.
@@ -136,29 +117,6 @@ TEST(Damage, AttachmentsMayNotClaimMoreThanTheAnswerHas) {
     const long before = memory().first;
     EXPECT_EQ(read, client.content());
     EXPECT_LT(memory().first - before, 100) << size;
-  }
-}
-
-TEST(Damage, ChangedBytes) {
-  const unsigned seed = std::random_device()();
-  std::mt19937 random(seed);
-  const std::string likely = "<>/&;\"'=#:![]-? \n0a\x80\xFF";
-  const std::vector<Arrival> whole = arrivals();
-  WireClient client;
-  for (int round = 0; round < 20000; ++round) {
-    const Arrival& arrival = whole[random() % whole.size()];
-    client.reply = arrival.bytes;
-    client.piece = random() % 4 * 5;
-    const std::size_t start = random() % 8 == 0 ? 0 : arrival.bytes.find("\r\n\r\n"); // seldom in the header
-    for (unsigned changes = 1 + random() % 2; changes > 0; --changes)
-      client.reply[start + random() % (arrival.bytes.size() - start)] =
-          random() % 2 ? likely[random() % likely.size()] : static_cast<char>(random());
-    arrival.call(client);
-    if (round % 100 != 0)
-      continue;
-    soap_destroy(client.soap);
-    soap_end(client.soap);
-    ASSERT_EQ(shownAll, client.content(answer(all))) << "after round " << round << " of seed " << seed;
   }
 }
 
