@@ -7,7 +7,6 @@
 
 #include <QtCore/QTemporaryDir>
 
-#include <algorithm>
 #include <map>
 
 inline std::string text(const QString& value) {
@@ -140,8 +139,4 @@ inline const std::vector<HostOperation>& hostOperations() {
        ""},
   };
   return operations;
-}
-inline const HostOperation& hostOperation(const std::string& name) {
-  const std::vector<HostOperation>& all = hostOperations();
-  return *std::find_if(all.begin(), all.end(), [&name](const HostOperation& row) { return row.name == name; });
 }

@@ -28,7 +28,7 @@ TEST(Updates, StoredTextsDecide) {
   ServiceUnderTest tested(replies);
   for (const auto& row : rows(checks)) {
     SCOPED_TRACE(row[0] + " " + row[1]);
-    EXPECT_EQ(row[2], std::to_string(hostOperation("CheckDesktopVersion" + row[0]).call(tested.service)));
+    EXPECT_EQ(row[2], std::to_string(hostOperations()[row[0].empty() ? 7 : 8].call(tested.service)));
     EXPECT_EQ(row[3] + " " + row[4], text(tested.service.getSetupUrl()) + " " + text(tested.service.getSetupVersion()));
   }
 }

@@ -207,8 +207,9 @@ TEST(Values, FloatsIgnoreTheLocale) {
   const QTemporaryDir folder;
   const QString source = R"(LC_NUMERIC\ndecimal_point ","\nthousands_sep ""\ngrouping -1\nEND LC_NUMERIC\n)";
   QProcess::execute(
-      "sh", {"-c", "cd \"$0\"; printf '" + source + "' > comma; localedef --quiet -ci comma -f ANSI_X3.4-1968 ./comma.ASCII",
-             folder.path()});
+      "sh",
+      {"-c", "cd \"$0\"; printf '" + source + "' > comma; localedef --quiet -ci comma -f ANSI_X3.4-1968 ./comma.ASCII",
+       folder.path()});
   setenv("LOCPATH", folder.path().toLocal8Bit().constData(), 1);
   ASSERT_TRUE(std::setlocale(LC_NUMERIC, "comma.ASCII"));
   ASSERT_STREQ(",", std::localeconv()->decimal_point);
