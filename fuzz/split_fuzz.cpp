@@ -34,7 +34,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   };
   const auto found = std::find_if(all.begin(), all.end(), named);
   const HostOperation& operation = found == all.end() ? all[0] : *found;
-  const std::size_t piece = std::max(bytes[0] & 15, 1);
+  const std::size_t piece = std::max<std::size_t>(bytes[0] & 15, 1);
   const std::string expected = outcome(operation, text, 0, false);
   const std::string seen = outcome(operation, text, piece, bytes[0] & 0x80);
   if (seen == expected && seen.find("the next") != 0)
