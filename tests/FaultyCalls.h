@@ -9,12 +9,14 @@
 #include <fcntl.h>
 #include <netdb.h>
 #include <new>
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 /// What the calls of a thread meet while `meets` points here.
 struct Faults {
-  enum Kind { None, Memory, System } kind = None;
+  /// Waiting: whatever a signal interrupts.
+  enum Kind { None, Memory, System, Waiting } kind = None;
   long position = 0;     ///< of the first call that fails, from 0
   bool andAll = false;   ///< so do all after it
   int error = ENOMEM;    ///< what the system says of it
@@ -36,11 +38,13 @@ thread_local Faults* Faults::meets = nullptr;
 
 namespace {
 
-/// The function behind the one of this program, which `name` and the type of `own` tell.
-template <class Function> Function* behind(const char* name, Function&) {
-  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+/// The function behind the one of this program, which is called `name`.
+template <auto function> auto behind(const char* name) {
+  static const auto real = reinterpret_cast<decltype(function)>(dlsym(RTLD_NEXT, name));
+  return real;
 }
 bool fails(Faults::Kind kind) { return Faults::meets && Faults::meets->fails(kind); }
+bool failsMoving() { return fails(Faults::System) || fails(Faults::Waiting); }
 std::size_t most(std::size_t size) {
   return Faults::meets && Faults::meets->piece > 0 && Faults::meets->piece < size ? Faults::meets->piece : size;
 }
@@ -61,55 +65,44 @@ void* operator new(std::size_t size) {
 
 extern "C" {
 
-void* malloc(std::size_t size) noexcept {
-  static auto* const real = behind("malloc", malloc);
-  return fails(Faults::Memory) ? nullptr : real(size);
-}
+void* malloc(std::size_t size) noexcept { return fails(Faults::Memory) ? nullptr : behind<malloc>("malloc")(size); }
 void* calloc(std::size_t count, std::size_t size) noexcept {
-  static auto* const real = behind("calloc", calloc);
-  return fails(Faults::Memory) ? nullptr : real(count, size);
+  return fails(Faults::Memory) ? nullptr : behind<calloc>("calloc")(count, size);
 }
 void* realloc(void* bytes, std::size_t size) noexcept {
-  static auto* const real = behind("realloc", realloc);
-  return fails(Faults::Memory) ? nullptr : real(bytes, size);
+  return fails(Faults::Memory) ? nullptr : behind<realloc>("realloc")(bytes, size);
 }
 
 int socket(int domain, int type, int protocol) noexcept {
-  static auto* const real = behind("socket", socket);
-  return fails(Faults::System) ? -1 : opened(real(domain, type, protocol));
+  return fails(Faults::System) ? -1 : opened(behind<socket>("socket")(domain, type, protocol));
 }
 int open64(const char* path, int flags, ...) {
-  static auto* const real = behind("open64", open64);
-  return fails(Faults::System) ? -1 : opened(real(path, flags, 0600));
+  return fails(Faults::System) ? -1 : opened(behind<open64>("open64")(path, flags, 0600));
 }
 int close(int descriptor) {
-  static auto* const real = behind("close", close);
   if (Faults::meets)
     Faults::meets->descriptors.reset(static_cast<std::size_t>(descriptor));
-  return real(descriptor);
+  return behind<close>("close")(descriptor);
 }
 int connect(int descriptor, const sockaddr* address, socklen_t size) {
-  static auto* const real = behind("connect", connect);
-  return fails(Faults::System) ? -1 : real(descriptor, address, size);
+  return fails(Faults::System) ? -1 : behind<connect>("connect")(descriptor, address, size);
 }
 int setsockopt(int descriptor, int level, int option, const void* value, socklen_t size) noexcept {
-  static auto* const real = behind("setsockopt", setsockopt);
-  return fails(Faults::System) ? -1 : real(descriptor, level, option, value, size);
+  return fails(Faults::System) ? -1 : behind<setsockopt>("setsockopt")(descriptor, level, option, value, size);
 }
 ssize_t send(int descriptor, const void* bytes, std::size_t size, int flags) {
-  static auto* const real = behind("send", send);
-  return fails(Faults::System) ? -1 : real(descriptor, bytes, most(size), flags);
+  return failsMoving() ? -1 : behind<send>("send")(descriptor, bytes, most(size), flags);
 }
 ssize_t recv(int descriptor, void* bytes, std::size_t size, int flags) {
-  static auto* const real = behind("recv", recv);
-  return fails(Faults::System) ? -1 : real(descriptor, bytes, most(size), flags);
+  return failsMoving() ? -1 : behind<recv>("recv")(descriptor, bytes, most(size), flags);
 }
 ssize_t read(int descriptor, void* bytes, std::size_t size) {
-  static auto* const real = behind("read", read);
-  return fails(Faults::System) ? -1 : real(descriptor, bytes, most(size));
+  return failsMoving() ? -1 : behind<read>("read")(descriptor, bytes, most(size));
+}
+int poll(pollfd* descriptors, nfds_t count, int timeout) {
+  return fails(Faults::Waiting) ? -1 : behind<poll>("poll")(descriptors, count, timeout);
 }
 int getaddrinfo(const char* host, const char* service, const addrinfo* hints, addrinfo** found) {
-  static auto* const real = behind("getaddrinfo", getaddrinfo);
-  return fails(Faults::System) ? EAI_AGAIN : real(host, service, hints, found);
+  return fails(Faults::System) ? EAI_AGAIN : behind<getaddrinfo>("getaddrinfo")(host, service, hints, found);
 }
 }

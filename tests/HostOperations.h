@@ -5,7 +5,7 @@
 #include "service/TarnwellService.h"
 #include "tests/Messages.h"
 
-#include <QtCore/QTemporaryFile>
+#include <QtCore/QTemporaryDir>
 
 #include <map>
 
@@ -39,9 +39,16 @@ inline MapInfo known() {
   return info;
 }
 
+/// The file that saveMap uploads.
 inline QString savedFile() {
-  static QTemporaryFile file;
-  return file.open() ? file.fileName() : QString();
+  static const QTemporaryDir folder;
+  QFile file(folder.filePath("upé.map"));
+  if (!file.exists() && file.open(QIODevice::WriteOnly)) {
+    file.write("bytes\0of it", 11);
+    file.flush();
+    file.setFileTime(QDateTime::fromSecsSinceEpoch(1000000000), QFileDevice::FileModificationTime);
+  }
+  return file.fileName();
 }
 
 /// A host with a record, a list and what earlier calls left, that sees into the context of its service.
@@ -52,13 +59,16 @@ public:
   const QString word = "word", file = savedFile();
   QByteArray bytes = "bytes";
 
-  explicit Host(const std::string& endpoint = {}) {
+  explicit Host(const std::string& endpoint, const QString& past = "before") {
     setEndPoint(QString::fromStdString(endpoint));
-    m_userName = "before";
-    m_setupUrl = m_setupVersion = "old";
+    m_userName = m_setupUrl = m_setupVersion = past;
   }
   struct soap* context() const {
     return m_service.proxy.soap;
+  }
+  void loseContext() {
+    soap_free(m_service.proxy.soap);
+    m_service.proxy.soap = nullptr;
   }
   /// All that the host has.
   std::string seen() const {

@@ -8,10 +8,7 @@
 struct Reply {
   std::string bytes;                     ///< the whole reply, header included
   std::size_t reads = std::string::npos; ///< bytes of the request that are read before the reply; npos: all of it
-  bool stalls = false;                   ///< waits for ScriptedService::release() before it replies
-
-  Reply closeAfter(std::size_t count) const { return {bytes.substr(0, count), reads, stalls}; }
-  Reply stall() const { return {bytes, reads, true}; }
+  bool stalls = false;                   ///< replies only when the service ends
 };
 
 /// A reply whose length is told by `framing`, a header line; `headers` are further lines, each with its line end.

@@ -40,18 +40,11 @@ ScriptedService::ScriptedService(const std::vector<Reply>& replies) : m_replies(
 }
 
 ScriptedService::~ScriptedService() {
-  release();
   m_stops = true;
   QTcpSocket wake;
   wake.connectToHost(QHostAddress::LocalHost, m_port);
   wake.waitForConnected(patience);
   m_thread.join();
-}
-
-void ScriptedService::release() {
-  const std::lock_guard<std::mutex> lock(m_mutex);
-  m_released = true;
-  m_change.notify_all();
 }
 
 std::vector<Request> ScriptedService::requests() const {
@@ -63,11 +56,11 @@ void ScriptedService::serve(QTcpSocket& connection) {
   const Reply& script = m_replies[std::min(requests().size(), m_replies.size() - 1)];
   const Request request = Request::parsed(receive(connection, script.reads));
   {
-    std::unique_lock<std::mutex> lock(m_mutex);
+    const std::lock_guard<std::mutex> lock(m_mutex);
     m_requests.push_back(request);
-    if (script.stalls)
-      m_change.wait_for(lock, std::chrono::milliseconds(patience), [this] { return m_released; });
   }
+  while (script.stalls && !m_stops)
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
   connection.write(script.bytes.data(), static_cast<qint64>(script.bytes.size()));
   while (connection.bytesToWrite() > 0 && connection.waitForBytesWritten(patience))
     continue;

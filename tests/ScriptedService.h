@@ -8,7 +8,6 @@
 
 #include <QtCore/QtGlobal>
 #include <atomic>
-#include <condition_variable>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -23,8 +22,6 @@ public:
   ScriptedService& operator=(const ScriptedService&) = delete;
   ~ScriptedService();
 
-  /// Lets the replies go that stall.
-  void release();
   int port() const { return m_port; }
   std::string url() const { return "http://127.0.0.1:" + std::to_string(m_port) + "/service/desktopservice.asmx"; }
   std::vector<Request> requests() const;
@@ -40,8 +37,6 @@ private:
   const std::vector<Reply> m_replies;
   mutable std::mutex m_mutex;
   std::vector<Request> m_requests;
-  std::condition_variable m_change;
-  bool m_released = false;
   std::atomic<bool> m_stops{false};
   quint16 m_port = 0;
   std::thread m_thread;

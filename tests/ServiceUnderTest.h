@@ -11,14 +11,12 @@
 /// A service of the library and the scripted one that it talks to.
 class ServiceUnderTest {
 public:
-  explicit ServiceUnderTest(const std::vector<Reply>& replies) : server(replies) {
-    service.setEndPoint(QString::fromStdString(server.url()));
-  }
+  explicit ServiceUnderTest(const std::vector<Reply>& replies) : server(replies) {}
   ServiceUnderTest(const std::string& operation, const std::string& result)
       : ServiceUnderTest({reply(200, message::answer(operation, result))}) {}
   void expectRequest(const std::string& body) const {
     EXPECT_EQ(canonical(message::request(body)), canonical(server.request().body));
   }
   ScriptedService server;
-  TarnwellService service;
+  Host service{server.url(), QString()};
 };

@@ -1,5 +1,5 @@
-// A proxy object whose context has no sockets: what arrives is a text in pieces of a given size, what is sent is kept.
-// For tests that need thousands of exchanges or exact control of what arrives at once.
+// Exchanges without sockets: what arrives is a text in pieces of a given size, what is sent is kept. For tests that
+// need thousands of exchanges or exact control of what arrives at once.
 #pragma once
 
 #include "client/DesktopServiceSoap12.h"
@@ -10,14 +10,13 @@
 
 #include <algorithm>
 
-class WireClient : public DesktopServiceSoap12 {
-public:
+/// A context's connections without sockets.
+struct Wire {
   std::string reply;     ///< all that arrives, HTTP header included
   std::size_t piece = 0; ///< bytes per receive; 0: as many as fit
   std::string sent;      ///< by the last exchange
 
-  WireClient() {
-    soap_endpoint = "http://service.example/service/desktopservice.asmx";
+  explicit Wire(struct soap* soap) {
     soap->user = this;
     soap->fopen = [](struct soap* context, const char*, const char*, int) {
       of(context).rewind();
@@ -32,7 +31,7 @@ public:
       return SOAP_OK;
     };
     soap->frecv = [](struct soap* context, char* to, std::size_t size) {
-      WireClient& self = of(context);
+      Wire& self = of(context);
       const std::size_t most = self.piece == 0 ? size : std::min(self.piece, size);
       const std::size_t count = self.reply.copy(to, most, self.m_position);
       self.m_position += count;
@@ -42,6 +41,16 @@ public:
   /// What a new connection does.
   void rewind() { sent.clear(), m_position = 0; }
   Request request() const { return Request::parsed(sent); }
+
+private:
+  static Wire& of(struct soap* soap) { return *static_cast<Wire*>(soap->user); }
+  std::size_t m_position = 0;
+};
+
+/// The proxy object on such connections.
+class WireClient : public DesktopServiceSoap12, public Wire {
+public:
+  WireClient() : Wire(soap) { soap_endpoint = "http://service.example/service/desktopservice.asmx"; }
 
   /// What `write(context)` sends outside an exchange, or "error" and the code.
   template <class Write> std::string written(Write write) {
@@ -76,8 +85,6 @@ private:
     const int code = (this->*operation)(&request, &answer);
     return code ? "error " + std::to_string(code) : show(answer.*result);
   }
-  static WireClient& of(struct soap* soap) { return *static_cast<WireClient*>(soap->user); }
-  std::size_t m_position = 0;
 };
 
 /// Calls `check(client, row)` for every row of a table: what the client reads arrives whole, byte by byte, and in

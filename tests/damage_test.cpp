@@ -1,4 +1,5 @@
 // Answers that are cut off, torn or damaged: never a crash, and what is read is right or the call fails.
+#include "tests/HostOperations.h"
 #include "tests/Table.h"
 #include "tests/WireClient.h"
 
@@ -6,87 +7,29 @@
 
 #include <cstring>
 #include <fstream>
-#include <random>
 
 namespace {
 
-/// The children of a map, an element each.
-const std::vector<std::string> children = cells(replaced(R"(
-<MapName>pl&#xE4;n &amp; <![CDATA[<more>]]></MapName>|<MapId>{67c8770b-44f1-410a-ab9a-f9b5446f13ee}</MapId>|<Author>Ann
-</Author>|<LastModified>2012-03-04T05:06:07Z</LastModified>|<Created>2011-01-01T00:00:00+01:00</Created>|<Description>d
-</Description>|<Thumbnail>VGh1bWI=</Thumbnail>|<IsPublished>true</IsPublished>|<MapContent>Q29udGVudA==</MapContent>|
-<AllowInclusion>1</AllowInclusion>|<Version>1.25</Version>|<Preview>UHJl</Preview>|<OldTwlxBackUp>T2xk</OldTwlxBackUp>|
-<Format_IsTwlx>true</Format_IsTwlx>|<Format_Type>t</Format_Type>|<Format_Version>v</Format_Version>|<Format_Header>h
-</Format_Header>)",
-                                                         "\n", ""));
-/// All children, with `instead` in the place of number `at`.
-std::string allExcept(std::size_t at, const std::string& instead = {}) {
-  std::string text;
-  for (std::size_t child = 0; child < children.size(); ++child)
-    text += (child == at ? instead : children[child]) + "\n";
-  return text;
-}
-const std::string all = allExcept(children.size());
-const std::string shownAll = replaced(R"(2 login 2 {MapName='plän & <more>' MapId={67c8770b-44f1-410a-ab9a-f9b5446f13ee}
- Author='Ann' LastModified=1330837567 Created=1293836400 Description='d' Thumbnail=5:Thumb IsPublished=1
- MapContent=7:Content AllowInclusion=1 Version=1.25 Preview=3:Pre OldTwlxBackUp=3:Old Format_IsTwlx=1 Format_Type='t'
- Format_Version='v' Format_Header='h'})",
-                                      "\n", "");
 std::string answer(const std::string& map) {
   const std::string result = message::outcome("Success", "Success") + "<DesktopInfo>" + map + "</DesktopInfo>";
   return message::answer("GetMapContent_NEW_DESKTOP", result);
 }
 
-TEST(Damage, EveryElementDeletedNilledRepeatedMoved) {
-  WireClient client;
-  ASSERT_EQ(shownAll, client.content(answer(all)));
-  for (std::size_t at = 0; at < children.size(); ++at) {
-    const std::string name = children[at].substr(1, children[at].find('>') - 1);
-    const std::string alone = client.content(answer(children[at]));
-    const std::string value = alone.substr(alone.find('{') + 1, alone.size() - alone.find('{') - 2);
-    const std::string without = replaced(replaced(shownAll, " " + value, ""), value + " ", "");
-    EXPECT_EQ(without, client.content(answer(allExcept(at)))) << name << " deleted";
-    EXPECT_EQ(without, client.content(answer(allExcept(at, "<" + name + " xsi:nil=\"true\"/>")))) << name << " nil";
-    EXPECT_EQ(shownAll, client.content(answer(all + "<" + name + ">0</" + name + ">"))) << name << " repeated";
-    EXPECT_EQ(shownAll, client.content(answer(allExcept(at) + children[at]))) << name << " at the end";
-    EXPECT_EQ(shownAll, client.content(answer(children[at] + allExcept(at)))) << name << " at the beginning";
-  }
-}
-
-/// Replies as they arrive, and the call that they answer.
-struct Arrival {
-  const char* name;
-  std::string bytes;
-  std::string (*call)(WireClient&);
-};
-std::vector<Arrival> arrivals() {
-  const auto login = [](WireClient& client) { return client.login(); };
-  const auto content = [](WireClient& client) { return client.content(); };
-  const auto list = [](WireClient& client) { return client.list(); };
-  const std::string loginBody = message::answer("Login", message::loginValue("Success"));
-  const std::string entries = "<DesktopInfoClass>" + all + "</DesktopInfoClass><DesktopInfoClass/>";
-  return {{"login", reply(200, loginBody).bytes, login},
-          {"login in chunks", chunks(11, 200, loginBody).bytes, login},
-          {"fault", reply(500, message::fault("soap:Receiver")).bytes, login},
-          {"content", reply(200, answer(all)).bytes, content},
-          {"list in chunks",
-           chunks(100, 200, message::answer("GetMapsList_NEW_DESKTOP", message::listing(entries))).bytes, list}};
-}
-
 TEST(Damage, CutOffAnswersFail) {
-  WireClient client;
-  client.piece = 3;
-  for (const Arrival& arrival : arrivals()) {
-    client.reply = arrival.bytes;
-    const std::string whole = arrival.call(client);
-    const std::size_t complete = arrival.bytes.rfind('>') + 1; // after it there is only the chunks' own end
-    for (std::size_t size = 0; size < arrival.bytes.size(); ++size) {
-      client.reply = arrival.bytes.substr(0, size);
-      const std::string read = arrival.call(client);
-      EXPECT_TRUE(read.find("error ") == 0 || (size >= complete && read == whole))
-          << arrival.name << " after " << size << ": " << read;
+  for (const HostOperation& operation : hostOperations())
+    for (const Reply& whole : {reply(200, operation.answer()), chunks(11, 200, operation.answer())}) {
+      Host refused("http://127.0.0.1:1/");
+      const int result = operation.call(refused);
+      const std::size_t complete = whole.bytes.rfind('>') + 1; // after it there is only the chunks' own end
+      for (std::size_t size = 0; size < complete; ++size) {
+        Host host("http://service.example/");
+        Wire wire(host.context());
+        wire.reply = whole.bytes.substr(0, size);
+        wire.piece = 3;
+        EXPECT_EQ(result, operation.call(host)) << operation.name << " after " << size;
+        EXPECT_EQ(refused.seen(), host.seen()) << operation.name << " after " << size;
+      }
     }
-  }
 }
 
 /// Address space and resident memory of this process, in MiB.
@@ -136,29 +79,6 @@ TEST(Damage, AttachmentsMayNotClaimMoreThanTheAnswerHas) {
     const long before = memory().first;
     EXPECT_EQ(read, client.content());
     EXPECT_LT(memory().first - before, 100) << size;
-  }
-}
-
-TEST(Damage, ChangedBytes) {
-  const unsigned seed = std::random_device()();
-  std::mt19937 random(seed);
-  const std::string likely = "<>/&;\"'=#:![]-? \n0a\x80\xFF";
-  const std::vector<Arrival> whole = arrivals();
-  WireClient client;
-  for (int round = 0; round < 20000; ++round) {
-    const Arrival& arrival = whole[random() % whole.size()];
-    client.reply = arrival.bytes;
-    client.piece = random() % 4 * 5;
-    const std::size_t start = random() % 8 == 0 ? 0 : arrival.bytes.find("\r\n\r\n"); // seldom in the header
-    for (unsigned changes = 1 + random() % 2; changes > 0; --changes)
-      client.reply[start + random() % (arrival.bytes.size() - start)] =
-          random() % 2 ? likely[random() % likely.size()] : static_cast<char>(random());
-    arrival.call(client);
-    if (round % 100 != 0)
-      continue;
-    soap_destroy(client.soap);
-    soap_end(client.soap);
-    ASSERT_EQ(shownAll, client.content(answer(all))) << "after round " << round << " of seed " << seed;
   }
 }
 

@@ -23,6 +23,7 @@ Success | <M>@<LastModified>1969-12-31T23:59:59Z</LastModified></M> | 0 | n - a 
 Success | <M>@<LastModified>2106-02-07T06:28:17Z</LastModified></M> | 0 | n - a 1970-01-01T00:00:01Z d - private - 0
 Success | <M>@<LastModified>2012-03-04T07:06:07+02:00</LastModified></M> | 0 | n - a 2012-03-04T05:06:07Z d - private - 0
 Success | <M>@<Created>2001-01-01T00:00:00Z</Created><MapContent>QUJD</MapContent><Preview>QUJD</Preview></M> | 0 | @
+Success | <M id="m"><Thumbnail>QUJD</Thumbnail></M><M href="#m"/> | 0 | - - - 1970-01-01T00:00:00Z - 414243 private - 0; - - - 1970-01-01T00:00:00Z - 414243 private - 0 | - - - 1970-01-01T00:00:00Z - - private - 0; - - - 1970-01-01T00:00:00Z - - private - 0
 Success | <M>@<Thumbnail>VAB4</Thumbnail><IsPublished>1</IsPublished></M> | 0 | n - a 1970-01-01T00:00:00Z d 540078 published - 0 | n - a 1970-01-01T00:00:00Z d - published - 0
 Success | <M>@<Version>1.5</Version><Format_IsTwlx>1</Format_IsTwlx></M> | 0 | n - a 1970-01-01T00:00:00Z d - private - 1.5 twlx
 )";
@@ -33,13 +34,12 @@ TEST(Listing, AppendsToTheHostsList) {
       std::string entries = replaced(row[1], "@", "<MapName>n</MapName><Author>a</Author><Description>d</Description>");
       entries = replaced(replaced(entries, "$", knownId), "M>", "DesktopInfoClass>");
       entries = replaced(entries, "<M ", "<DesktopInfoClass ");
-      ServiceUnderTest tested(lite ? "GetMapsListLite_NEW_DESKTOP" : "GetMapsList_NEW_DESKTOP",
-                              (row[1] == "-" ? "" : element("DesktopInfoObjectList", entries)) +
-                                  message::loginObject(row[0]));
-      QList<MapInfo> maps{known()};
+      const HostOperation& operation = hostOperations()[lite ? 2 : 1];
+      ServiceUnderTest tested(operation.name, (row[1] == "-" ? "" : element("DesktopInfoObjectList", entries)) +
+                                                  message::loginObject(row[0]));
+      const QList<MapInfo>& maps = tested.service.maps;
       for (int call = 0; call < 2; ++call)
-        EXPECT_EQ(row[2], std::to_string(lite ? tested.service.getDesktopMapsListLite(true, maps)
-                                              : tested.service.getDesktopMapsList(true, maps)));
+        EXPECT_EQ(row[2], std::to_string(operation.call(tested.service)));
       std::string shown;
       for (int at = 0; at < maps.size(); ++at)
         shown += (at > 0 ? "; " : "") + show(maps[at]);

@@ -6,25 +6,17 @@
 
 namespace {
 
-/// What the result in an answer holds, and how it is read.
-struct Sample {
-  std::string result;
-  std::string read;
-};
+// What each kind of result reads of one that holds the elements of all.
 const std::string map = "<MapName>m</MapName>";
-Sample sample(const dsns__GetMapResponse*) {
-  return {message::outcome("None", "MapRemoved") + element("DesktopInfo", map), "6 login 4 {MapName='m'}"};
-}
-Sample sample(const dsns__MapActionResponse*) {
-  return {message::outcome("DbError", "NoAccess") + element("DesktopInfoClass", map), "4 login 3 {MapName='m'}"};
-}
-Sample sample(const dsns__CompleteDesktopResponse*) {
-  return {message::listing(element("DesktopInfoClass", map)), "login 2 {MapName='m'} end"};
-}
-Sample sample(const dsns__DesktopLoginResponseClass*) { return {message::loginValue("NotPremiumAccount"), "login 1"}; }
-Sample sample(const dsns__DesktopVersioningClass*) {
-  return {"<Version>10</Version><Path>p</Path>", " Path='p' Version='10'"};
-}
+const std::string all = message::outcome("DbError", "NoAccess") + element("DesktopInfo", map) +
+                        element("DesktopInfoClass", map) +
+                        element("DesktopInfoObjectList", element("DesktopInfoClass", map)) +
+                        message::loginValue("NotPremiumAccount") + "<Version>10</Version><Path>p</Path>";
+std::string readOf(const dsns__GetMapResponse*) { return "4 login 3 {MapName='m'}"; }
+std::string readOf(const dsns__MapActionResponse*) { return "4 login 3 {MapName='m'}"; }
+std::string readOf(const dsns__CompleteDesktopResponse*) { return "login 3 {MapName='m'} end"; }
+std::string readOf(const dsns__DesktopLoginResponseClass*) { return "login 1"; }
+std::string readOf(const dsns__DesktopVersioningClass*) { return " Path='p' Version='10'"; }
 
 enum Route { Soap12Stub, OtherStub, Proxy };
 
@@ -42,13 +34,13 @@ std::string call(DesktopServiceSoap12& client, Route route) {
 const struct {
   std::string name;
   std::string (*call)(DesktopServiceSoap12&, Route);
-  Sample sample;
+  std::string read;
 } operations[] = {
 #define TARNWELL_OPERATION(Name, Wire, Shape, ResultClass)                                                             \
   {Wire,                                                                                                               \
    &call<_dsns__##Name, _dsns__##Name##Response, &soap_call___dsns4__##Name, &soap_call___dsns3__##Name,               \
          &DesktopServiceSoap12::__dsns4__##Name, &_dsns__##Name##Response::Name##Result>,                              \
-   sample(static_cast<const ResultClass*>(nullptr))},
+   readOf(static_cast<const ResultClass*>(nullptr))},
 #include "protocol/schema/Operations.inc"
 #undef TARNWELL_OPERATION
 };
@@ -58,8 +50,8 @@ TEST(Operations, SendAndReadTheirMessages) {
     for (const Route route : {Soap12Stub, OtherStub, Proxy}) {
       SCOPED_TRACE(operation.name + ", route " + std::to_string(route));
       WireClient client;
-      client.reply = reply(200, message::answer(operation.name, operation.sample.result)).bytes;
-      EXPECT_EQ(operation.sample.read, operation.call(client, route));
+      client.reply = reply(200, message::answer(operation.name, all)).bytes;
+      EXPECT_EQ(operation.read, operation.call(client, route));
       EXPECT_NE(std::string::npos, client.request().body.find("<dsns:" + operation.name + ">"));
       EXPECT_EQ("\"" TARNWELL_SERVICE_NAMESPACE + operation.name + "\"", client.request().header("SOAPAction"));
     }

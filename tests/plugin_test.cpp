@@ -135,21 +135,6 @@ TEST(Isolation, EveryoneUsesTheirOwnRuntime) {
   }
 }
 
-// The runtime's default would end the process with SIGPIPE.
-TEST(Guest, SurvivesAPeerThatClosesDuringAnUpload) {
-  const QTemporaryDir folder;
-  QFile file(folder.filePath("big.map"));
-  ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.resize(32 << 20));
-  const Plugin plugin;
-  for (const std::size_t read : {0U, 1000U, 1000000U}) {
-    const ScriptedService server(hangUp(read));
-    MapInfo info;
-    EXPECT_EQ(ResultFailed, plugin.service(server)->saveMap(file.fileName(), info, QByteArray(), false))
-        << "after " << read;
-    EXPECT_EQ(32 << 20, info.mapContent().size());
-  }
-}
-
 TEST(Guest, KeepsOffTheStandardStreams) {
   GTEST_FLAG_SET(death_test_style, "threadsafe"); // a new process, whose streams may be replaced
   const auto useEndpoints = [] {

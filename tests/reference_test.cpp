@@ -65,15 +65,4 @@ TEST(Reference, ThatLeadsNowhereIsRefusedOrLeavesTheDefault) {
   });
 }
 
-TEST(Reference, OfAResultsParts) {
-  WireClient client;
-  const std::string result = "<DesktopInfo href=\"#m\"/><DesktopLoginResponseObject href=\"#l\"/>";
-  const std::string after = "<DesktopInfoClass id=\"m\"><Thumbnail href=\"#b\"/></DesktopInfoClass>"
-                            "<DesktopLoginResponseClass id=\"l\">" +
-                            message::loginValue("None") +
-                            "</DesktopLoginResponseClass><x:base64Binary id=\"b\">QUJD</x:base64Binary>";
-  EXPECT_EQ("0 login 4 {Thumbnail=3:ABC}",
-            client.content(message::envelope(message::response("GetMapContent_NEW_DESKTOP", result) + after)));
-}
-
 } // namespace
