@@ -3,8 +3,12 @@
 #include "tests/FaultyCalls.h"
 #include "tests/ServiceUnderTest.h"
 
+#include <atomic>
+#include <chrono>
 #include <climits>
+#include <csignal>
 #include <pthread.h>
+#include <thread>
 
 namespace {
 
@@ -61,6 +65,28 @@ TEST(Faults, EveryCallFailsOnce) {
         }
       }
     }
+}
+
+// A thousand signals a second, without SA_RESTART: whatever waits is interrupted.
+TEST(Faults, SignalsInterruptNothing) {
+  struct sigaction ignoring {
+  }, before;
+  ignoring.sa_handler = [](int) {};
+  sigaction(SIGUSR1, &ignoring, &before);
+  std::atomic<bool> ends = false;
+  std::thread ticking([&ends, caller = pthread_self()] {
+    for (; !ends; std::this_thread::sleep_for(std::chrono::milliseconds(1)))
+      pthread_kill(caller, SIGUSR1);
+  });
+  for (const HostOperation& operation : hostOperations()) {
+    const ScriptedService server(reply(200, operation.answer()));
+    Host host(server.url());
+    for (int call = 0; call < 100; ++call)
+      EXPECT_EQ(0, operation.call(host)) << operation.name;
+  }
+  ends = true;
+  ticking.join();
+  sigaction(SIGUSR1, &before, nullptr);
 }
 
 TEST(Faults, SettingsThatFailStandAsBefore) {
