@@ -28,14 +28,15 @@ std::string receive(QTcpSocket& connection, std::size_t limit) {
 
 ScriptedService::ScriptedService(const std::vector<Reply>& replies) : m_replies(replies) {
   std::promise<quint16> port;
-  m_thread = std::thread([this, &port] {
+  m_thread.reset(QThread::create([this, &port] {
     QTcpServer listener;
     listener.listen(QHostAddress::LocalHost);
     port.set_value(listener.serverPort());
     while (!m_stops && listener.waitForNewConnection(-1))
       while (!m_stops && listener.hasPendingConnections()) // one wait may accept several
         serve(*std::unique_ptr<QTcpSocket>(listener.nextPendingConnection()));
-  });
+  }));
+  m_thread->start();
   m_port = port.get_future().get();
 }
 
@@ -44,7 +45,7 @@ ScriptedService::~ScriptedService() {
   QTcpSocket wake;
   wake.connectToHost(QHostAddress::LocalHost, m_port);
   wake.waitForConnected(patience);
-  m_thread.join();
+  m_thread->wait();
 }
 
 std::vector<Request> ScriptedService::requests() const {
@@ -60,7 +61,7 @@ void ScriptedService::serve(QTcpSocket& connection) {
     m_requests.push_back(request);
   }
   while (script.stalls && !m_stops)
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    QThread::msleep(1);
   connection.write(script.bytes.data(), static_cast<qint64>(script.bytes.size()));
   while (connection.bytesToWrite() > 0 && connection.waitForBytesWritten(patience))
     continue;

@@ -6,10 +6,10 @@
 
 #include "tests/Http.h"
 
-#include <QtCore/QtGlobal>
+#include <QtCore/QThread>
 #include <atomic>
+#include <memory>
 #include <mutex>
-#include <thread>
 #include <vector>
 
 class QTcpSocket;
@@ -39,5 +39,5 @@ private:
   std::vector<Request> m_requests;
   std::atomic<bool> m_stops{false};
   quint16 m_port = 0;
-  std::thread m_thread;
+  std::unique_ptr<QThread> m_thread; ///< one of Qt's, since it uses Qt's sockets
 };
