@@ -52,9 +52,7 @@ struct Type {
   void (*destroy)(void* value, bool array);
 };
 
-// The type table is the schema's (TypeTable.cpp).
-
-/// The type with this number; the numbers of no type give null.
+/// The type with this number, by the schema's table (TypeTable.cpp); the numbers of no type give null.
 const Type* findType(int number) noexcept;
 /// The type with this number, which must be one of SOAP_TYPE_.
 const Type& typeOf(int number) noexcept;
