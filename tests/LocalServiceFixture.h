@@ -1,185 +1,144 @@
-// The local service as a process of its own, on a database of its own, called through the binding or by raw bytes. One
-// thread.
+// The local service as a process of its own, on a database of its own, called by raw bytes. One thread.
 #pragma once
 
-#include "client/DesktopServiceSoap12.h"
-#include "tests/Show.h"
+#include "tests/Messages.h"
 
 #include <gtest/gtest.h>
 
-#include <QtCore/QCoreApplication>
-#include <QtCore/QFile>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
 #include <QtCore/QProcess>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QUrl>
-#include <arpa/inet.h>
+#include <QtNetwork/QHostAddress>
+#include <QtNetwork/QTcpSocket>
 #include <sys/socket.h>
-#include <unistd.h>
 
 constexpr int patience = 30000; // milliseconds; nothing here takes more than a fraction
 
-/// What requests are filled with, those that have such elements.
-struct Values {
-  xsd__string user = L"anna";
-  dsns__DesktopInfoClass* map = nullptr;
-  bool flag = false; ///< forced or published
-  xsd__string password = L"öffne dich";
-  xsd__string inFormat = L"a";
-  xsd__string outFormat = L"a";
-  xsd__string version = L"1.9";
-  xsd__string subject = L"Crash\n\x1b[31m";
-  xsd__string message = L"It broke: ü";
-  xsd__base64Binary* bytes = nullptr;
+/// How a process ended.
+struct Ended {
+  int status = -1; // -1: not by itself
+  QByteArray out;
+  QByteArray err;
 
-  /// Sets every one of these members that the request has.
-  template <class Request> void fill(Request& request) {
-    const auto set = [&request](auto assign) {
-      if constexpr (std::is_invocable_v<decltype(assign), Request&>)
-        assign(request);
-    };
-    set([this](auto& r) -> decltype(void(r.username = r.pass)) { r.username = &user, r.pass = &password; });
-    set([this](auto& r) -> decltype(void(r.DesktopInfo)) { r.DesktopInfo = map; });
-    set([this](auto& r) -> decltype(void(r.IsForced)) { r.IsForced = flag; });
-    set([this](auto& r) -> decltype(void(r.IsPublished)) { r.IsPublished = flag; });
-    set([this](auto& r) -> decltype(void(r.inFormat)) { r.inFormat = &inFormat, r.outFormat = &outFormat; });
-    set([this](auto& r) -> decltype(void(r.version)) { r.version = &version; });
-    set([this](auto& r) -> decltype(void(r.subject)) { r.subject = &subject, r.message = &message; });
-    set([this](auto& r) -> decltype(void(r.bytes)) { r.bytes = bytes; });
-  }
+  QJsonObject json() const { return QJsonDocument::fromJson(out).object(); }
+  QJsonObject data() const { return json()["data"].toObject(); }
 };
 
-/// Calls operation `name` with those values that its request has. Its result as show() has it, identifiers and times of
-/// creation as "#" and "%"; or "error" and the code.
-inline std::string callService(const QByteArray& endpoint, const std::string& name, Values values) {
-  DesktopServiceSoap12 client;
-  client.soap_endpoint = endpoint.constData();
-  QString text = "no such operation";
-#define TARNWELL_OPERATION(Name, Wire, Shape, ResultClass)                                                             \
-  if (name == Wire) {                                                                                                  \
-    _dsns__##Name request;                                                                                             \
-    _dsns__##Name##Response response;                                                                                  \
-    values.fill(request);                                                                                              \
-    const int code = client.__dsns4__##Name(&request, &response);                                                      \
-    text = QString::fromStdString(code ? "error " + std::to_string(code) : show(response.Name##Result));               \
-  }
-#include "protocol/schema/Operations.inc"
-#undef TARNWELL_OPERATION
-  return text.replace(QRegularExpression("MapId=[0-9a-f-]{36}(?=[ }])"), "MapId=#")
-      .replace(QRegularExpression("Created=[0-9]+"), "Created=%")
-      .trimmed()
-      .toStdString();
+inline Ended finish(QProcess& process, const QByteArray& input = {}) {
+  process.write(input);
+  process.closeWriteChannel();
+  const bool isFinished = process.state() == QProcess::NotRunning || process.waitForFinished(patience);
+  const bool isNormal = isFinished && process.exitStatus() == QProcess::NormalExit;
+  return {isNormal ? process.exitCode() : -1, process.readAllStandardOutput(), process.readAllStandardError()};
 }
 
-/// A raw connection to the service, of which every wait is bounded.
-class Connection {
+inline QByteArray contentOf(const QString& path) {
+  QFile file(path);
+  return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
+}
+
+/// With two premium accounts and another one, whose password is "secretü".
+class LocalService {
 public:
-  Connection(int port, const std::string& bytes) {
-    const timeval limit = {patience / 1000, 0};
-    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
-    setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<std::uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    EXPECT_EQ(connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    EXPECT_EQ(send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL), static_cast<ssize_t>(bytes.size()));
-  }
-  Connection(const Connection&) = delete;
-  Connection& operator=(const Connection&) = delete;
-  ~Connection() { close(fd); }
-
-  /// Everything that comes; `sendsMore`: without telling the service that no more is sent.
-  std::string answer(bool sendsMore) {
-    if (!sendsMore)
-      shutdown(fd, SHUT_WR);
-    std::string all;
-    char some[4096];
-    for (ssize_t size; (size = recv(fd, some, sizeof some, 0)) > 0;)
-      all.append(some, static_cast<std::size_t>(size));
-    return all;
-  }
-
-private:
-  const int fd = socket(AF_INET, SOCK_STREAM, 0);
-};
-
-/// A map as a request describes it.
-struct Map : dsns__DesktopInfoClass {
-  std::wstring name;
-  std::string id, bytes;
-  xsd__base64Binary block;
-  Map(const std::wstring& mapName, const std::string& content, const QByteArray& identifier = {})
-      : name(mapName), bytes(content) {
-    MapName = &name;
-    block.__ptr = reinterpret_cast<unsigned char*>(bytes.data());
-    block.__size = static_cast<int>(bytes.size());
-    Thumbnail = MapContent = &block;
-    if (!identifier.isEmpty())
-      identify(identifier);
-  }
-  Map(const Map&) = delete;
-  Map& operator=(const Map&) = delete;
-  void identify(const QByteArray& identifier) {
-    id = "{" + identifier.toUpper().toStdString() + "}"; // any form is taken
-    MapId = id.data();
-  }
-};
-
-class LocalServiceTest : public testing::Test {
-protected:
-  LocalServiceTest() {
-    static int argc = 1;
-    static char name[] = "localservice_test";
-    static char* argv[] = {name, nullptr};
-    static const QCoreApplication application(argc, argv);
+  LocalService() {
     for (const QStringList& account : {QStringList{"anna"}, {"carl"}, {"poor", "--not-premium"}})
-      EXPECT_EQ(administer(QStringList{"--add-account"} + account, "öffne dich\n"), "");
+      EXPECT_EQ(administer(QStringList{"--add-account"} + account, "secretü\n"), "");
     start();
   }
-  ~LocalServiceTest() override { EXPECT_EQ(stop(), 0); } // also tells of leaks, where they are looked for
+  ~LocalService() { EXPECT_EQ(stop().status, 0); } // also tells of leaks, where they are looked for
 
   /// What the program prints, or "status" and its exit status when that is not 0. Without "--db" in `arguments` it uses
-  /// the test's database.
-  QByteArray administer(const QStringList& arguments, const QByteArray& input = {}) {
-    QProcess process;
-    const QStringList file{"--db", database()};
-    process.start(TARNWELL_LOCALSERVICE, arguments.contains("--db") ? arguments : file + arguments);
-    process.write(input);
-    process.closeWriteChannel();
-    const bool isDone = process.waitForFinished(patience) && process.exitCode() == 0;
-    return isDone ? process.readAllStandardOutput() : "status " + QByteArray::number(process.exitCode());
+  /// this database.
+  QByteArray administer(const QStringList& arguments, const QByteArray& input = {}) const {
+    QProcess program;
+    const QStringList file{"--db", path("db")};
+    program.start(TARNWELL_LOCALSERVICE, arguments.contains("--db") ? arguments : file + arguments);
+    const Ended ended = finish(program, input);
+    return ended.status == 0 ? ended.out : "status " + QByteArray::number(ended.status);
   }
 
   void start(const QStringList& arguments = {}) {
-    service.start(TARNWELL_LOCALSERVICE, QStringList{"--port", "0", "--db", database()} + arguments);
-    while (!service.canReadLine() && service.waitForReadyRead(patience)) {
+    process.start(TARNWELL_LOCALSERVICE, QStringList{"--port", "0", "--db", path("db")} + arguments);
+    while (!process.canReadLine() && process.waitForReadyRead(patience)) {
     }
-    endpoint = service.readLine().trimmed();
+    endpoint = QString::fromUtf8(process.readLine()).trimmed();
     ASSERT_GT(port(), 0) << endpoint.toStdString();
   }
-  /// Stops it as people do. Its exit status, -1 when it did not end by itself.
-  int stop() {
-    service.terminate();
-    const bool isFinished = service.state() == QProcess::NotRunning || service.waitForFinished(patience);
-    return isFinished && service.exitStatus() == QProcess::NormalExit ? service.exitCode() : -1;
+  /// Stops it as people do.
+  Ended stop() {
+    process.terminate();
+    return finish(process);
+  }
+
+  int port() const { return QUrl(endpoint).port(); }
+  QString path(const QString& file) const { return folder.filePath(file); }
+
+  QTemporaryDir folder;
+  QProcess process;
+  QString endpoint;
+};
+
+/// A raw connection to the service, of which every wait is bounded.
+class Connection : public QTcpSocket {
+public:
+  Connection(int port, const std::string& bytes) {
+    connectToHost(QHostAddress::LocalHost, static_cast<quint16>(port));
+    EXPECT_TRUE(waitForConnected(patience));
+    write(bytes.data(), static_cast<qint64>(bytes.size()));
+    while (bytesToWrite() > 0 && waitForBytesWritten(patience)) {
+    }
+  }
+  /// Everything that comes; `sendsMore`: without telling the service that no more is sent.
+  std::string answer(bool sendsMore = true) {
+    if (!sendsMore)
+      shutdown(static_cast<int>(socketDescriptor()), SHUT_WR);
+    while (waitForReadyRead(patience)) {
+    }
+    return readAll().toStdString();
+  }
+};
+
+const std::string servicePath = "/service/desktopservice.asmx";
+const std::string soapType = "Content-Type: application/soap+xml; charset=utf-8\r\n";
+
+inline std::string post(const std::string& body, const std::string& fields = soapType,
+                        const std::string& target = servicePath) {
+  return "POST " + target + " HTTP/1.1\r\n" + fields + "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" +
+         body;
+}
+
+class LocalServiceTest : public testing::Test, protected LocalService {
+protected:
+  /// A request of an operation; of elements that stand twice in it, the service reads the first.
+  static std::string request(const std::string& operation, const std::string& elements = {}) {
+    const std::string account = "<username>anna</username><pass>secretü</pass>";
+    return post(message::envelope(element(operation, elements + account)));
+  }
+  /// The elements with text in an answer or fault: texts of enumerations and faults alone, the others with their names.
+  /// Without what is false, 0 or no date; identifiers and times of creation as "#" and "%".
+  static std::string shown(const std::string& answer) {
+    QString text = QString::fromStdString(answer.substr(std::min(answer.find("<?xml"), answer.size())));
+    for (const auto& [pattern, by] : {std::pair("<[\\w:]*(Access|Value|Text)[^>]*>", ""),
+                                      {"<dsns:(\\w+)>([^<]*)</dsns:\\1>", " \\1=\\2 "},
+                                      {"\\w+=(false|0|1970-01-01T00:00:00Z) ", ""},
+                                      {"MapId=[0-9a-f-]{36} ", "MapId=# "},
+                                      {"Created=[0-9TZ:-]+", "Created=%"},
+                                      {"</?[^>]*>", " "}})
+      text.replace(QRegularExpression(pattern), by);
+    return text.simplified().toStdString();
+  }
+  std::string call(const std::string& operation, const std::string& elements = {}) const {
+    return shown(Connection(port(), request(operation, elements)).answer());
   }
 
   /// The identifier that --list-maps shows for a name.
-  QByteArray identifier(const QByteArray& name) {
+  std::string identifier(const QByteArray& name) const {
     for (const QByteArray& line : administer({"--list-maps"}).split('\n'))
       if (line.endsWith("\t" + name))
-        return line.left(line.indexOf('\t'));
+        return line.left(line.indexOf('\t')).toStdString();
     return "no such map";
   }
-
-  QString database() const { return folder.filePath("db"); }
-  int port() const { return QUrl(endpoint).port(); }
-  std::string call(const std::string& operation, const Values& values = {}) const {
-    return callService(endpoint, operation, values);
-  }
-
-  QTemporaryDir folder;
-  QProcess service;
-  QByteArray endpoint;
 };

@@ -9,6 +9,32 @@
 #include "tests/Table.h"
 
 #include <algorithm>
+#include <iterator>
+
+enum Route { Soap12Stub, OtherStub, Proxy };
+
+/// Sends an empty request by `route`: what was read of the answer, or "error" and the code.
+template <class Ask, class Answer, auto soap12Stub, auto otherStub, auto operation, auto result>
+std::string askBy(DesktopServiceSoap12& client, Route route) {
+  Ask request;
+  Answer answer;
+  const auto stub = route == Soap12Stub ? soap12Stub : otherStub;
+  const int code = route == Proxy ? (client.*operation)(&request, &answer)
+                                  : stub(client.soap, client.soap_endpoint, nullptr, &request, &answer);
+  return code ? "error " + std::to_string(code) : show(answer.*result);
+}
+
+/// All operations, in the order of tarnwell::operations.
+const struct ClientOperation {
+  std::string name;
+  std::string (*ask)(DesktopServiceSoap12&, Route);
+} clientOperations[] = {
+#define TARNWELL_OPERATION(Name, Wire, Shape, ResultClass)                                                             \
+  {Wire, &askBy<_dsns__##Name, _dsns__##Name##Response, &soap_call___dsns4__##Name, &soap_call___dsns3__##Name,        \
+                &DesktopServiceSoap12::__dsns4__##Name, &_dsns__##Name##Response::Name##Result>},
+#include "protocol/schema/Operations.inc"
+#undef TARNWELL_OPERATION
+};
 
 /// A context's connections without sockets.
 struct Wire {
@@ -59,32 +85,17 @@ public:
     return isFailed ? "error " + std::to_string(soap->error) : sent;
   }
 
-  /// Each asks with an empty request, answered with `body`, or if there is none with `reply`. What was read, or "error"
-  /// and the code.
-  std::string login(const std::string& body = {}, int status = 200) {
-    return ask(&WireClient::__dsns4__Login, &_dsns__LoginResponse::LoginResult, body, status);
-  }
-  std::string content(const std::string& body = {}) {
-    return ask(&WireClient::__dsns4__GetMapContent_USCORENEW_USCOREDESKTOP,
-               &_dsns__GetMapContent_USCORENEW_USCOREDESKTOPResponse::GetMapContent_USCORENEW_USCOREDESKTOPResult,
-               body);
-  }
-  std::string list(const std::string& body = {}) {
-    return ask(&WireClient::__dsns4__GetMapsList_USCORENEW_USCOREDESKTOP,
-               &_dsns__GetMapsList_USCORENEW_USCOREDESKTOPResponse::GetMapsList_USCORENEW_USCOREDESKTOPResult, body);
-  }
-
-private:
-  template <class Ask, class Answer, class Result>
-  std::string ask(int (DesktopServiceSoap12::*operation)(Ask*, Answer*), Result* Answer::*result,
-                  const std::string& body, int status = 200) {
+  /// Each is answered with `body`, or if there is none with `reply`.
+  std::string ask(const std::string& name, const std::string& body = {}, int status = 200) {
     if (!body.empty())
       reply = ::reply(status, body).bytes;
-    Ask request;
-    Answer answer;
-    const int code = (this->*operation)(&request, &answer);
-    return code ? "error " + std::to_string(code) : show(answer.*result);
+    return std::find_if(std::begin(clientOperations), std::end(clientOperations),
+                        [&name](const auto& row) { return row.name == name; })
+        ->ask(*this, Proxy);
   }
+  std::string login(const std::string& body = {}, int status = 200) { return ask("Login", body, status); }
+  std::string content(const std::string& body = {}) { return ask("GetMapContent_NEW_DESKTOP", body); }
+  std::string list(const std::string& body = {}) { return ask("GetMapsList_NEW_DESKTOP", body); }
 };
 
 /// Calls `check(client, row)` for every row of a table: what the client reads arrives whole, byte by byte, and in
