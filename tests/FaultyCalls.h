@@ -9,7 +9,6 @@
 #include <fcntl.h>
 #include <netdb.h>
 #include <new>
-#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -99,8 +98,8 @@ ssize_t recv(int descriptor, void* bytes, std::size_t size, int flags) {
 ssize_t read(int descriptor, void* bytes, std::size_t size) {
   return failsMoving() ? -1 : behind<read>("read")(descriptor, bytes, most(size));
 }
-int poll(pollfd* descriptors, nfds_t count, int timeout) {
-  return fails(Faults::Waiting) ? -1 : behind<poll>("poll")(descriptors, count, timeout);
+ssize_t write(int descriptor, const void* bytes, std::size_t size) {
+  return failsMoving() ? -1 : behind<write>("write")(descriptor, bytes, most(size));
 }
 int getaddrinfo(const char* host, const char* service, const addrinfo* hints, addrinfo** found) {
   return fails(Faults::System) ? EAI_AGAIN : behind<getaddrinfo>("getaddrinfo")(host, service, hints, found);

@@ -56,8 +56,9 @@ class Host : public TarnwellService {
 public:
   QList<MapInfo> maps{known()};
   MapInfo info = known();
-  const QString word = "word", file = savedFile();
-  QByteArray bytes = "bytes";
+  const QString file = savedFile(), subject = "sé", message = "m<\n";
+  QString word = "word";
+  QByteArray bytes{"by\0es", 5};
 
   explicit Host(const std::string& endpoint, const QString& past = "before") {
     setEndPoint(QString::fromStdString(endpoint));
@@ -92,51 +93,34 @@ public:
   }
 };
 
-/// An operation, the content of its successful answer's result, and the objects that stay after success and failure.
+/// An operation and the content of its successful answer's result.
 struct HostOperation {
   const char* name;
   std::string result;
   int (*call)(Host&); ///< 0: it succeeded
-  const char* left;
-  const char* leftByFailure;
   std::string answer() const { return message::answer(name, result); }
 };
 inline const std::vector<HostOperation>& hostOperations() {
   static const std::string author = "<Author>a</Author>", map = author + "<MapContent>QQ==</MapContent>",
-                           saved = message::outcome("Success", "Success") + "<DesktopInfoClass>" + author +
-                                   "</DesktopInfoClass>",
+                           success = message::outcome("Success", "Success"),
+                           saved = success + "<DesktopInfoClass>" + author + "</DesktopInfoClass>",
                            listed =
                                message::listing("<DesktopInfoClass>" + map + "</DesktopInfoClass><DesktopInfoClass/>");
-  static const char* const listLeft = "string=1 base64Binary=1 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=2 "
-                                      "ArrayOfDesktopInfoClass=1 CompleteDesktopResponse=1";
-  static const char* const actionLeft =
-      "string=1 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=1 MapActionResponse=1";
-  static const char* const updateLeft = "string=2 Header=1 DesktopVersioningClass=1";
   static const std::vector<HostOperation> operations = {
-      {"Login", message::loginValue("Success"), [](Host& host) { return host.login(host.word, host.word); },
-       "Header=1 DesktopLoginResponseClass=1", "LoginResponse=1"},
-      {"GetMapsList_NEW_DESKTOP", listed, [](Host& host) { return host.getDesktopMapsList(true, host.maps); }, listLeft,
-       ""},
-      {"GetMapsListLite_NEW_DESKTOP", listed, [](Host& host) { return host.getDesktopMapsListLite(true, host.maps); },
-       listLeft, ""},
-      {"GetMapContent_NEW_DESKTOP", message::outcome("Success", "Success") + "<DesktopInfo>" + map + "</DesktopInfo>",
-       [](Host& host) { return host.getMap(host.info); },
-       "string=1 base64Binary=2 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=2 GetMapResponse=1 "
-       "GetMapContent_NEW_DESKTOPResponse=1",
-       "base64Binary=1 DesktopInfoClass=1 GetMapContent_NEW_DESKTOPResponse=1"},
-      {"SaveMap_NEW_DESKTOP", saved, [](Host& host) { return host.saveMap(host.file, host.info, host.bytes, true); },
-       "string=1 base64Binary=2 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=2 MapActionResponse=1 "
-       "SaveMap_NEW_DESKTOPResponse=1",
-       "base64Binary=2 DesktopInfoClass=1 SaveMap_NEW_DESKTOPResponse=1"},
-      {"DeleteDesktopMap", saved, [](Host& host) { return host.deleteMap(host.info); }, actionLeft, ""},
-      {"RenameDesktopMap", saved, [](Host& host) { return host.renameMap(host.info, host.word); }, actionLeft, ""},
+      {"Login", message::loginValue("Success"), [](Host& host) { return host.login(host.word, host.word); }},
+      {"GetMapsList_NEW_DESKTOP", listed, [](Host& host) { return host.getDesktopMapsList(true, host.maps); }},
+      {"GetMapsListLite_NEW_DESKTOP", listed, [](Host& host) { return host.getDesktopMapsListLite(true, host.maps); }},
+      {"GetMapContent_NEW_DESKTOP", success + "<DesktopInfo>" + map + "</DesktopInfo>",
+       [](Host& host) { return host.getMap(host.info); }},
+      {"SaveMap_NEW_DESKTOP", saved, [](Host& host) { return host.saveMap(host.file, host.info, host.bytes, true); }},
+      {"DeleteDesktopMap", saved, [](Host& host) { return host.deleteMap(host.info); }},
+      {"RenameDesktopMap", saved, [](Host& host) { return host.renameMap(host.info, host.word); }},
       {"CheckDesktopVersion", "<Path>p</Path><Version>v</Version>",
-       [](Host& host) { return host.checkForUpdates(host.word, 1) ? 0 : 1; }, updateLeft, ""},
+       [](Host& host) { return host.checkForUpdates(host.word, -3) ? 0 : 1; }},
       {"CheckDesktopVersionExtended", "<Path>p</Path><Version>v</Version>",
-       [](Host& host) { return host.checkForUpdatesExtended(host.word, 1, 1) ? 0 : 1; }, updateLeft, ""},
+       [](Host& host) { return host.checkForUpdatesExtended(host.word, 4, 5) ? 0 : 1; }},
       {"SendFeedbackWithAttachment", saved,
-       [](Host& host) { return host.sendCrashReport(host.word, host.word, host.word, host.bytes) ? 0 : 1; }, actionLeft,
-       ""},
+       [](Host& host) { return host.sendCrashReport(host.subject, host.message, host.word, host.bytes) ? 0 : 1; }},
   };
   return operations;
 }

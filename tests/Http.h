@@ -1,7 +1,7 @@
 // HTTP messages of the tests: replies to script, and requests taken apart.
 #pragma once
 
-#include <cstdio>
+#include <QtCore/QByteArray>
 #include <string>
 
 /// What a service does with one connection.
@@ -29,9 +29,7 @@ inline Reply chunks(std::size_t size, int status, const std::string& body) {
   std::string bytes;
   for (std::size_t at = 0; at < body.size(); at += size) {
     const std::string chunk = body.substr(at, size);
-    char length[20];
-    std::snprintf(length, sizeof length, "%zx\r\n", chunk.size());
-    bytes += length + chunk + "\r\n";
+    bytes += QByteArray::number(static_cast<int>(chunk.size()), 16).toStdString() + "\r\n" + chunk + "\r\n";
   }
   return framed("Transfer-Encoding: chunked", bytes + "0\r\n\r\n", status);
 }

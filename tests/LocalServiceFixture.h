@@ -134,11 +134,10 @@ protected:
     return shown(Connection(port(), request(operation, elements)).answer());
   }
 
-  /// The identifier that --list-maps shows for a name.
-  std::string identifier(const QByteArray& name) const {
-    for (const QByteArray& line : administer({"--list-maps"}).split('\n'))
-      if (line.endsWith("\t" + name))
-        return line.left(line.indexOf('\t')).toStdString();
-    return "no such map";
+  /// The identifier that --list-maps shows for the last map of a name.
+  std::string identifier(const char* name) const {
+    const QString all = "-\n" + administer({"--list-maps"}), named = QString("\n(\\S+)\t[^\n]*\t%1\n").arg(name);
+    const int last = all.lastIndexOf(QRegularExpression(named));
+    return last < 0 ? "no such map" : all.mid(last + 1).section('\t', 0, 0).toStdString();
   }
 };

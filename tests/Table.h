@@ -1,29 +1,24 @@
 // Tables of test data as text, so that a row is a line.
 #pragma once
 
+#include <QtCore/QStringList>
 #include <algorithm>
 #include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
 /// The parts of `text` between `divider`, without the blanks around them.
-inline std::vector<std::string> cells(const std::string& text, const std::string& divider = "|") {
+inline std::vector<std::string> cells(const std::string& text, const char* divider = "|") {
   std::vector<std::string> parts;
-  for (std::size_t at = 0, end = 0; end != std::string::npos; at = end + divider.size()) {
-    end = text.find(divider, at);
-    const std::string part = text.substr(at, end - at);
-    const std::size_t first = part.find_first_not_of(' ');
-    parts.push_back(first == std::string::npos ? "" : part.substr(first, part.find_last_not_of(' ') + 1 - first));
-  }
+  for (const QString& part : QString::fromStdString(text).split(divider))
+    parts.push_back(part.trimmed().toStdString());
   return parts;
 }
 
 /// The rows of a table: its lines that are not empty, cells divided by "|".
 inline std::vector<std::vector<std::string>> rows(const std::string& text) {
   std::vector<std::vector<std::string>> all;
-  std::istringstream lines(text);
-  for (std::string line; std::getline(lines, line);)
+  for (const std::string& line : cells(text, "\n"))
     if (!line.empty())
       all.push_back(cells(line));
   return all;
@@ -31,11 +26,7 @@ inline std::vector<std::vector<std::string>> rows(const std::string& text) {
 
 /// `text` with every `what` replaced.
 inline std::string replaced(const std::string& text, const std::string& what, const std::string& by) {
-  std::string made;
-  std::size_t from = 0;
-  for (std::size_t at; (at = text.find(what, from)) != std::string::npos; from = at + what.size())
-    made.append(text, from, at - from) += by;
-  return made.append(text, from);
+  return QByteArray::fromStdString(text).replace(what.c_str(), by.c_str()).toStdString();
 }
 
 /// Bytes as of a packed file, others with every call.

@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <fstream>
 
 namespace {
@@ -57,23 +56,19 @@ TEST(Damage, FalseLengthsCostNothing) {
 
 // A DIME answer whose attachment is as long as its header says, or not.
 TEST(Damage, AttachmentsMayNotClaimMoreThanTheAnswerHas) {
-  const auto record = [](char flags, const char* type, const std::string& id, std::size_t size, std::string data) {
-    std::string bytes = {flags, type[0] == 'h' ? '\x20' : '\x10', 0, 0, 0, static_cast<char>(id.size()), 0, 0};
-    bytes[7] = static_cast<char>(std::strlen(type));
-    for (const int shift : {24, 16, 8, 0})
-      bytes += static_cast<char>(size >> shift);
-    for (std::string part : {id, std::string(type), std::move(data)})
-      bytes += part + std::string(-part.size() & 3, '\0');
-    return bytes;
+  const auto head = [](const char* hex, std::size_t size, const std::string& typeAndId) {
+    const QByteArray length = QByteArray::number(static_cast<qulonglong>(size), 16).rightJustified(8, '0');
+    return QByteArray::fromHex(hex + length).toStdString() + typeAndId;
   };
-  const std::string xml = answer("<MapContent href=\"a\"/>");
+  std::string xml = answer("<MapContent href=\"a\"/>");
+  xml.append(-xml.size() & 3, ' ');
+  const std::string first =
+      head("0c20000000000027", xml.size(), "http://www.w3.org/2003/05/soap-envelope") + '\0' + xml;
   for (const auto& [size, read] : {std::pair<std::size_t, const char*>(7, "2 login 2 {MapContent=7:content}"),
                                    {0xFFFFFFFF, "error 32"},
                                    {0x7FFFFFFF, "error 32"}}) {
     WireClient client;
-    client.reply = reply(200,
-                         record(0x0c, "http://www.w3.org/2003/05/soap-envelope", "", xml.size(), xml) +
-                             record(0x0a, "text/plain", "a", size, "content"),
+    client.reply = reply(200, first + head("0a1000000001000a", size, std::string("a\0\0\0text/plain\0\0content\0", 24)),
                          "Content-Type: application/dime\r\n")
                        .bytes;
     const long before = memory().first;

@@ -1,5 +1,6 @@
-// Every networked operation while memory, the system or the host's own thread fails it: it fails wholly or succeeds
+// Every networked operation while memory, the system or the host's own threads fail it: it fails wholly or succeeds
 // wholly, and the next one works.
+#include "host/CallMonitor.h"
 #include "tests/FaultyCalls.h"
 #include "tests/ServiceUnderTest.h"
 
@@ -7,6 +8,7 @@
 #include <chrono>
 #include <climits>
 #include <csignal>
+#include <future>
 #include <pthread.h>
 #include <thread>
 
@@ -29,7 +31,9 @@ void expectUsable(Host& host, const Faults& faults) {
   EXPECT_EQ(0U, faults.descriptors.count());
   host.setEndPoint(QString::fromStdString(server.url()));
   EXPECT_EQ(0, listing.call(host));
-  EXPECT_STREQ(listing.left, host.objects().c_str());
+  EXPECT_EQ("string=1 base64Binary=1 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=2 ArrayOfDesktopInfoClass=1 "
+            "CompleteDesktopResponse=1",
+            host.objects());
   const std::string user = host.currentUser() == host.word ? "word" : "";
   EXPECT_NE(std::string::npos, server.request().body.find("<dsns:username>" + user + "</dsns:username>"));
 }
@@ -67,40 +71,53 @@ TEST(Faults, EveryCallFailsOnce) {
     }
 }
 
-// A thousand signals a second, without SA_RESTART: whatever waits is interrupted.
-TEST(Faults, SignalsInterruptNothing) {
+// A thousand signals a second, without SA_RESTART: whatever waits is interrupted. And two objects share nothing.
+TEST(Faults, SignalsAndOtherThreadsInterruptNothing) {
   struct sigaction ignoring {
   }, before;
   ignoring.sa_handler = [](int) {};
   sigaction(SIGUSR1, &ignoring, &before);
-  std::atomic<bool> ends = false;
-  std::thread ticking([&ends, caller = pthread_self()] {
-    for (; !ends; std::this_thread::sleep_for(std::chrono::milliseconds(1)))
-      pthread_kill(caller, SIGUSR1);
-  });
   for (const HostOperation& operation : hostOperations()) {
-    const ScriptedService server(reply(200, operation.answer()));
-    Host host(server.url());
-    for (int call = 0; call < 100; ++call)
-      EXPECT_EQ(0, operation.call(host)) << operation.name;
+    const Reply answer = reply(200, operation.answer());
+    const ScriptedService servers[]{ScriptedService(answer), ScriptedService(answer)};
+    const char* const names[] = {"the first", "the second"};
+    std::atomic<int> running = 2;
+    const auto use = [&](std::size_t number) {
+      Host host(servers[number].url());
+      host.word = names[number];
+      for (int call = 0; call < 100; ++call)
+        EXPECT_EQ(0, operation.call(host)) << operation.name;
+      --running;
+    };
+    std::thread users[] = {std::thread(use, 0), std::thread(use, 1)};
+    for (; running > 0; std::this_thread::sleep_for(std::chrono::milliseconds(1)))
+      for (std::thread& user : users)
+        pthread_kill(user.native_handle(), SIGUSR1);
+    for (std::thread& user : users)
+      user.join();
+    for (const Request& request : servers[0].requests())
+      EXPECT_EQ(std::string::npos, request.body.find(names[1]));
   }
-  ends = true;
-  ticking.join();
   sigaction(SIGUSR1, &before, nullptr);
 }
 
 TEST(Faults, SettingsThatFailStandAsBefore) {
-  const QString other(100, 'o');
-  void (TarnwellService::*const settings[])(QString) = {&Host::setEndPoint, &Host::setProxyHost, &Host::setProxyUser,
-                                                        &Host::setProxyPassword};
+  using Set = void (*)(Host&, const QString&);
+  const Set settings[] = {
+      [](Host& host, const QString& other) { host.setEndPoint(other); },
+      [](Host& host, const QString& other) { host.setProxyHost(other); },
+      [](Host& host, const QString& other) { host.setProxyUser(other); },
+      [](Host& host, const QString& other) { host.setProxyPassword(other); },
+      [](Host& host, const QString& other) { host.setProxySettings(other, 1, other, other, true); }};
   const ScriptedService proxy(reply(200, hostOperations()[2].answer()));
-  for (const auto setting : settings)
+  for (const Set set : settings)
     for (auto [position, reached] = std::pair(0L, true); reached; ++position) {
       Host host("http://service.example/");
       host.setProxySettings("127.0.0.1", proxy.port(), "user", "password", true);
+      const QString other(100, 'o');
       Faults faults{Faults::Memory, position};
       Faults::meets = &faults;
-      (host.*setting)(other);
+      set(host, other);
       Faults::meets = nullptr;
       reached = faults.calls > position;
       if (reached) {
@@ -120,36 +137,25 @@ TEST(Faults, ClientTellsAnException) {
   EXPECT_EQ(-1, code);
 }
 
+// Nor do they read or write elsewhere: without a socket, the runtime would take the standard streams.
 TEST(Faults, ImpossibleEndpointsFailWithoutASocket) {
   const std::string endpoints = "soap.udp://127.0.0.1:9/|ftp://127.0.0.1/|127.0.0.1/|https://127.0.0.1/|http:///x|"
                                 "http://:80/|http://|http:/127.0.0.1/|http://127.0.0.1/a\r\nb: c|"
-                                "http://127.0.0.1/ http://127.0.0.1/|http://127.0.0.1/\x7f";
-  const auto expectFailure = [](Host& host, const std::string& what) {
-    Faults faults{Faults::System, LONG_MAX};
-    EXPECT_EQ('1', outcome(hostOperations()[0], host, faults)[0]) << what;
-    EXPECT_EQ(0, faults.calls) << what;
-  };
-  for (const std::string& endpoint : cells(endpoints)) {
+                                "http://127.0.0.1/ http://127.0.0.1/|http://127.0.0.1/\x7f|x|:|file:///etc/passwd";
+  const auto expectFailure = [](const std::string& endpoint, int proxyPort) {
     Host host(endpoint);
-    expectFailure(host, endpoint);
-  }
-  for (const int port : {65536, -1}) {
-    Host host("http://127.0.0.1/");
-    host.setProxySettings("127.0.0.1", port, "", "", true);
-    expectFailure(host, std::to_string(port));
-  }
+    host.setProxySettings("127.0.0.1", proxyPort, "", "", proxyPort != 0);
+    Faults faults{Faults::System, LONG_MAX};
+    EXPECT_EQ('1', outcome(hostOperations()[0], host, faults)[0]) << endpoint << " " << proxyPort;
+    EXPECT_EQ(0, faults.calls) << endpoint << " " << proxyPort;
+  };
+  for (const std::string& endpoint : cells(endpoints))
+    expectFailure(endpoint, 0);
+  for (const int port : {65536, -1})
+    expectFailure("http://127.0.0.1/", port);
   const ScriptedService good(reply(200, hostOperations()[0].answer()));
   Host host(replaced(good.url(), "http:", "HTTP:"));
   EXPECT_EQ(0, hostOperations()[0].call(host));
-}
-
-/// Cancels a thread in `operation`, once `waits()`.
-template <class Waits> void cancel(const HostOperation& operation, Host& host, Faults& faults, Waits waits) {
-  std::thread caller([&] { outcome(operation, host, faults); });
-  while (!waits())
-    sched_yield();
-  EXPECT_EQ(0, pthread_cancel(caller.native_handle()));
-  caller.join();
 }
 
 TEST(Faults, CancelledThreadsLeaveAUsableObject) {
@@ -162,9 +168,34 @@ TEST(Faults, CancelledThreadsLeaveAUsableObject) {
       Host host(server.url());
       host.bytes.fill('b', read ? 1 : 16 << 20); // more than sockets hold
       Faults faults;
-      cancel(operation, host, faults, [&] { return !server.requests().empty(); });
+      std::thread caller([&] { outcome(operation, host, faults); });
+      while (server.requests().empty())
+        sched_yield();
+      EXPECT_EQ(0, pthread_cancel(caller.native_handle()));
+      caller.join();
       expectUsable(host, faults);
     }
+}
+
+TEST(CallMonitor, EndsTheWatchedCallAlone) {
+  std::future<int> other, watched; // end with the service
+  const ScriptedService silent(Reply{"", std::string::npos, true});
+  tarnwell::CallMonitor monitor(silent.port());
+  const auto call = [url = silent.url()] { return hostOperations()[0].call(*std::make_unique<Host>(url)); };
+  other = std::async(std::launch::async, call);
+  while (silent.requests().empty())
+    sched_yield();
+  watched = std::async(std::launch::async, [&] {
+    const tarnwell::CallMonitor::Watch watch(monitor);
+    return call();
+  });
+  const Request same = silent.request();
+  while (static_cast<std::size_t>(monitor.progress().acknowledged) != same.head.size() + 4 + same.body.size())
+    sched_yield();
+  EXPECT_TRUE(monitor.endCall());
+  EXPECT_EQ(ResultFailed, watched.get());
+  EXPECT_FALSE(monitor.endCall());
+  EXPECT_EQ(std::future_status::timeout, other.wait_for(std::chrono::milliseconds(100)));
 }
 
 } // namespace

@@ -2,15 +2,87 @@
 // scripts/demo, which scripts/test runs, has what is not here: every command in use, and a proxy.
 #include "host/Listing.h"
 #include "host/Text.h"
-#include "tests/HostFixture.h"
-#include "tests/Messages.h"
+#include "tests/LocalServiceFixture.h"
 #include "tests/ScriptedService.h"
+#include "tests/Table.h"
 
 #include <QtCore/QJsonArray>
-#include <QtNetwork/QTcpServer>
+#include <QtCore/QMap>
 #include <csignal>
+#include <memory>
+#include <sys/stat.h>
 
 namespace {
+
+/// The service with a map in each state; "@NAME" in an argument is the map's identifier or the file of that name.
+class HostTest : public testing::Test {
+protected:
+  static void SetUpTestSuite() {
+    service = std::make_unique<LocalService>();
+    ASSERT_EQ(service->administer({"--update-version", "5.0", "--update-url", "http://setup.example/5"}), "");
+    content = QByteArray::fromStdString(randomBytes(300001));
+    write("map", content);
+    write("empty", "");
+    write("small", content.left(5000));
+    write("largest", "");
+    ASSERT_TRUE(QFile::resize(service->path("largest"), 2147483001)); // takes no space
+    ASSERT_EQ(mkfifo(qPrintable(service->path("pipe")), 0600), 0);
+    ASSERT_TRUE(QDir(service->path("")).mkdir("tarnwell"));
+    write("tarnwell/tarnwell.ini", "timeout=9\n[work]\ntimeout=5\n");
+    write("image", "\x89PNG\r\n\x1a\n and so on");
+    for (const char* map : {"Goals", "Busy", "Removed"})
+      save(map, "anna");
+    save("Small", "anna", "@small");
+    save("Empty", "anna", "@empty");
+    save("Foreign", "carl");
+    ASSERT_EQ(tarnwell({"delete", "Removed"}).status, 0);
+    ASSERT_EQ(service->administer({"--start-collaboration", resolved("@Busy")}), "");
+  }
+  static void TearDownTestSuite() { service.reset(); }
+
+  static Ended tarnwell(const QStringList& arguments, const QString& user = "anna",
+                        const QString& password = "secretü") {
+    QProcess process;
+    start(process, QStringList{"--user", user} + arguments, {}, password);
+    return finish(process);
+  }
+
+  /// Starts the host after `preparation`, shell commands.
+  static void start(QProcess& process, const QStringList& arguments, const QString& preparation = {},
+                    const QString& password = "secretü") {
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("TARNWELL_PASSWORD", password);
+    environment.insert("XDG_CONFIG_HOME", service->path(""));
+    process.setProcessEnvironment(environment);
+    QStringList all{"-c",         preparation + "exec \"$@\"", "sh",     TARNWELL_HOST,
+                    "--endpoint", service->endpoint,           "--user", "anna"};
+    for (const QString& argument : arguments)
+      all += resolved(argument);
+    process.start("sh", all);
+  }
+
+  static QString save(const QString& name, const QString& user, const QString& file = "@map") {
+    const Ended run = tarnwell({"save", file, "--name", name, "--json"}, user);
+    EXPECT_EQ(run.status, 0) << run.out.toStdString();
+    return identifiers[name] = run.data()["map"].toObject()["id"].toString();
+  }
+
+  static QString resolved(const QString& argument) {
+    if (!argument.startsWith('@'))
+      return argument;
+    const QString name = argument.mid(1);
+    return identifiers.contains(name) ? identifiers[name] : service->path(name);
+  }
+
+  static void write(const QString& name, const QByteArray& bytes) {
+    QFile file(service->path(name));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+  }
+
+  static inline std::unique_ptr<LocalService> service;
+  static inline QByteArray content;
+  static inline QMap<QString, QString> identifiers;
+};
 
 const struct {
   QStringList arguments;
@@ -32,11 +104,9 @@ const struct {
     {{"updates", "5.0"}, 1, "ResultFailed"},
     {{"report", "a", "b", "--endpoint", "http://127.0.0.1:1/"}, 1, "ResultFailed"},
     {{"get", "00000001-0000-0000-0000-000000000000"}, 1, "ResultFailed"},
-    {{"login"}, 4, "ResultNotAUser", "anna", "wrong"},
     {{"delete", "Goals"}, 4, "ResultNotAUser", "anna", "wrong"},
     {{"list"}, 5, "ResultNotPremiumAccount", "poor"},
     {{"save", "@map", "Goals"}, 6, "ResultFileExists"},
-    {{"save", "@map", "--name", "Goals"}, 6, "ResultFileExists"},
     {{"get", "@Foreign"}, 7, "ResultNoAccess"},
     {{"save", "@nowhere"}, 8, "ResultNoSuchFile"},
     {{"save", "/"}, 8, "ResultNoSuchFile"},
@@ -45,7 +115,6 @@ const struct {
     {{"get", "Nothing"}, 2, nullptr},
     {{"fly"}, 2, nullptr},
     {{"list", "--fast"}, 2, nullptr},
-    {{"list", "-dash"}, 2, nullptr}, // not -h among others
     {{"-dash"}, 2, nullptr},
     {{"save", "@map", "--name", ""}, 2, nullptr},
     {{"get", "Goals", "Busy"}, 2, nullptr},
@@ -97,7 +166,6 @@ TEST_F(HostTest, HelpNamesTheCommandAndGivesExamples) {
     const Ended run = tarnwell({command, "--help"});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(tarnwell({"help", command}).out, run.out);
-    EXPECT_TRUE(run.err.isEmpty());
     EXPECT_TRUE(run.out.contains(QByteArray("[options] ") + command)) << run.out.toStdString();
     EXPECT_TRUE(run.out.contains(QByteArray("\n  tarnwell ") + command)) << run.out.toStdString();
     EXPECT_TRUE(tarnwell({"--help"}).out.contains(QByteArray("\n  ") + command + ' '));
@@ -243,9 +311,8 @@ TEST_F(HostTest, AmbiguousNamesAreExplained) {
 
 TEST_F(HostTest, GalleryAndTableShowHostileNamesAsText) {
   // Beside markup: a control character and an override of the text's direction.
-  const QChar control(0x9b);
-  const QChar reversal(0x202e);
-  const QString name = QString("<script>\"&' %1%2").arg(control).arg(reversal);
+  const QString control(QChar(0x9b)), reversal(QChar(0x202e));
+  const QString name = QString("<script>\"&' %1%2").arg(control, reversal);
   ASSERT_EQ(tarnwell({"save", "@map", "--name", name, "--thumbnail", "@image", "--description", "<i>"}).status, 0);
   ASSERT_EQ(tarnwell({"gallery", "@page"}).status, 0);
   const QByteArray page = contentOf(service->path("page"));
@@ -254,8 +321,7 @@ TEST_F(HostTest, GalleryAndTableShowHostileNamesAsText) {
   EXPECT_TRUE(page.contains("&lt;i&gt;"));
   EXPECT_FALSE(page.contains("<script") || page.contains("<i>"));
   for (const QByteArray& shown : {page, tarnwell({"list"}).out, tarnwell({"list", "--json"}).out})
-    EXPECT_FALSE(shown.contains(QString(control).toUtf8()) || shown.contains(QString(reversal).toUtf8()))
-        << shown.toStdString();
+    EXPECT_FALSE(shown.contains(control.toUtf8()) || shown.contains(reversal.toUtf8())) << shown.toStdString();
   EXPECT_EQ(tarnwell({"list", "--json"}).data()["maps"].toArray().last()["name"], name);
 }
 

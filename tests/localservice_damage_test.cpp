@@ -59,7 +59,6 @@ TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
       {"another method", "PUT " + servicePath + " HTTP/1.1\r\nContent-Length: 3\r\n\r\nabc", 405, sender, open},
       {"PATCH", "PATCH " + servicePath + " HTTP/1.1\r\nContent-Length: 3\r\n\r\nabc", 405, sender, open},
       {"GET", "GET " + servicePath + " HTTP/1.1\r\n\r\n", 405, sender, open},
-      {"an unknown method", "FROB " + servicePath + " HTTP/1.1\r\n\r\n", 405, sender, open},
       {"another path", post(body, soapType, "/other"), 404, sender, open},
       {"a long body nobody reads", post(std::string(8 << 20, ' '), soapType, "/other"), 404, sender, open},
       {"a long path", "POST /" + std::string(100000, 'a') + " HTTP/1.1\r\n\r\n", 414, sender, open},

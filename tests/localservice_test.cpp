@@ -32,10 +32,10 @@ ConvertMap              | <M>ID</M><outFormat>b</outFormat>         | None Succe
 GetDesktopMapPreview    | <M>ID</M>                                 | Success Success KEPT Thumbnail=MQ== IsPublished=true Version=3
 RenameDesktopMap        | <M>ID OTHER</M>                           | FileExists Success
 RenameDesktopMap        | <M>ID<MapName/></M>                       | None Success
-RenameDesktopMap        | <M>ID<MapName>&lt;&amp;</MapName></M>     | Success Success MapName=&lt;&amp; MapId=# Author= Created=% Description= IsPublished=true Version=3
-SaveDesktopMap          | <M>PLAN</M>                               | Success Success KEPT Version=1
 DeleteDesktopMap        | <M>ID</M>                                 | Success Success
-GetDesktopMapsListLite  |                                           | MapName=&lt;&amp; MapId=# Author= Created=% Description= IsPublished=true Version=3 SECOND Version=1 Success
+SaveDesktopMap          | <M>PLAN</M>                               | Success Success KEPT Version=1
+RenameDesktopMap        | <M>ID<MapName>&lt;&amp;</MapName></M>     | Success Success MapName=&lt;&amp; MapId=# Author= Created=% Description= Version=1
+GetDesktopMapsListLite  |                                           | SECOND Version=1 MapName=&lt;&amp; MapId=# Author= Created=% Description= Version=1 Success
 )";
 TEST_F(LocalServiceTest, KeepsMaps) {
   const auto replacements = [this](std::string text) {

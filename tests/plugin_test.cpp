@@ -23,7 +23,7 @@ const QString pluginFile = TARNWELL_PLUGIN;
 /// A plug-in's file, loaded.
 class Plugin {
 public:
-  explicit Plugin(const QString& file = pluginFile) : library(file) {
+  explicit Plugin(const QString& file) : library(file) {
     factory = reinterpret_cast<ITarnwellService* (*)()>(library.resolve("_Z14serviceFactoryv"));
     EXPECT_NE(nullptr, factory) << library.errorString().toStdString();
   }
@@ -36,13 +36,6 @@ public:
   ITarnwellService* (*factory)();
 };
 
-/// Another file with the same plug-in, for the life of `folder`.
-QString copyOfPlugin(const QTemporaryDir& folder) {
-  const QString copy = folder.filePath("copy.so");
-  EXPECT_TRUE(QFile::copy(pluginFile, copy));
-  return copy;
-}
-
 /// The place of a virtual function in the interface's table, which the pointer to it holds (Itanium C++ ABI).
 template <class Function> std::size_t slotOf(Function ITarnwellService::*function) {
   std::size_t offset = 0;
@@ -50,7 +43,6 @@ template <class Function> std::size_t slotOf(Function ITarnwellService::*functio
   return offset / sizeof(void*);
 }
 
-const std::string loggedIn = message::answer("Login", message::loginValue("Success"));
 const std::string map =
     "<DesktopInfoClass><MapName>n</MapName><Author>a</Author><Description>d</Description><MapContent>QUJD"
     "</MapContent><Thumbnail>QUJD</Thumbnail></DesktopInfoClass>";
@@ -91,10 +83,9 @@ TEST(Plugin, SlotsAndTypesStay) {
 
 // The records in the host's list carry the plug-in's virtual table: it has to stay when the plug-in is unloaded.
 TEST(Plugin, ResultsOutliveIt) {
-  const QTemporaryDir folder;
   const ScriptedService server(reply(200, mapList));
   QList<MapInfo> maps;
-  Plugin plugin(copyOfPlugin(folder));
+  Plugin plugin(pluginFile);
   EXPECT_EQ(0, plugin.service(server)->getDesktopMapsList(false, maps));
   ASSERT_TRUE(plugin.library.unload());
   ASSERT_EQ(2, maps.size());
@@ -123,7 +114,8 @@ TEST(Isolation, EveryoneUsesTheirOwnRuntime) {
   for (const std::string order : {"hpc", "hcp", "pch", "cph"}) { // h the host, p the plug-in, c its copy
     const auto useAll = [&order] {
       const QTemporaryDir folder;
-      const QString copy = copyOfPlugin(folder);
+      const QString copy = folder.filePath("copy.so");
+      EXPECT_TRUE(QFile::copy(pluginFile, copy));
       for (const char who : order + order) {
         const std::string done =
             who == 'h' ? canonical(foreignEnvelope()) : exchangeOfPlugin(who == 'p' ? pluginFile : copy);
@@ -133,28 +125,6 @@ TEST(Isolation, EveryoneUsesTheirOwnRuntime) {
     };
     EXPECT_EXIT(useAll(), testing::ExitedWithCode(0), "");
   }
-}
-
-TEST(Guest, KeepsOffTheStandardStreams) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe"); // a new process, whose streams may be replaced
-  const auto useEndpoints = [] {
-    const QTemporaryDir folder;
-    const auto path = [&](const char* name) { return folder.filePath(name).toStdString(); };
-    QFile input(folder.filePath("in"));
-    const bool filled = input.open(QIODevice::WriteOnly) && input.write(reply(200, loggedIn).bytes.c_str()) > 0;
-    input.close();
-    const Plugin plugin;
-    bool failed = filled && freopen(path("in").c_str(), "r", stdin) && freopen(path("out").c_str(), "w", stdout) &&
-                  freopen(path("err").c_str(), "w", stderr);
-    for (const char* endpoint : {"http:///x", "http://", "x", "https://127.0.0.1:1/x", "file:///etc/passwd", ":"}) {
-      const std::unique_ptr<ITarnwellService> service(plugin.factory());
-      service->setEndPoint(endpoint);
-      failed = failed && service->login("ann", "secret") == ResultFailed;
-    }
-    const bool untouched = lseek(0, 0, SEEK_CUR) == 0 && lseek(1, 0, SEEK_END) == 0 && lseek(2, 0, SEEK_END) == 0;
-    _exit(failed && untouched ? 0 : 1);
-  };
-  EXPECT_EXIT(useEndpoints(), testing::ExitedWithCode(0), "");
 }
 
 } // namespace

@@ -111,13 +111,6 @@ TEST(Request, HeaderOfAnAnswerIsCarriedOver) {
   EXPECT_EQ(plain, sent(success)) << "after the context was cleaned";
 }
 
-TEST(Client, UpdateCheckTakesANullResponse) {
-  const ScriptedService server(reply(200, message::answer("CheckDesktopVersion", "<Path>p</Path>")));
-  STLDesktopService client;
-  client.setEndPoint(server.url());
-  EXPECT_EQ(0, client.checkForUpdate(L"1", 2, nullptr));
-}
-
 TEST(Settings, ReachTheContext) {
   STLDesktopService client;
   const struct soap* const soap = client.proxy.soap;
