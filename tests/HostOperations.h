@@ -64,9 +64,7 @@ public:
     setEndPoint(QString::fromStdString(endpoint));
     m_userName = m_setupUrl = m_setupVersion = past;
   }
-  struct soap* context() const {
-    return m_service.proxy.soap;
-  }
+  auto* context() const { return m_service.proxy.soap; }
   void loseContext() {
     soap_free(m_service.proxy.soap);
     m_service.proxy.soap = nullptr;

@@ -49,7 +49,10 @@ public:
     return m_requests;
   }
   /// The last request; an empty one before the first.
-  Request request() const { return requests().empty() ? Request() : requests().back(); }
+  Request request() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_requests.empty() ? Request() : m_requests.back();
+  }
 
 private:
   static constexpr int patience = 20000; // milliseconds; nothing here takes more than a fraction

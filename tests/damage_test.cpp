@@ -9,11 +9,6 @@
 
 namespace {
 
-std::string answer(const std::string& map) {
-  const std::string result = message::outcome("Success", "Success") + "<DesktopInfo>" + map + "</DesktopInfo>";
-  return message::answer("GetMapContent_NEW_DESKTOP", result);
-}
-
 TEST(Damage, CutOffAnswersFail) {
   for (const HostOperation& operation : hostOperations())
     for (const Reply& whole : {reply(200, operation.answer()), chunks(11, 200, operation.answer())}) {
@@ -60,11 +55,12 @@ TEST(Damage, AttachmentsMayNotClaimMoreThanTheAnswerHas) {
     const QByteArray length = QByteArray::number(static_cast<qulonglong>(size), 16).rightJustified(8, '0');
     return QByteArray::fromHex(hex + length).toStdString() + typeAndId;
   };
-  std::string xml = answer("<MapContent href=\"a\"/>");
+  const std::string map = "<DesktopInfo><MapContent href=\"a\"/></DesktopInfo>";
+  std::string xml = message::answer("GetMapContent_NEW_DESKTOP", map);
   xml.append(-xml.size() & 3, ' ');
   const std::string first =
       head("0c20000000000027", xml.size(), "http://www.w3.org/2003/05/soap-envelope") + '\0' + xml;
-  for (const auto& [size, read] : {std::pair<std::size_t, const char*>(7, "2 login 2 {MapContent=7:content}"),
+  for (const auto& [size, read] : {std::pair<std::size_t, const char*>(7, "0 no login {MapContent=7:content}"),
                                    {0xFFFFFFFF, "error 32"},
                                    {0x7FFFFFFF, "error 32"}}) {
     WireClient client;

@@ -115,7 +115,6 @@ const struct {
     {{"get", "Nothing"}, 2, nullptr},
     {{"fly"}, 2, nullptr},
     {{"list", "--fast"}, 2, nullptr},
-    {{"-dash"}, 2, nullptr},
     {{"save", "@map", "--name", ""}, 2, nullptr},
     {{"get", "Goals", "Busy"}, 2, nullptr},
     {{"list", "--format", "csv"}, 2, nullptr},

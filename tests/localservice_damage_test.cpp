@@ -2,7 +2,7 @@
 #include "tests/LocalServiceFixture.h"
 #include "tests/Table.h"
 
-#include <QtCore/QElapsedTimer>
+#include <QtCore/QDeadlineTimer>
 #include <QtCore/QFileInfo>
 #include <QtCore/QThread>
 #include <csignal>
@@ -12,9 +12,8 @@ namespace {
 
 /// Peak of the process's resident memory; sanitizers have their own on top.
 [[maybe_unused]] long peakMebibytes(const QProcess& process) {
-  QFile status(QString("/proc/%1/status").arg(process.processId()));
-  EXPECT_TRUE(status.open(QIODevice::ReadOnly));
-  return QRegularExpression("VmHWM:\\s+(\\d+)").match(status.readAll()).captured(1).toLong() / 1024;
+  const QByteArray status = contentOf(QString("/proc/%1/status").arg(process.processId()));
+  return QRegularExpression("VmHWM:\\s+(\\d+)").match(status).captured(1).toLong() / 1024;
 }
 
 TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
@@ -25,9 +24,8 @@ TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
                              QByteArray::number(static_cast<int>(body.size() - 1), 16).toStdString() + "\r\n" +
                              body.substr(1) + "\r\n";
   const auto with = [&body](const std::string& what, const std::string& by) { return post(replaced(body, what, by)); };
-  const auto withHeader = [](const std::string& attribute) {
-    return post(
-        message::envelope("<Login/>", "<soap:Header><d:a soap:mustUnderstand='" + attribute + "'/></soap:Header>"));
+  const auto withHeader = [&with](const std::string& attribute) {
+    return with("<soap:Body>", "<soap:Header><d:a soap:mustUnderstand='" + attribute + "'/></soap:Header><soap:Body>");
   };
   std::string attributes, elements, fields;
   for (int i = 0; i < 20000; ++i) {
@@ -40,17 +38,18 @@ TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
     const char* what;
     std::string bytes;
     int status;
-    std::string code;
+    std::string outcome;
     bool isOpen = false;
   } rows[] = {
-      {"a request", post(body), 200, "", open},
-      {"with the absolute URI", post(body, soapType, "http://a:1" + servicePath), 200, "", open},
-      {"in chunks", chunks + "0\r\n\r\n", 200, "", open},
-      {"with more behind it", post(body) + "more", 200, "", open},
-      {"with other prefixes", with("<Login>", "<Login xmlns:dsns='urn:a' xmlns:SOAP-ENV='urn:b'>"), 200, "", open},
-      {"of an older schema", with("2001/XMLSchema-instance", "1999/XMLSchema-instance"), 200, "", open},
-      {"after an invitation", post(body, soapType + "Expect: 100-continue\r\n"), 100, "", open},
-      {"with a header to ignore", withHeader("false"), 200, "", open},
+      {"a request", post(body), 200, "Success", open},
+      {"with the absolute URI", post(body, soapType, "http://a:1" + servicePath), 200, "Success", open},
+      {"in chunks", chunks + "0\r\n\r\n", 200, "Success", open},
+      {"with more behind it", post(body) + "more", 200, "Success", open},
+      {"with other prefixes", with("<Login>", "<Login xmlns:dsns='urn:a' xmlns:SOAP-ENV='urn:b'>"), 200, "Success",
+       open},
+      {"of an older schema", with("2001/XMLSchema-instance", "1999/XMLSchema-instance"), 200, "Success", open},
+      {"after an invitation", post(body, soapType + "Expect: 100-continue\r\n"), 100, "Success", open},
+      {"with a header to ignore", withHeader("false"), 200, "Success", open},
       {"with a header to understand", withHeader("true"), 500, "SOAP-ENV:MustUnderstand", open},
       {"nothing", "", 400, sender},
       {"noise", std::string("\0\1\377\r\n\r\n", 7), 400, sender},
@@ -88,19 +87,15 @@ TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
       {"no SOAP", with(message::envelopeNamespace, "urn:a"), 500, "SOAP-ENV:VersionMismatch", open},
       {"another namespace", with("<Login>", "<Login xmlns='urn:other'>"), 400, sender, open},
       {"an unknown operation", post(message::envelope("<Logout/>")), 400, sender, open},
-      {"a response", post(message::envelope("<LoginResponse/>")), 400, sender, open},
       {"no operation", post(message::envelope("")), 400, sender, open},
-      {"a wrong boolean",
-       post(message::envelope("<GetDesktopMapsList><IsPublished>maybe</IsPublished></GetDesktopMapsList>")), 400,
-       sender, open},
+      {"a wrong boolean", request("GetDesktopMapsList", "<IsPublished>maybe</IsPublished>"), 400, sender, open},
       {"deep", post(message::envelope("<a>" + std::string(200000, '<'))), 400, sender, open},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.what);
-    QElapsedTimer timer;
-    timer.start();
+    const QDeadlineTimer limit(9000);
     const std::string answer = Connection(port(), row.bytes).answer(row.isOpen);
-    EXPECT_LT(timer.elapsed(), 9000) << "waited for more than what the length says";
+    EXPECT_FALSE(limit.hasExpired()) << "waited for more than what the length says";
     EXPECT_EQ(answer.substr(0, 13), "HTTP/1.1 " + std::to_string(row.status) + " ");
     const bool isOld = row.what == std::string("SOAP 1.1");
     const std::string media = isOld ? "text/xml" : "application/soap+xml";
@@ -108,9 +103,7 @@ TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
     EXPECT_EQ(answer.find("Access-Control"), std::string::npos);
     EXPECT_NE(answer.find("xmlns:SOAP-ENV=\"" + (isOld ? soap11 : message::envelopeNamespace) + "\""),
               std::string::npos);
-    const std::string tag = isOld ? "<faultcode>" : "<SOAP-ENV:Value>";
-    EXPECT_NE(answer.find(row.code.empty() ? "</dsns:DesktopLoginValue>" : tag + row.code + "<"), std::string::npos)
-        << answer;
+    EXPECT_EQ(shown(answer).find(row.outcome), 0U) << answer;
     EXPECT_EQ(answer.find("1999"), std::string::npos) << answer;
   }
 #ifndef __SANITIZE_ADDRESS__
@@ -129,10 +122,9 @@ TEST_F(LocalServiceTest, IsNotHeldUpByClientsThatStall) {
   std::list<Connection> stalled;
   for (int i = 0; i < 200; ++i)
     stalled.emplace_back(port(), i % 10 == 0 ? half : "");
-  QElapsedTimer timer;
-  timer.start();
+  const QDeadlineTimer limit(9000);
   EXPECT_EQ(call("Login"), "Success");
-  EXPECT_LT(timer.elapsed(), 9000) << "waited for the stalled ones, which are given up after ten seconds";
+  EXPECT_FALSE(limit.hasExpired()) << "waited for the stalled ones, which are given up after ten seconds";
 }
 
 TEST_F(LocalServiceTest, AnswersWhatHasArrivedWhenStopped) {
@@ -141,10 +133,9 @@ TEST_F(LocalServiceTest, AnswersWhatHasArrivedWhenStopped) {
     arrived.emplace_back(port(), request("Login"));
   const Connection stalled(port(), request("Login").substr(0, 60));
   ::kill(static_cast<pid_t>(process.processId()), SIGHUP);
-  QElapsedTimer timer;
-  timer.start();
+  const QDeadlineTimer limit(9000);
   EXPECT_EQ(stop().status, 0);
-  EXPECT_LT(timer.elapsed(), 9000) << "waited for the stalled one to be given up";
+  EXPECT_FALSE(limit.hasExpired()) << "waited for the stalled one to be given up";
   for (Connection& connection : arrived)
     EXPECT_EQ(shown(connection.answer()), "Success");
 
@@ -152,9 +143,9 @@ TEST_F(LocalServiceTest, AnswersWhatHasArrivedWhenStopped) {
   const Connection slow(port(), request("Login"));
   process.terminate();
   QThread::msleep(200);
-  timer.start();
+  const QDeadlineTimer soon(4500);
   EXPECT_EQ(stop().status, -1);
-  EXPECT_LT(timer.elapsed(), 4500) << "a second signal ends it at once";
+  EXPECT_FALSE(soon.hasExpired()) << "a second signal ends it at once";
   start({"--max-request", "1"});
   EXPECT_EQ(Connection(port(), post(std::string((1 << 20) + 1, ' '))).answer().substr(9, 3), "413");
 }
@@ -166,10 +157,9 @@ TEST_F(LocalServiceTest, KeepsTheOldMapOrTheNewWhenKilled) {
                    id + element("MapName", std::to_string(generation)) + element("MapContent", content)) +
            "<IsForced>true</IsForced>";
   };
-  QElapsedTimer timer;
-  timer.start();
+  const QDeadlineTimer limit(patience);
   ASSERT_EQ(call("SaveDesktopMap", map(1)).substr(0, 15), "Success Success");
-  const qint64 duration = timer.elapsed();
+  const qint64 duration = patience - limit.remainingTime();
   const std::string id = element("MapId", identifier("1"));
   int kept = 1;
   for (int round = 0; round < 12; ++round) { // kills from the start of a save to its end

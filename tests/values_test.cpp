@@ -107,11 +107,9 @@ TEST(Values, AreReadAndWrittenWhateverTheLocale) {
   setenv("TZ", "TWL-3:30", 1); // local time is 3:30 ahead of UTC
   tzset();
   const QTemporaryDir folder;
-  const QString source = R"(LC_NUMERIC\ndecimal_point ","\nthousands_sep ""\ngrouping -1\nEND LC_NUMERIC\n)";
-  QProcess::execute(
-      "sh",
-      {"-c", "cd \"$0\"; printf '" + source + "' > comma; localedef --quiet -ci comma -f ANSI_X3.4-1968 ./comma.ASCII",
-       folder.path()});
+  const QString makeLocale =
+      R"(cd "$0"; printf 'LC_NUMERIC\ndecimal_point ","\nthousands_sep ""\ngrouping -1\nEND LC_NUMERIC\n' > comma; localedef --quiet -ci comma -f ANSI_X3.4-1968 ./comma.ASCII)";
+  QProcess::execute("sh", {"-c", makeLocale, folder.path()});
   setenv("LOCPATH", folder.path().toLocal8Bit().constData(), 1);
   ASSERT_TRUE(std::setlocale(LC_NUMERIC, "comma.ASCII"));
   ASSERT_STREQ(",", std::localeconv()->decimal_point);
