@@ -7,9 +7,7 @@
 #include "tests/Messages.h"
 #include "tests/Table.h"
 
-#include <QtCore/QString>
 #include <algorithm>
-#include <iterator>
 
 // What was read as short texts, so that a table row can say it and a failure shows all of it.
 

@@ -78,6 +78,11 @@ TEST(Fault, StaysInTheContext) {
     struct soap* const soap = client.soap;
     EXPECT_EQ(row[1] + " ", text(*soap_faultcode(soap)) + text(*soap_faultsubcode(soap)) +
                                 text(*soap_faultstring(soap)) + text(soap_fault_detail(soap)));
+    EXPECT_EQ(row[0].find("<D>") == std::string::npos, !soap->fault->SOAP_ENV__Detail) << "asking makes none";
+    soap->lang = "en";
+    const std::string sent =
+        client.written([](auto* s) { return soap_out_SOAP_ENV__Fault(s, "SOAP-ENV:Fault", -1, s->fault, nullptr); });
+    EXPECT_EQ(row[0].find("<R>") == std::string::npos, sent.find("<SOAP-ENV:Reason></") != std::string::npos) << sent;
     EXPECT_EQ("login 2", client.login(message::answer("Login", message::loginValue("Success"))));
   });
 }
@@ -92,12 +97,11 @@ TEST(Fault, DeepNestingNeedsNoDeepStack) {
   const auto subcodes = [&](int depth) {
     return begin + nested("soap:Subcode", value, depth) + "</soap:Code></soap:Fault>";
   };
-  const std::string detail =
-      begin + "</soap:Code><soap:Detail>" + nested("x", "", 100000) + "</soap:Detail></soap:Fault>";
-  const std::pair<std::string, std::string> deep[] = {{subcodes(5000), "error 2"},
-                                                      {subcodes(100000), "error "},
-                                                      {detail, "error "},
-                                                      {nested("LoginResponse", "", 100000), "no login"}};
+  const std::pair<std::string, std::string> deep[] = {
+      {subcodes(5000), "error 2"},
+      {subcodes(100000), "error "},
+      {begin + "</soap:Code><soap:Detail>" + nested("x", "", 100000) + "</soap:Detail></soap:Fault>", "error "},
+      {nested("LoginResponse", "", 100000), "no login"}};
   const std::unique_ptr<QThread> thread(QThread::create([&deep] {
     for (const auto& [body, read] : deep)
       EXPECT_EQ(read, WireClient().login(message::envelope(body)).substr(0, read.size()));

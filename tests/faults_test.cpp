@@ -31,9 +31,6 @@ void expectUsable(Host& host, const Faults& faults) {
   EXPECT_EQ(0U, faults.descriptors.count());
   host.setEndPoint(QString::fromStdString(server.url()));
   EXPECT_EQ(0, listing.call(host));
-  EXPECT_EQ("string=1 base64Binary=1 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=2 ArrayOfDesktopInfoClass=1 "
-            "CompleteDesktopResponse=1",
-            host.objects());
   const std::string user = host.currentUser() == host.word ? "word" : "";
   EXPECT_NE(std::string::npos, server.request().body.find("<dsns:username>" + user + "</dsns:username>"));
 }
@@ -80,11 +77,10 @@ TEST(Faults, SignalsAndOtherThreadsInterruptNothing) {
   for (const HostOperation& operation : hostOperations()) {
     const Reply answer = reply(200, operation.answer());
     const ScriptedService servers[]{ScriptedService(answer), ScriptedService(answer)};
-    const char* const names[] = {"the first", "the second"};
     std::atomic<int> running = 2;
     const auto use = [&](std::size_t number) {
       Host host(servers[number].url());
-      host.word = names[number];
+      host.word = QString("user %1").arg(number);
       for (int call = 0; call < 100; ++call)
         EXPECT_EQ(0, operation.call(host)) << operation.name;
       --running;
@@ -96,7 +92,7 @@ TEST(Faults, SignalsAndOtherThreadsInterruptNothing) {
     for (std::thread& user : users)
       user.join();
     for (const Request& request : servers[0].requests())
-      EXPECT_EQ(std::string::npos, request.body.find(names[1]));
+      EXPECT_EQ(std::string::npos, request.body.find("user 1"));
   }
   sigaction(SIGUSR1, &before, nullptr);
 }
