@@ -84,11 +84,4 @@ bool parseDateTime(std::string_view text, std::time_t& seconds) {
   return true;
 }
 
-const char* formatDateTime(std::time_t seconds, char (&buffer)[dateTimeSize]) {
-  std::tm time{};
-  if (!gmtime_r(&seconds, &time) || std::strftime(buffer, sizeof buffer, "%Y-%m-%dT%H:%M:%SZ", &time) == 0)
-    std::strcpy(buffer, "1969-12-31T23:59:59Z");
-  return buffer;
-}
-
 } // namespace tarnwell

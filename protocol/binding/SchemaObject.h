@@ -51,6 +51,12 @@ public:
     return readElement(soap, tag, self(), name, type());
   }
 
+protected:
+  /// The row of a member (Row.h).
+  template <auto member, class... Rest> static constexpr Row row(const char* tag, Rest... rest) {
+    return tarnwell::row<Class, member>(tag, rest...);
+  }
+
 private:
   static const Type& type() { return typeOf(Class::number); }
   Class* self() { return static_cast<Class*>(this); }

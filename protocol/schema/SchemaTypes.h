@@ -29,9 +29,7 @@ public:
   struct soap* soap = nullptr;
 
   static constexpr int number = SOAP_TYPE_dsns__DesktopLoginResponseClass;
-  static constexpr auto rows() {
-    return std::array{tarnwell::row<Self, &Self::DesktopLoginValue>("dsns:DesktopLoginValue")};
-  }
+  static constexpr auto rows() { return std::array{row<&Self::DesktopLoginValue>("dsns:DesktopLoginValue")}; }
 };
 
 /// "dsns:DesktopInfoClass": one map with its metadata and, depending on the operation, its content.
@@ -58,24 +56,23 @@ public:
 
   static constexpr int number = SOAP_TYPE_dsns__DesktopInfoClass;
   static constexpr auto rows() {
-    return std::array{tarnwell::row<Self, &Self::MapName>("dsns:MapName"),
-                      tarnwell::charactersRow<Self, &Self::MapId>("dsns:MapId", SOAP_TYPE_dsns2__guid,
-                                                                  tarnwell::Occurs::RequiredNillable),
-                      tarnwell::row<Self, &Self::Author>("dsns:Author"),
-                      tarnwell::row<Self, &Self::LastModified>("dsns:LastModified"),
-                      tarnwell::row<Self, &Self::Created>("dsns:Created"),
-                      tarnwell::row<Self, &Self::Description>("dsns:Description"),
-                      tarnwell::row<Self, &Self::Thumbnail>("dsns:Thumbnail"),
-                      tarnwell::row<Self, &Self::IsPublished>("dsns:IsPublished"),
-                      tarnwell::row<Self, &Self::MapContent>("dsns:MapContent"),
-                      tarnwell::row<Self, &Self::AllowInclusion>("dsns:AllowInclusion"),
-                      tarnwell::row<Self, &Self::Version>("dsns:Version"),
-                      tarnwell::row<Self, &Self::Preview>("dsns:Preview"),
-                      tarnwell::row<Self, &Self::OldTwlxBackUp>("dsns:OldTwlxBackUp"),
-                      tarnwell::row<Self, &Self::Format_IsTwlx>("dsns:Format_IsTwlx"),
-                      tarnwell::row<Self, &Self::Format_Type>("dsns:Format_Type"),
-                      tarnwell::row<Self, &Self::Format_Version>("dsns:Format_Version"),
-                      tarnwell::row<Self, &Self::Format_Header>("dsns:Format_Header")};
+    return std::array{row<&Self::MapName>("dsns:MapName"),
+                      row<&Self::MapId>("dsns:MapId", SOAP_TYPE_dsns2__guid, tarnwell::Occurs::RequiredNillable),
+                      row<&Self::Author>("dsns:Author"),
+                      row<&Self::LastModified>("dsns:LastModified"),
+                      row<&Self::Created>("dsns:Created"),
+                      row<&Self::Description>("dsns:Description"),
+                      row<&Self::Thumbnail>("dsns:Thumbnail"),
+                      row<&Self::IsPublished>("dsns:IsPublished"),
+                      row<&Self::MapContent>("dsns:MapContent"),
+                      row<&Self::AllowInclusion>("dsns:AllowInclusion"),
+                      row<&Self::Version>("dsns:Version"),
+                      row<&Self::Preview>("dsns:Preview"),
+                      row<&Self::OldTwlxBackUp>("dsns:OldTwlxBackUp"),
+                      row<&Self::Format_IsTwlx>("dsns:Format_IsTwlx"),
+                      row<&Self::Format_Type>("dsns:Format_Type"),
+                      row<&Self::Format_Version>("dsns:Format_Version"),
+                      row<&Self::Format_Header>("dsns:Format_Header")};
   }
 };
 
@@ -86,9 +83,7 @@ public:
   struct soap* soap = nullptr;
 
   static constexpr int number = SOAP_TYPE_dsns__ArrayOfDesktopInfoClass;
-  static constexpr auto rows() {
-    return std::array{tarnwell::row<Self, &Self::DesktopInfoClass>("dsns:DesktopInfoClass")};
-  }
+  static constexpr auto rows() { return std::array{row<&Self::DesktopInfoClass>("dsns:DesktopInfoClass")}; }
 };
 
 /// "dsns:CompleteDesktopResponse": the result of the list operations.
@@ -100,8 +95,8 @@ public:
 
   static constexpr int number = SOAP_TYPE_dsns__CompleteDesktopResponse;
   static constexpr auto rows() {
-    return std::array{tarnwell::row<Self, &Self::DesktopInfoObjectList>("dsns:DesktopInfoObjectList"),
-                      tarnwell::row<Self, &Self::DesktopLoginResponseObject>("dsns:DesktopLoginResponseObject")};
+    return std::array{row<&Self::DesktopInfoObjectList>("dsns:DesktopInfoObjectList"),
+                      row<&Self::DesktopLoginResponseObject>("dsns:DesktopLoginResponseObject")};
   }
 };
 
@@ -115,9 +110,9 @@ public:
 
   static constexpr int number = SOAP_TYPE_dsns__GetMapResponse;
   static constexpr auto rows() {
-    return std::array{tarnwell::row<Self, &Self::DesktopMapAccess>("dsns:DesktopMapAccess"),
-                      tarnwell::row<Self, &Self::DesktopLoginResponseObject>("dsns:DesktopLoginResponseObject"),
-                      tarnwell::row<Self, &Self::DesktopInfo>("dsns:DesktopInfo")};
+    return std::array{row<&Self::DesktopMapAccess>("dsns:DesktopMapAccess"),
+                      row<&Self::DesktopLoginResponseObject>("dsns:DesktopLoginResponseObject"),
+                      row<&Self::DesktopInfo>("dsns:DesktopInfo")};
   }
 };
 
@@ -132,9 +127,9 @@ public:
 
   static constexpr int number = SOAP_TYPE_dsns__MapActionResponse;
   static constexpr auto rows() {
-    return std::array{tarnwell::row<Self, &Self::DesktopMapAccess>("dsns:DesktopMapAccess"),
-                      tarnwell::row<Self, &Self::DesktopLoginResponseObject>("dsns:DesktopLoginResponseObject"),
-                      tarnwell::row<Self, &Self::DesktopInfoClass>("dsns:DesktopInfoClass")};
+    return std::array{row<&Self::DesktopMapAccess>("dsns:DesktopMapAccess"),
+                      row<&Self::DesktopLoginResponseObject>("dsns:DesktopLoginResponseObject"),
+                      row<&Self::DesktopInfoClass>("dsns:DesktopInfoClass")};
   }
 };
 
@@ -147,7 +142,6 @@ public:
 
   static constexpr int number = SOAP_TYPE_dsns__DesktopVersioningClass;
   static constexpr auto rows() {
-    return std::array{tarnwell::row<Self, &Self::Path>("dsns:Path"),
-                      tarnwell::row<Self, &Self::Version>("dsns:Version")};
+    return std::array{row<&Self::Path>("dsns:Path"), row<&Self::Version>("dsns:Version")};
   }
 };

@@ -179,36 +179,18 @@ void resolve(struct soap*, int sourceType, int targetType, void* to, std::size_t
 
 } // namespace tarnwell
 
-using tarnwell::enumerationText;
-using tarnwell::enumerationValue;
-using tarnwell::typeOf;
-
-namespace {
-
-template <class Enumeration> int textToEnumerator(struct soap* soap, int type, const char* text, Enumeration& value) {
-  if (!text)
-    return soap->error = SOAP_TYPE;
-  int number = 0;
-  if (enumerationValue(soap, typeOf(type), text, number))
-    return soap->error;
-  value = static_cast<Enumeration>(number);
-  return SOAP_OK;
-}
-
-} // namespace
-
 const char* soap_dsns__DesktopLoginEnumerators2s(struct soap* soap, dsns__DesktopLoginEnumerators value) {
-  return enumerationText(soap, typeOf(SOAP_TYPE_dsns__DesktopLoginEnumerators), value);
+  return tarnwell::enumerationText(soap, tarnwell::typeOf(SOAP_TYPE_dsns__DesktopLoginEnumerators), value);
 }
 
 const char* soap_dsns__DesktopMapAccess2s(struct soap* soap, dsns__DesktopMapAccess value) {
-  return enumerationText(soap, typeOf(SOAP_TYPE_dsns__DesktopMapAccess), value);
+  return tarnwell::enumerationText(soap, tarnwell::typeOf(SOAP_TYPE_dsns__DesktopMapAccess), value);
 }
 
 int soap_s2dsns__DesktopLoginEnumerators(struct soap* soap, const char* text, dsns__DesktopLoginEnumerators* value) {
-  return textToEnumerator(soap, SOAP_TYPE_dsns__DesktopLoginEnumerators, text, *value);
+  return tarnwell::enumerationValue(soap, tarnwell::typeOf(SOAP_TYPE_dsns__DesktopLoginEnumerators), text, value);
 }
 
 int soap_s2dsns__DesktopMapAccess(struct soap* soap, const char* text, dsns__DesktopMapAccess* value) {
-  return textToEnumerator(soap, SOAP_TYPE_dsns__DesktopMapAccess, text, *value);
+  return tarnwell::enumerationValue(soap, tarnwell::typeOf(SOAP_TYPE_dsns__DesktopMapAccess), text, value);
 }
