@@ -50,21 +50,6 @@ bool appendReference(std::string& text, std::string_view name) {
   return number != 0;
 }
 
-/// Copies `text`, its references resolved. False: it has something else behind a "&".
-bool appendResolved(std::string& out, std::string_view text) {
-  for (;;) {
-    const std::size_t reference = text.find('&');
-    out.append(text, 0, reference);
-    if (reference == text.npos)
-      return true;
-    text.remove_prefix(reference + 1);
-    const std::size_t end = text.substr(0, longestReference + 1).find(';');
-    if (end == text.npos || !appendReference(out, text.substr(0, end)))
-      return false;
-    text.remove_prefix(end + 1);
-  }
-}
-
 /// Collects character data byte by byte: the way that works for everything, across buffers. Functions return false when
 /// they fail, with the context's error set.
 class Collector {
@@ -241,15 +226,11 @@ int Content::read(struct soap* soap) {
     // All of it in the buffer; with nothing in it to resolve, there is no copy.
     const std::string_view next = unread(soap);
     const std::size_t end = next.find('<');
-    if (end != next.npos && end + 1 < next.size() && next[end + 1] == '/') {
+    if (end != next.npos && end + 1 < next.size() && next[end + 1] == '/' &&
+        std::memchr(next.data(), '&', end) == nullptr) {
       m_text = next.substr(0, end);
-      const bool plain = m_text.find('&') == m_text.npos;
-      if (plain || appendResolved(m_collected, m_text)) {
-        skipUnread(soap, end);
-        if (!plain)
-          m_text = m_collected;
-        return SOAP_OK;
-      }
+      skipUnread(soap, end);
+      return SOAP_OK;
     }
   }
   m_collected.clear();
