@@ -132,7 +132,7 @@ void encode(const unsigned char* bytes, std::size_t size, char* text) {
 }
 
 std::size_t decodeGroups(const char* text, std::size_t size, unsigned char* bytes) {
-  const std::size_t done = hasAvx2() ? decodeAvx2(text, size, bytes) : 0;
+  const std::size_t done = size >= 32 && hasAvx2() ? decodeAvx2(text, size, bytes) : 0;
   return done + decodeScalar(text + done, size - done, bytes + done / 4 * 3);
 }
 

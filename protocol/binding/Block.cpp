@@ -53,7 +53,7 @@ int readBase64(struct soap* soap, OpenBlock& block) {
         return soap->error;
       block.extend(taken / 4 * 3);
       skipUnread(soap, taken);
-      if (taken > 0)
+      if (taken > 0 && (taken == next.size() || next[taken] == '<'))
         continue;
     }
     // One character the slow way: a blank, padding, an odd group at the buffer's edge, the end.

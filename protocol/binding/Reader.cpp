@@ -16,12 +16,13 @@ namespace {
 /// Of the rows not yet read, the one that the element peeked at belongs to; null if none. `next` is where to look
 /// first, as elements mostly come in order.
 const Row* findRow(struct soap* soap, const Type& type, unsigned long seen, std::size_t next) {
-  const char* const local = localPart(soap->tag);
+  const char* const colon = std::strchr(soap->tag, ':');
+  const char* const local = colon ? colon + 1 : soap->tag;
   for (std::size_t i = 0; i < type.rowCount; ++i) {
     const std::size_t at = next + i < type.rowCount ? next + i : next + i - type.rowCount;
     const Row& row = type.rows[at];
     if (*local == *row.local && !(seen >> at & 1) && std::strcmp(local, row.local) == 0 &&
-        hasName(soap, row.tag, row.local, local != soap->tag))
+        hasName(soap, row.tag, row.local, colon != nullptr))
       return &row;
   }
   return nullptr;

@@ -50,6 +50,21 @@ bool appendReference(std::string& text, std::string_view name) {
   return number != 0;
 }
 
+/// Copies `text`, its references resolved. False: it has something else behind a "&".
+bool appendResolved(std::string& out, std::string_view text) {
+  for (;;) {
+    const std::size_t reference = text.find('&');
+    out.append(text, 0, reference);
+    if (reference == text.npos)
+      return true;
+    text.remove_prefix(reference + 1);
+    const std::size_t end = text.substr(0, longestReference + 1).find(';');
+    if (end == text.npos || !appendReference(out, text.substr(0, end)))
+      return false;
+    text.remove_prefix(end + 1);
+  }
+}
+
 /// Collects character data byte by byte: the way that works for everything, across buffers. Functions return false when
 /// they fail, with the context's error set.
 class Collector {
@@ -226,11 +241,15 @@ int Content::read(struct soap* soap) {
     // All of it in the buffer; with nothing in it to resolve, there is no copy.
     const std::string_view next = unread(soap);
     const std::size_t end = next.find('<');
-    if (end != next.npos && end + 1 < next.size() && next[end + 1] == '/' &&
-        std::memchr(next.data(), '&', end) == nullptr) {
+    if (end != next.npos && end + 1 < next.size() && next[end + 1] == '/') {
       m_text = next.substr(0, end);
-      skipUnread(soap, end);
-      return SOAP_OK;
+      const bool plain = m_text.find('&') == m_text.npos;
+      if (plain || appendResolved(m_collected, m_text)) {
+        skipUnread(soap, end);
+        if (!plain)
+          m_text = m_collected;
+        return SOAP_OK;
+      }
     }
   }
   m_collected.clear();
@@ -241,9 +260,13 @@ int Content::read(struct soap* soap) {
 }
 
 std::string_view Content::trimmed() const {
-  constexpr std::string_view blanks = " \t\r\n";
-  const std::size_t first = m_text.find_first_not_of(blanks);
-  return first == m_text.npos ? std::string_view() : m_text.substr(first, m_text.find_last_not_of(blanks) + 1 - first);
+  const auto isSpace = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+  std::string_view text = m_text;
+  while (!text.empty() && isSpace(text.front()))
+    text.remove_prefix(1);
+  while (!text.empty() && isSpace(text.back()))
+    text.remove_suffix(1);
+  return text;
 }
 
 void decodeUtf8(std::string_view utf8, std::wstring& wide) {
