@@ -108,7 +108,7 @@ struct Attachment {
 } // namespace request
 
 /// A request `Self` with the elements of these groups, in this order.
-template <class Self, class... Groups> class Request : public SchemaClass<Self>, public Groups... {
+template <class Self, int number, class... Groups> class Request : public SchemaClass<Self, number>, public Groups... {
 public:
   struct soap* soap = nullptr;
 
@@ -117,37 +117,40 @@ public:
   }
 };
 
-template <class Self> using CredentialsRequest = Request<Self, request::Credentials>;
-template <class Self> using ListRequest = Request<Self, request::Credentials, request::Published>;
-template <class Self>
-using ListBehaviourRequest = Request<Self, request::Credentials, request::Published, request::Behaviour>;
+template <class Self, int number> using CredentialsRequest = Request<Self, number, request::Credentials>;
+template <class Self, int number> using ListRequest = Request<Self, number, request::Credentials, request::Published>;
+template <class Self, int number>
+using ListBehaviourRequest = Request<Self, number, request::Credentials, request::Published, request::Behaviour>;
 /// Also of rename, whose new name deliberately travels inside `DesktopInfo`.
-template <class Self> using MapRequest = Request<Self, request::Credentials, request::Map>;
-template <class Self> using MapBehaviourRequest = Request<Self, request::Credentials, request::Map, request::Behaviour>;
-template <class Self> using SaveRequest = Request<Self, request::Credentials, request::Map, request::Forced>;
-template <class Self>
-using SaveBehaviourRequest = Request<Self, request::Credentials, request::Map, request::Forced, request::Behaviour>;
+template <class Self, int number> using MapRequest = Request<Self, number, request::Credentials, request::Map>;
+template <class Self, int number>
+using MapBehaviourRequest = Request<Self, number, request::Credentials, request::Map, request::Behaviour>;
+template <class Self, int number>
+using SaveRequest = Request<Self, number, request::Credentials, request::Map, request::Forced>;
+template <class Self, int number>
+using SaveBehaviourRequest =
+    Request<Self, number, request::Credentials, request::Map, request::Forced, request::Behaviour>;
 /// The formats deliberately come before the map.
-template <class Self> using ConvertRequest = Request<Self, request::Credentials, request::Formats, request::Map>;
-template <class Self> using VersionRequest = Request<Self, request::Version>;
+template <class Self, int number>
+using ConvertRequest = Request<Self, number, request::Credentials, request::Formats, request::Map>;
+template <class Self, int number> using VersionRequest = Request<Self, number, request::Version>;
 /// The application's update type deliberately comes first.
-template <class Self> using ExtendedVersionRequest = Request<Self, request::ApplicationUpdate, request::Version>;
-template <class Self> using FeedbackRequest = Request<Self, request::Sender, request::Message>;
+template <class Self, int number>
+using ExtendedVersionRequest = Request<Self, number, request::ApplicationUpdate, request::Version>;
+template <class Self, int number> using FeedbackRequest = Request<Self, number, request::Sender, request::Message>;
 /// Deliberately without name and mail address.
-template <class Self> using AttachmentRequest = Request<Self, request::Message, request::Attachment>;
+template <class Self, int number>
+using AttachmentRequest = Request<Self, number, request::Message, request::Attachment>;
 
 } // namespace tarnwell
 
 #define TARNWELL_OPERATION(Name, Wire, Shape, ResultClass)                                                             \
-  class _dsns__##Name : public tarnwell::Shape<_dsns__##Name> {                                                        \
-  public:                                                                                                              \
-    static constexpr int number = SOAP_TYPE__dsns__##Name;                                                             \
-  };                                                                                                                   \
-  class _dsns__##Name##Response : public tarnwell::SchemaClass<_dsns__##Name##Response> {                              \
+  class _dsns__##Name : public tarnwell::Shape<_dsns__##Name, SOAP_TYPE__dsns__##Name> {};                             \
+  class _dsns__##Name##Response                                                                                        \
+      : public tarnwell::SchemaClass<_dsns__##Name##Response, SOAP_TYPE__dsns__##Name##Response> {                     \
   public:                                                                                                              \
     ResultClass* Name##Result = nullptr;                                                                               \
     struct soap* soap = nullptr;                                                                                       \
-    static constexpr int number = SOAP_TYPE__dsns__##Name##Response;                                                   \
     static constexpr auto rows() { return std::array{row<&Self::Name##Result>("dsns:" Wire "Result")}; }               \
   };
 #include "protocol/schema/Operations.inc"

@@ -23,17 +23,17 @@ template <> inline constexpr int typeNumber<dsns__DesktopMapAccess> = SOAP_TYPE_
 } // namespace tarnwell
 
 /// "dsns:DesktopLoginResponseClass"
-class dsns__DesktopLoginResponseClass : public tarnwell::SchemaClass<dsns__DesktopLoginResponseClass> {
+class dsns__DesktopLoginResponseClass
+    : public tarnwell::SchemaClass<dsns__DesktopLoginResponseClass, SOAP_TYPE_dsns__DesktopLoginResponseClass> {
 public:
   dsns__DesktopLoginEnumerators DesktopLoginValue = dsns__DesktopLoginEnumerators__NotAUser;
   struct soap* soap = nullptr;
 
-  static constexpr int number = SOAP_TYPE_dsns__DesktopLoginResponseClass;
   static constexpr auto rows() { return std::array{row<&Self::DesktopLoginValue>("dsns:DesktopLoginValue")}; }
 };
 
 /// "dsns:DesktopInfoClass": one map with its metadata and, depending on the operation, its content.
-class dsns__DesktopInfoClass : public tarnwell::SchemaClass<dsns__DesktopInfoClass> {
+class dsns__DesktopInfoClass : public tarnwell::SchemaClass<dsns__DesktopInfoClass, SOAP_TYPE_dsns__DesktopInfoClass> {
 public:
   xsd__string* MapName = nullptr;
   dsns2__guid MapId = nullptr;
@@ -54,7 +54,6 @@ public:
   xsd__string* Format_Header = nullptr;
   struct soap* soap = nullptr;
 
-  static constexpr int number = SOAP_TYPE_dsns__DesktopInfoClass;
   static constexpr auto rows() {
     return std::array{row<&Self::MapName>("dsns:MapName"),
                       row<&Self::MapId>("dsns:MapId", SOAP_TYPE_dsns2__guid, tarnwell::Occurs::RequiredNillable),
@@ -77,23 +76,23 @@ public:
 };
 
 /// "dsns:ArrayOfDesktopInfoClass"; a null entry is not written and stands for a nil one read.
-class dsns__ArrayOfDesktopInfoClass : public tarnwell::SchemaClass<dsns__ArrayOfDesktopInfoClass> {
+class dsns__ArrayOfDesktopInfoClass
+    : public tarnwell::SchemaClass<dsns__ArrayOfDesktopInfoClass, SOAP_TYPE_dsns__ArrayOfDesktopInfoClass> {
 public:
   std::vector<dsns__DesktopInfoClass*> DesktopInfoClass;
   struct soap* soap = nullptr;
 
-  static constexpr int number = SOAP_TYPE_dsns__ArrayOfDesktopInfoClass;
   static constexpr auto rows() { return std::array{row<&Self::DesktopInfoClass>("dsns:DesktopInfoClass")}; }
 };
 
 /// "dsns:CompleteDesktopResponse": the result of the list operations.
-class dsns__CompleteDesktopResponse : public tarnwell::SchemaClass<dsns__CompleteDesktopResponse> {
+class dsns__CompleteDesktopResponse
+    : public tarnwell::SchemaClass<dsns__CompleteDesktopResponse, SOAP_TYPE_dsns__CompleteDesktopResponse> {
 public:
   dsns__ArrayOfDesktopInfoClass* DesktopInfoObjectList = nullptr;
   dsns__DesktopLoginResponseClass* DesktopLoginResponseObject = nullptr;
   struct soap* soap = nullptr;
 
-  static constexpr int number = SOAP_TYPE_dsns__CompleteDesktopResponse;
   static constexpr auto rows() {
     return std::array{row<&Self::DesktopInfoObjectList>("dsns:DesktopInfoObjectList"),
                       row<&Self::DesktopLoginResponseObject>("dsns:DesktopLoginResponseObject")};
@@ -101,14 +100,13 @@ public:
 };
 
 /// "dsns:GetMapResponse": the result of the content operations.
-class dsns__GetMapResponse : public tarnwell::SchemaClass<dsns__GetMapResponse> {
+class dsns__GetMapResponse : public tarnwell::SchemaClass<dsns__GetMapResponse, SOAP_TYPE_dsns__GetMapResponse> {
 public:
   dsns__DesktopMapAccess DesktopMapAccess = dsns__DesktopMapAccess__DbError;
   dsns__DesktopLoginResponseClass* DesktopLoginResponseObject = nullptr;
   dsns__DesktopInfoClass* DesktopInfo = nullptr;
   struct soap* soap = nullptr;
 
-  static constexpr int number = SOAP_TYPE_dsns__GetMapResponse;
   static constexpr auto rows() {
     return std::array{row<&Self::DesktopMapAccess>("dsns:DesktopMapAccess"),
                       row<&Self::DesktopLoginResponseObject>("dsns:DesktopLoginResponseObject"),
@@ -118,14 +116,14 @@ public:
 
 /// "dsns:MapActionResponse": the result of save, rename, delete and feedback. Its map is deliberately named
 /// otherwise than that of dsns__GetMapResponse.
-class dsns__MapActionResponse : public tarnwell::SchemaClass<dsns__MapActionResponse> {
+class dsns__MapActionResponse
+    : public tarnwell::SchemaClass<dsns__MapActionResponse, SOAP_TYPE_dsns__MapActionResponse> {
 public:
   dsns__DesktopMapAccess DesktopMapAccess = dsns__DesktopMapAccess__DbError;
   dsns__DesktopLoginResponseClass* DesktopLoginResponseObject = nullptr;
   dsns__DesktopInfoClass* DesktopInfoClass = nullptr;
   struct soap* soap = nullptr;
 
-  static constexpr int number = SOAP_TYPE_dsns__MapActionResponse;
   static constexpr auto rows() {
     return std::array{row<&Self::DesktopMapAccess>("dsns:DesktopMapAccess"),
                       row<&Self::DesktopLoginResponseObject>("dsns:DesktopLoginResponseObject"),
@@ -134,13 +132,13 @@ public:
 };
 
 /// "dsns:DesktopVersioningClass": the result of the version checks. `Version` is deliberately a text here.
-class dsns__DesktopVersioningClass : public tarnwell::SchemaClass<dsns__DesktopVersioningClass> {
+class dsns__DesktopVersioningClass
+    : public tarnwell::SchemaClass<dsns__DesktopVersioningClass, SOAP_TYPE_dsns__DesktopVersioningClass> {
 public:
   xsd__string* Path = nullptr;
   xsd__string* Version = nullptr;
   struct soap* soap = nullptr;
 
-  static constexpr int number = SOAP_TYPE_dsns__DesktopVersioningClass;
   static constexpr auto rows() {
     return std::array{row<&Self::Path>("dsns:Path"), row<&Self::Version>("dsns:Version")};
   }
