@@ -41,7 +41,7 @@ int parseInteger(struct soap* soap, const Type&, std::string_view text, Integer*
 int parseFloat(struct soap* soap, const Type&, std::string_view text, float* value) {
   const char* const last = text.data() + text.size();
   if (const auto [to, failure] = std::from_chars(text.data(), last, *value); failure == std::errc() && to == last)
-    return SOAP_OK; // most numbers, in a third of the time
+    return SOAP_OK; // most numbers, in a third of the time of strtof
   const std::string digits(text);
   char* end = nullptr;
   *value = strtof_l(digits.c_str(), &end, SOAP_LOCALE(soap));
@@ -84,20 +84,17 @@ int writeWideText(struct soap* soap, const Type&, const void* value) {
   return writeText(soap, *static_cast<const std::wstring*>(value));
 }
 
-char* copyCharacters(struct soap* soap, std::string_view text) {
-  char* const copy = static_cast<char*>(soap_malloc(soap, text.size() + 1));
-  if (copy)
-    copy[text.copy(copy, text.size())] = '\0'; // unlike memcpy, takes an empty view without data
-  return copy;
-}
-
 int readCharacters(struct soap* soap, const Type&, void* value) {
   Content content;
   if (content.read(soap))
     return soap->error;
-  char* const copy = copyCharacters(soap, content.text());
+  const std::string_view text = content.text();
+  char* const copy = static_cast<char*>(soap_malloc(soap, text.size() + 1));
+  if (!copy)
+    return soap->error;
+  copy[text.copy(copy, text.size())] = '\0'; // unlike memcpy, takes an empty view without data
   *static_cast<char**>(value) = copy;
-  return copy ? SOAP_OK : soap->error;
+  return SOAP_OK;
 }
 
 int writeCharacters(struct soap* soap, const Type&, const void* value) {

@@ -32,10 +32,10 @@ public:
 
 /// Gives `Class`, the type with this number, its virtual operations; what they do follows from the rows beside the
 /// class.
-template <class Class, int typeNumber> class SchemaClass : public SchemaObject {
+template <class Class, int ownNumber> class SchemaClass : public SchemaObject {
 public:
   using Self = Class;
-  static constexpr int number = typeNumber;
+  static constexpr int number = ownNumber;
 
   int soap_type() const override { return number; }
   void soap_default(struct soap* soap) override { type().setDefault(soap, self()); }
