@@ -95,10 +95,10 @@ const std::vector<Command>& commands() {
       {"list",
        "List the user's maps with the sizes of their previews.",
        {},
-       {option({"lite"}, "Leave out the previews; faster."),
+       {option({"lite"}, "Leave out the previews, which is faster."),
         option({"published"}, "Ask the service for published maps."),
-        option({"format"}, "table, which fits the terminal, or tsv: a line per map, cells separated by tabulators.",
-               "FORMAT", "table")},
+        option({"format"}, "table, which fits the terminal, or tsv: a line per map, cells separated by tabs.", "FORMAT",
+               "table")},
        "list --user anna\nlist --user anna --lite --json\nlist --format tsv | cut -f 1",
        listMaps},
       {"get",
@@ -155,7 +155,7 @@ const std::vector<Command>& commands() {
        "gallery --user anna maps.html",
        makeGallery},
       {"config",
-       "Show the settings and where they are from: options, profile, environment, configuration file.",
+       "Show each setting and its origin: option, profile, environment variable, configuration file.",
        {},
        {},
        "config\nconfig --profile work",
@@ -174,15 +174,15 @@ const std::vector<Command>& commands() {
 QList<QCommandLineOption> generalOptions() {
   return settingOptions() + QList<QCommandLineOption>{
                                 option({"json"}, "Print one JSON document for programs, also after a failure."),
-                                option({"h", "help"}, "Show this help, or with a command the command's."),
+                                option({"h", "help"}, "Show this help, or that of the command."),
                                 option({"v", "version"}, "Show the version."),
                             };
 }
 
 CommandResult runCommandLine(const QStringList& commandLine, QString& command) {
-  // The command comes first but for general options, so that options of its own cannot confuse the search for it.
+  // Only general options may stand before the command: a command's own options are not known before it is found.
   QCommandLineParser parser;
-  parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions); // -dash is no -h
+  parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions); // "-dash" is not "-d -a -s -h"
   parser.addOptions(generalOptions());
   bool isParsed = parser.parse(commandLine);
   command = parser.positionalArguments().value(0);

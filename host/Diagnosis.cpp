@@ -12,7 +12,7 @@ namespace tarnwell {
 
 namespace {
 
-constexpr int patience = 5000; // milliseconds
+constexpr int patience = 5000; // milliseconds to connect, and again for request and answer
 
 constexpr char envelope[] = R"(<?xml version="1.0" encoding="UTF-8"?>
 <e:Envelope xmlns:e="http://www.w3.org/2003/05/soap-envelope"><e:Body><%1 xmlns="%2"/></e:Body></e:Envelope>)";
@@ -34,8 +34,8 @@ QByteArray requestHead(const ServiceAddress& address, const ProxyLogin& login, c
   return head.toUtf8() + "\r\n";
 }
 
-/// Writes the request and reads the answer until its end, its first 64 KiB or the deadline. An answer that comes before
-/// the request's end stops the writing.
+/// Writes the request, `body` extended by blanks to `size` bytes, and reads the answer until its end, 64 KiB or the
+/// deadline. Stops writing when the answer comes before the request's end.
 QByteArray exchange(QTcpSocket& socket, QByteArray head, QByteArray body, qint64 size) {
   constexpr int mostOfAnswer = 65536;
   constexpr int piece = 1 << 20;
@@ -89,7 +89,7 @@ Diagnosis noAnswer(const QTcpSocket& socket, const QString& peer) {
   return {false, peer + " closes the connection without an answer", "check the port: is it that of the service?"};
 }
 
-/// By the answer's status line and content.
+/// The diagnosis by the answer's status line and content.
 Diagnosis judge(const QByteArray& answer, const QString& peer, bool hasProxy) {
   if (!answer.startsWith("HTTP/1."))
     return {false, peer + " answers, but not with HTTP", "check the port: is it that of the service?"};

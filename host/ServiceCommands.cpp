@@ -59,7 +59,7 @@ CommandResult sendReport(CommandRun& run) {
     result = run.open();
   if (result.failed())
     return result;
-  // The check of a failed call asks for the version: an empty report could be kept.
+  // After a failure, the diagnosis sends a version check: the service would keep an empty report.
   result = run.perform(
       {"sending the report", "CheckDesktopVersion", "cannot send the report"},
       [&](ITarnwellService& service) {
