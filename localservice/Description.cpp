@@ -23,7 +23,7 @@ template <class Use> void forServiceTypes(Use use) {
   }
 }
 
-/// A row as XML Schema says it.
+/// The XML Schema element of a row.
 std::string schemaElement(const Row& row) {
   std::string text =
       "<element name=\"" + local(row.tag) + "\" type=\"" + tarnwell::typeOf(row.type).name + "\" minOccurs=\"";
@@ -54,7 +54,7 @@ std::string schemaType(const Type& type) {
   return "      <complexType" + name + schemaSequence(type, "        ") + "      </complexType>\n";
 }
 
-/// What `format` makes of every operation, one after the other.
+/// The texts that `format` returns for all operations, one after the other.
 template <class Format> std::string forOperations(Format format) {
   std::string text;
   for (const tarnwell::Operation& operation : tarnwell::operations)
