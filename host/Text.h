@@ -3,9 +3,7 @@
 
 #include <QtCore/QByteArray>
 #include <QtCore/QDateTime>
-#include <QtCore/QList>
 #include <QtCore/QString>
-#include <QtCore/QStringList>
 
 namespace tarnwell {
 

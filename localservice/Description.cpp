@@ -147,10 +147,10 @@ std::string serviceDescription(const std::string& endpoint) {
 }
 
 std::string protocolTables() {
-  std::string text =
-      "# The protocol on the wire\n\nSOAP 1.2 over HTTP POST, document/literal. Printed from the rows that the "
-      "library reads and writes by;\n`tarnwell-localservice --describe tables` prints it again.\n\n"
-      "## Namespaces\n\n| prefix | namespace | also accepted |\n|---|---|---|\n";
+  std::string text = "# The protocol on the wire\n\nSOAP 1.2 over HTTP POST, document/literal. `tarnwell-localservice "
+                     "--describe tables` "
+                     "prints these tables from the rows\nthat the library uses to read and write messages.\n\n"
+                     "## Namespaces\n\n| prefix | namespace | also accepted |\n|---|---|---|\n";
   for (const Namespace& row : tarnwell::namespaceTable)
     if (row.id)
       text += std::string("| ") + row.id + " | " + row.ns + " | " + (row.in ? row.in : "") + " |\n";
