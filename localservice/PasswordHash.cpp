@@ -27,7 +27,7 @@ std::string computeHash(const std::string& password, const char* setting) {
 std::string hashPassword(const std::string& password) {
   std::string hash = computeHash(password, nullptr);
   if (hash.empty())
-    throw std::runtime_error("this password cannot be stored");
+    throw std::runtime_error("the password cannot be hashed; it may have at most 511 bytes");
   return hash;
 }
 

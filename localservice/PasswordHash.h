@@ -6,7 +6,7 @@
 
 namespace localservice {
 
-/// Throws std::runtime_error for a password that cannot be hashed (over 512 bytes).
+/// Throws std::runtime_error for a password of more than 511 bytes, which crypt(3) does not hash.
 std::string hashPassword(const std::string& password);
 /// False also for a password that cannot be hashed.
 bool passwordMatches(const std::string& password, const std::string& hash);

@@ -12,7 +12,7 @@ struct LogEntry {
   std::string client; ///< address and port
   std::string operation;
   std::string user;
-  std::string outcome; ///< name of an access or login value, or an HTTP status
+  std::string outcome; ///< name of an access or login value, "drop", or an HTTP status
   std::chrono::milliseconds duration{0};
   std::uint64_t received = 0; ///< bytes
   std::uint64_t sent = 0;     ///< bytes

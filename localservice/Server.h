@@ -1,5 +1,5 @@
 // Listens on the port and serves each connection in a thread of its own, so that no client waits for another one that
-// stalls. More than 256 clients at once have to wait. One thread uses a Server.
+// stalls. At most 256 clients are served at once; others wait. One thread uses a Server.
 #pragma once
 
 #include "localservice/RequestHandler.h"

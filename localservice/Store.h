@@ -69,7 +69,7 @@ public:
   void open() { database(); }
 
   /// Adds an account, or changes password and premium flag of an existing one. Throws std::runtime_error for a password
-  /// of more than 512 bytes.
+  /// of more than 511 bytes.
   void putAccount(const std::string& name, const std::string& password, bool premium);
   /// Removes an account and its maps. False when there is no such account.
   [[nodiscard]] bool removeAccount(const std::string& name);
