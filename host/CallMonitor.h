@@ -58,6 +58,7 @@ struct CallProgress {
     /// The connection is open.
     Connected,
   };
+  /// Where the call is at this moment.
   Phase phase = NoCall;
   /// Bytes that the call has handed to the kernel.
   std::int64_t sent = 0;

@@ -57,7 +57,7 @@ CommandResult CommandRun::logIn() {
   if (result.failed())
     return result;
   if (user().isEmpty())
-    return failure(UsageError, "nobody to log in as", "name your account with --user or TARNWELL_USER");
+    return failure(UsageError, "no user name given", "name your account with --user or TARNWELL_USER");
   QString password;
   result = readPassword("TARNWELL_PASSWORD", QString("Password of %1: ").arg(printable(user())), password);
   if (result.failed())
@@ -103,7 +103,7 @@ CommandResult CommandRun::endedResult(const CallText& text, const CallEnd& end) 
   const QString peer = QString("%1, port %2").arg(quoted(m_address.peerHost())).arg(m_address.peerPort());
   QString where = peer + " did not complete its answer";
   if (end.progress.phase == CallProgress::Connecting)
-    where = peer + " did not take the connection";
+    where = peer + " did not accept the connection";
   else if (end.progress.phase != CallProgress::Connected)
     where = QString("there was no connection to %1, perhaps its name is not found").arg(peer);
   return failure(ResultFailed, QString("%1: %2 within %3 s").arg(text.failure, where).arg(m_limit),

@@ -190,7 +190,7 @@ CommandResult showCompletion(CommandRun& run) {
   result.data["script"] = result.text;
   if (result.text.isEmpty())
     return failure(UsageError, QString("there is no completion for %1").arg(quoted(run.argument(0))),
-                   "take bash, zsh or fish");
+                   "use bash, zsh or fish");
   return result;
 }
 

@@ -85,7 +85,7 @@ Diagnosis connectionFailure(const QTcpSocket& socket, const QString& peer) {
 
 Diagnosis noAnswer(const QTcpSocket& socket, const QString& peer) {
   if (socket.error() == QAbstractSocket::SocketTimeoutError)
-    return {false, peer + " takes the connection but does not answer in time", "try again later"};
+    return {false, peer + " accepts the connection but does not answer in time", "try again later"};
   return {false, peer + " closes the connection without an answer", "check the port: is it that of the service?"};
 }
 
@@ -101,18 +101,18 @@ Diagnosis judge(const QByteArray& answer, const QString& peer, bool hasProxy) {
     return {
         false,
         QString("asked again without a password, the service answers with the fault %1").arg(quoted(fault.left(500))),
-        "that is for those who run the service"};
+        "tell the operators of the service"};
   const char* const proxyAdvice = "check --proxy-user and the password for the proxy";
   if (status == 407)
     return {false, "the proxy refuses: " + statusText, proxyAdvice};
   if (hasProxy && (status == 401 || status == 403))
-    return {false, "the proxy or what is behind it refuses: " + statusText, proxyAdvice};
+    return {false, "the proxy or the server behind it refuses: " + statusText, proxyAdvice};
   if (status == 404)
     return {false, statusText, "check the path of the --endpoint"};
   if (status == 413)
     return {false, statusText, "the file is larger than the service or the proxy takes"};
   if (status < 200 || status > 299)
-    return {false, statusText + (hasProxy ? ", from the proxy or what is behind it" : ""), "check the --endpoint"};
+    return {false, statusText + (hasProxy ? ", from the proxy or the server behind it" : ""), "check the --endpoint"};
   if (!answer.contains("Envelope"))
     return {false, "the endpoint answers with " + statusText + ", but not with SOAP",
             "check the path of the --endpoint"};

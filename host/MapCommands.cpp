@@ -174,7 +174,7 @@ QString checkWhetherStored(CommandRun& run, const QList<MapInfo>& before, const 
 CommandResult listMaps(CommandRun& run) {
   const QString format = run.value("format");
   if (format != "table" && format != "tsv")
-    return failure(UsageError, QString("there is no format %1").arg(quoted(format)), "take table or tsv, or --json");
+    return failure(UsageError, QString("there is no format %1").arg(quoted(format)), "use table, tsv or --json");
   const bool isLite = run.isSet("lite");
   QList<MapInfo> maps;
   CommandResult result = run.logIn();
@@ -198,10 +198,10 @@ CommandResult getMaps(CommandRun& run) {
   const QString output = run.isSet("output") ? run.value("output") : "-";
   const bool isFolder = QFileInfo(output).isDir();
   if (!isFolder && (isAll || run.arguments().size() > 1))
-    return failure(UsageError, "several maps need a folder that exists", "name it with -o");
+    return failure(UsageError, "several maps need an existing folder", "name the folder with -o");
   if (output == "-" && !run.isSet("output") && !run.isSet("json") && isatty(STDOUT_FILENO) != 0) {
-    return failure(UsageError, "a map's bytes are not for a terminal",
-                   "name a file with -o, or redirect the output; -o - prints the map all the same");
+    return failure(UsageError, "a terminal cannot show the bytes of a map",
+                   "name a file with -o, or redirect the output; -o - prints them nevertheless");
   }
   QList<MapInfo> maps;
   CommandResult result = fetchMaps(run, run.arguments(), maps);

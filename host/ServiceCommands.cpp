@@ -41,7 +41,7 @@ CommandResult checkForUpdates(CommandRun& run) {
                        });
   if (run.isServiceAnswering()) {
     return failure(ResultFailed, QString("no newer setup than %1 is offered").arg(quoted(version)),
-                   "nothing, unless you know of a newer one: then ask those who run the service");
+                   "if you know of a newer setup, ask the operators of the service");
   }
   if (result.failed())
     return result;

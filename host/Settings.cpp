@@ -68,15 +68,14 @@ Setting settingOf(const SettingKind& kind, const QCommandLineParser& options, co
 CommandResult readEndpoint(const QString& text, QUrl& endpoint) {
   constexpr char advice[] = "give a URL such as http://maps.example/service/desktopservice.asmx";
   if (std::any_of(text.begin(), text.end(), [](QChar unit) { return unit.isSpace() || !unit.isPrint(); }))
-    return failure(UsageError, "the endpoint holds blanks or control characters", advice);
+    return failure(UsageError, "the endpoint has blanks or control characters", advice);
   endpoint = QUrl(text.isEmpty() ? TARNWELL_PRODUCTION_ENDPOINT : text, QUrl::StrictMode);
   if (!endpoint.userInfo().isEmpty() || text.contains('@'))
-    return failure(UsageError, "the endpoint holds a user name or password, which would not be used", advice);
+    return failure(UsageError, "the endpoint has a user name or password, which no call would use", advice);
   if (!endpoint.isValid() || endpoint.host().isEmpty())
     return failure(UsageError, QString("the endpoint %1 is no URL with a host").arg(quoted(text)), advice);
   if (endpoint.scheme() != "http") // QUrl has it in lower case
-    return failure(UsageError, QString("the endpoint %1 is not http, the only way to the service").arg(quoted(text)),
-                   advice);
+    return failure(UsageError, QString("the endpoint %1 does not begin with http://").arg(quoted(text)), advice);
   return {};
 }
 
