@@ -9,7 +9,7 @@
 
 namespace tarnwell {
 
-CommandResult CommandRun::number(const char* option, int& number) const {
+CommandResult CommandRun::readNumber(const char* option, int& number) const {
   if (!isSet(option))
     return {};
   bool isNumber = false;

@@ -33,7 +33,7 @@ public:
   [[nodiscard]] bool isSet(const char* option) const { return m_options.isSet(option); }
   [[nodiscard]] QString value(const char* option) const { return m_options.value(option); }
   /// Sets `number` to the value of `option`, or leaves it when the option is not given; a UsageError for other text.
-  [[nodiscard]] CommandResult number(const char* option, int& number) const;
+  [[nodiscard]] CommandResult readNumber(const char* option, int& number) const;
   /// The positional arguments after the command's name; empty when it was left out.
   [[nodiscard]] QString argument(int position) const { return m_arguments.value(position); }
   [[nodiscard]] QStringList arguments() const { return m_arguments; }

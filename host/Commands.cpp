@@ -17,7 +17,7 @@ QCommandLineOption option(const QStringList& names, const char* help, const char
   return {names, help, valueName, fallback};
 }
 
-CommandResult text(const QString& text) {
+CommandResult textResult(const QString& text) {
   CommandResult result;
   result.text = text;
   result.data["help"] = text;
@@ -69,9 +69,9 @@ CommandResult noCommand(const QString& name) {
 CommandResult showHelp(CommandRun& run) {
   const QString name = run.argument(0);
   if (name.isEmpty())
-    return text(programHelp());
+    return textResult(programHelp());
   const Command* const command = findCommand(name);
-  return command == nullptr ? noCommand(name) : text(commandHelp(*command));
+  return command == nullptr ? noCommand(name) : textResult(commandHelp(*command));
 }
 
 /// Why `count` positional arguments do not fit, or an empty text.
@@ -197,9 +197,9 @@ CommandResult runCommandLine(const QStringList& commandLine, QString& command) {
   if (found == nullptr && !command.isEmpty())
     return noCommand(command);
   if (parser.isSet("help"))
-    return text(found == nullptr ? programHelp() : commandHelp(*found));
+    return textResult(found == nullptr ? programHelp() : commandHelp(*found));
   if (parser.isSet("version"))
-    return text(QString("tarnwell %1\n").arg(TARNWELL_VERSION));
+    return textResult(QString("tarnwell %1\n").arg(TARNWELL_VERSION));
   if (found == nullptr)
     return noCommand(command);
   const QString wrong = wrongCount(*found, parser.positionalArguments().size() - 1);

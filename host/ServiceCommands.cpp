@@ -20,9 +20,9 @@ CommandResult logIn(CommandRun& run) {
 CommandResult checkForUpdates(CommandRun& run) {
   int liveUpdate = 0;
   int application = 0;
-  CommandResult result = run.number("live-update-type", liveUpdate);
+  CommandResult result = run.readNumber("live-update-type", liveUpdate);
   if (!result.failed())
-    result = run.number("application-type", application);
+    result = run.readNumber("application-type", application);
   if (!result.failed())
     result = run.open();
   if (result.failed())

@@ -62,7 +62,7 @@ void administer(Store& store, const Options& options) {
   markCollaboration(store, options.startedCollaboration, true);
   markCollaboration(store, options.endedCollaboration, false);
   if (!options.updateVersion.empty())
-    store.putUpdate({options.updateVersion, options.updateUrl});
+    store.announceUpdate({options.updateVersion, options.updateUrl});
   if (options.listAccounts)
     store.listAccounts(printAccount);
   if (options.listMaps)

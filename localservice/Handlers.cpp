@@ -275,7 +275,7 @@ void respond(const Call& call, const _dsns__SendFeedbackWithAttachment& request,
 
 /// Both version checks. The texts are empty when no version newer than the client's is known.
 template <class Request> void respond(const Call& call, const Request& request, dsns__DesktopVersioningClass& result) {
-  Update update = call.store.update();
+  Update update = call.store.announcedUpdate();
   const char* const own = utf8(call, request.version);
   if (strverscmp(update.version.c_str(), own ? own : "") <= 0)
     update = {};

@@ -59,7 +59,7 @@ QList<QCommandLineOption> allOptions() {
 
 [[noreturn]] void refuse(const QString& reason) { throw std::invalid_argument(reason.toStdString()); }
 
-int number(const QCommandLineParser& parser, const QString& name, int least, int most) {
+int readNumber(const QCommandLineParser& parser, const QString& name, int least, int most) {
   bool isNumber = false;
   const int value = parser.value(name).toInt(&isNumber);
   if (!isNumber || value < least || value > most)
@@ -67,7 +67,7 @@ int number(const QCommandLineParser& parser, const QString& name, int least, int
   return value;
 }
 
-int portNumber(const QString& text) {
+int readPort(const QString& text) {
   bool isNumber = false;
   const int port = text.toInt(&isNumber);
   if (!isNumber || port < 0 || port > 65535)
@@ -84,7 +84,7 @@ void setAddress(Options& options, const QString& text) {
   if (host.startsWith('[') && host.endsWith(']'))
     host = host.mid(1, host.size() - 2);
   options.host = host.toStdString();
-  options.port = portNumber(text.mid(colon + 1));
+  options.port = readPort(text.mid(colon + 1));
 }
 
 /// Help, version or description, if asked for.
@@ -144,10 +144,10 @@ Options parseOptions(const QStringList& arguments) {
   if (parser.isSet("listen"))
     setAddress(options, parser.value("listen"));
   if (parser.isSet("port"))
-    options.port = portNumber(parser.value("port"));
-  options.longestRequest = static_cast<std::uint64_t>(number(parser, "max-request", 1, 1024)) << 20;
+    options.port = readPort(parser.value("port"));
+  options.longestRequest = static_cast<std::uint64_t>(readNumber(parser, "max-request", 1, 1024)) << 20;
   options.log = parser.isSet("log");
-  options.delay = number(parser, "delay", 0, 600000);
+  options.delay = readNumber(parser, "delay", 0, 600000);
   for (const QString& rule : parser.values("fail"))
     options.faultInjection.add(rule.toStdString());
   const bool hasOther = !options.addedAccount.empty() || !options.removedAccount.empty() ||

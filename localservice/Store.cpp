@@ -231,12 +231,12 @@ void Store::listAllMaps(const std::function<void(const char*, const char*, const
   }
 }
 
-void Store::putUpdate(const Update& update) {
+void Store::announceUpdate(const Update& update) {
   Query query(database(), "INSERT OR REPLACE INTO updates(id, version, path) VALUES(1, ?, ?)");
   query.bind(update.version).bind(update.path).run();
 }
 
-Update Store::update() {
+Update Store::announcedUpdate() {
   Query query(database(), "SELECT version, path FROM updates");
   if (!query.step())
     return {};

@@ -99,8 +99,9 @@ public:
   /// Calls `visit` for every map of every account. `state`: "stored", "collaboration" or "removed".
   void listAllMaps(const std::function<void(const char* owner, const char* state, const MapRecord&)>& visit);
 
-  void putUpdate(const Update& update);
-  [[nodiscard]] Update update();
+  /// Replaces the setup that was announced before.
+  void announceUpdate(const Update& update);
+  [[nodiscard]] Update announcedUpdate();
 
   /// Ignores `number` and `received` of the argument. Needs no account; therefore a report has at most 8 MiB, and only
   /// the latest 100 reports are kept.
