@@ -11,7 +11,7 @@ namespace tarnwell {
 
 namespace {
 
-/// The media type of `image` by its content; empty for what not every browser shows.
+/// The media type of `image` by its content; empty for a type that some browsers cannot show.
 QString imageType(const QByteArray& image) {
   static const QStringList shown{"image/png", "image/jpeg", "image/gif", "image/bmp", "image/webp"};
   const QString type = QMimeDatabase().mimeTypeForData(image).name();
