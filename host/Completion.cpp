@@ -113,6 +113,7 @@ QString zshOption(const QCommandLineOption& option) {
   return text;
 }
 
+/// "()" is an argument without proposals: with an empty action, zsh would only list a unique option, not insert it.
 QString zshScript() {
   QString cases;
   QString described;
@@ -139,7 +140,7 @@ _tarnwell() {
     help) _arguments $options '1: :' "2:command:{_describe command commands}" ;;
     completion) _arguments $options '1: :' '2:shell:(bash zsh fish)' ;;
     %5) _arguments $options '1: :' '*:file:_files' ;;
-    *) _arguments $options '1: :' '*: :' ;;
+    *) _arguments $options '1: :' '*: :()' ;;
   esac
 }
 if [ "$funcstack[1]" = _tarnwell ]; then _tarnwell "$@"; else compdef _tarnwell tarnwell; fi

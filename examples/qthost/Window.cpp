@@ -53,6 +53,7 @@ Window::Window(Cloud& cloud, const QString& endPoint) : m_cloud(cloud), m_endPoi
   m_list.setViewMode(QListView::IconMode);
   m_list.setIconSize(thumbnailSize);
   m_list.setSpacing(8);
+  m_list.setWordWrap(true);
   m_list.setMovement(QListView::Static);
   m_list.setResizeMode(QListView::Adjust);
   m_status.setObjectName("status");
@@ -119,12 +120,15 @@ void Window::list() {
     const MapInfo before = selected();
     m_maps = *maps;
     m_list.clear();
+    // Names get two lines, whatever their length.
+    const QSize size = thumbnailSize + QSize(8, 8 + 2 * m_list.fontMetrics().lineSpacing());
     for (const MapInfo& map : qAsConst(m_maps)) {
       auto* const item = new QListWidgetItem(thumbnail(map), map.mapName(), &m_list);
+      item->setSizeHint(size);
       if (isSameMap(map, before))
         m_list.setCurrentItem(item);
     }
-    m_status.setText(QString("%1 maps").arg(m_maps.size()));
+    m_status.setText(m_maps.size() == 1 ? QString("1 map") : QString("%1 maps").arg(m_maps.size()));
   });
 }
 
