@@ -1,25 +1,14 @@
-// The peer `generated`: the same conversions and calls as the plug-in's over the binding that the toolkit's generator
-// makes from desktopservice.h.in.
+// The peer `generated`: the same conversions and calls as the plug-in's over the binding that the toolkit's generators
+// make of the service's description.
 #include "bench/Harness.h"
-#include "protocol/Deployment.h"
 
 #include <QtCore/QFile>
 
 #include <cstring>
 #include <string>
 
+#include <DesktopServiceSoap12.nsmap>
 #include <soapH.h>
-
-struct Namespace namespaces[] = {
-    {"SOAP-ENV", "http://www.w3.org/2003/05/soap-envelope", "http://www.w3.org/2003/05/soap-envelope", nullptr},
-    {"SOAP-ENC", "http://www.w3.org/2003/05/soap-encoding", "http://www.w3.org/2003/05/soap-encoding", nullptr},
-    {"xsi", "http://www.w3.org/2001/XMLSchema-instance", "http://www.w3.org/*/XMLSchema-instance", nullptr},
-    {"xsd", "http://www.w3.org/2001/XMLSchema", "http://www.w3.org/*/XMLSchema", nullptr},
-    {"dsns2", TARNWELL_TYPES_NAMESPACE, nullptr, nullptr},
-    {"dsns3", TARNWELL_SERVICE_NAMESPACE "DesktopServiceSoap", nullptr, nullptr},
-    {"dsns", TARNWELL_SERVICE_NAMESPACE, nullptr, nullptr},
-    {"dsns4", TARNWELL_SERVICE_NAMESPACE "DesktopServiceSoap12", nullptr, nullptr},
-    {nullptr, nullptr, nullptr, nullptr}};
 
 namespace {
 
@@ -101,7 +90,7 @@ public:
     m_password = toWide(password);
     auto* request = withCredentials(soap_new__dsns__Login(m_soap, -1));
     auto* response = soap_new__dsns__LoginResponse(m_soap, -1);
-    if (const int code = soap_call___dsns4__Login(m_soap, m_endpoint, nullptr, request, response))
+    if (const int code = soap_call___dsns__Login(m_soap, m_endpoint, nullptr, request, *response))
       return code;
     return succeeded(response->LoginResult) ? 0 : 1;
   }
@@ -113,7 +102,7 @@ public:
     request->behaviour = &m_behaviour;
     auto* response = soap_new__dsns__GetMapsList_USCORENEW_USCOREDESKTOPResponse(m_soap, -1);
     if (const int code =
-            soap_call___dsns4__GetMapsList_USCORENEW_USCOREDESKTOP(m_soap, m_endpoint, nullptr, request, response))
+            soap_call___dsns__GetMapsList_USCORENEW_USCOREDESKTOP(m_soap, m_endpoint, nullptr, request, *response))
       return code;
     const auto* result = response->GetMapsList_USCORENEW_USCOREDESKTOPResult;
     if (!result || !succeeded(result->DesktopLoginResponseObject) || !result->DesktopInfoObjectList)
@@ -143,7 +132,7 @@ public:
     request->behaviour = &m_behaviour;
     auto* response = soap_new__dsns__GetMapContent_USCORENEW_USCOREDESKTOPResponse(m_soap, -1);
     if (const int code =
-            soap_call___dsns4__GetMapContent_USCORENEW_USCOREDESKTOP(m_soap, m_endpoint, nullptr, request, response))
+            soap_call___dsns__GetMapContent_USCORENEW_USCOREDESKTOP(m_soap, m_endpoint, nullptr, request, *response))
       return code;
     const auto* result = response->GetMapContent_USCORENEW_USCOREDESKTOPResult;
     if (!accessible(result) || !result->DesktopInfo)
@@ -171,7 +160,7 @@ public:
     request->behaviour = &m_behaviour;
     auto* response = soap_new__dsns__SaveMap_USCORENEW_USCOREDESKTOPResponse(m_soap, -1);
     if (const int code =
-            soap_call___dsns4__SaveMap_USCORENEW_USCOREDESKTOP(m_soap, m_endpoint, nullptr, request, response))
+            soap_call___dsns__SaveMap_USCORENEW_USCOREDESKTOP(m_soap, m_endpoint, nullptr, request, *response))
       return code;
     const auto* result = response->SaveMap_USCORENEW_USCOREDESKTOPResult;
     if (!accessible(result) || !result->DesktopInfoClass)

@@ -3,6 +3,7 @@
 #include "protocol/Deployment.h"
 #include "protocol/binding/BlockMemory.h"
 
+#include <cerrno>
 #include <sys/socket.h>
 
 DesktopServiceSoap12::DesktopServiceSoap12() : soap(soap_new2(0, 0)), soap_endpoint(TARNWELL_TEST_ENDPOINT) {
@@ -19,6 +20,15 @@ DesktopServiceSoap12::DesktopServiceSoap12() : soap(soap_new2(0, 0)), soap_endpo
   // Where the runtime turns for an endpoint without a host; by default the process's standard streams.
   soap->sendfd = -1;
   soap->recvfd = -1;
+  // The runtime's own reader gives up when signals interrupt it eleven times in a row.
+  soap->frecv = [](struct soap* context, char* to, std::size_t size) -> std::size_t {
+    ssize_t received = 0;
+    do
+      received = recv(context->socket, to, size, context->socket_flags);
+    while (received < 0 && errno == EINTR);
+    context->errnum = received < 0 ? errno : 0;
+    return received < 0 ? 0 : static_cast<std::size_t>(received);
+  };
   // Asked before each attachment in an answer. The runtime reserves what its header claims; so that a false claim costs
   // nothing, none may be longer than the answer.
   soap->fdimewriteopen = [](struct soap* context, const char*, const char*, const char*) -> void* {

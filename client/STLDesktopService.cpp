@@ -1,10 +1,10 @@
 #include "client/STLDesktopService.h"
 
+#include "client/Containment.h"
 #include "client/ContextObject.h"
 #include "protocol/Deployment.h"
 #include "protocol/soap/RuntimeInternals.h"
 
-#include <exception>
 #include <type_traits>
 
 namespace {
@@ -18,18 +18,14 @@ template <class Request, class Response, class Fill>
 int call(const DesktopServiceSoap12& proxy, Stub<Request, Response> stub, Response* response, Fill fill) {
   if (!proxy.soap)
     return SOAP_EOM;
-  try {
+  return contain(-1, [&] {
     const ContextObject<Request> request(proxy.soap);
     const ContextObject<Response> answer(proxy.soap);
     fill(*request);
     const int code = stub(proxy.soap, proxy.soap_endpoint, nullptr, request.get(), answer.get());
     *response = *answer;
     return code;
-  } catch (...) {
-    if (!std::current_exception()) // the forced unwinding of a thread that is cancelled
-      throw;
-    return -1;
-  }
+  });
 }
 
 template <class Request, class = void> constexpr bool hasBehaviour = false;

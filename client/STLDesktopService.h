@@ -35,8 +35,8 @@ public:
   void setLoginResult(bool success) { loggedIn = success; }
   bool loginSucces() const { return loggedIn; }
 
-  /// Keeps both texts as the credentials of all later calls, whatever comes of it. Code 0 sets the login flag, another
-  /// leaves it.
+  /// Keeps both texts as the credentials of all later calls, also when the login fails. Code 0 sets the login flag,
+  /// another one leaves it as it is.
   [[nodiscard]] int login(std::wstring user, std::wstring secret, _dsns__LoginResponse* response);
   [[nodiscard]] int getDesktopMapsList(bool isPublished, _dsns__GetMapsList_USCORENEW_USCOREDESKTOPResponse* response);
   [[nodiscard]] int getDesktopMapsListLite(bool isPublished,

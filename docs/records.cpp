@@ -1,5 +1,5 @@
-// Prints the recorded messages of protocol.md: what the plug-in's code and the local service, the program named by the
-// argument, send each other for one operation of each shape.
+// Prints the recorded messages of protocol.md: those between the plug-in's code and the local service, whose program is
+// the argument, for one operation of each shape.
 #include "service/ITarnwellService.h"
 
 #include <QtCore/QFile>
@@ -19,7 +19,7 @@ namespace {
 
 QByteArray sent, received;
 
-/// One message: its head as it is, its body indented. What differs from run to run becomes an example.
+/// One message with its body indented. Examples replace what differs from run to run.
 QByteArray shown(const QByteArray& message) {
   const int end = message.indexOf("\r\n\r\n");
   QString head = QString::fromUtf8(message.left(end)), body = QString::fromUtf8(message.mid(end + 4));
@@ -46,7 +46,7 @@ QByteArray shown(const QByteArray& message) {
 
 } // namespace
 
-// These stand before the C library's, and keep what the calls send and receive.
+// These replace the C library's functions, and record all bytes that the calls send and receive.
 extern "C" ssize_t send(int socket, const void* bytes, size_t size, int flags) {
   sent.append(static_cast<const char*>(bytes), static_cast<int>(size));
   return syscall(SYS_sendto, socket, bytes, size, flags, nullptr, 0);
@@ -89,7 +89,7 @@ int main(int argc, char** argv) {
       {"Save a new map", [&] { service->saveMap(file.fileName(), map, "preview", false); }},
       {"List", [&] { service->getDesktopMapsList(false, maps); }},
       {"Download", [&] { service->getMap(map); }},
-      {"Rename; a deletion is alike", [&] { service->renameMap(map, "Plan"); }},
+      {"Rename; a deletion has the same form", [&] { service->renameMap(map, "Plan"); }},
       {"Update check", [&] { service->checkForUpdates("4.1", 1); }},
       {"Extended update check", [&] { service->checkForUpdatesExtended("4.1", 1, 2); }},
       {"Crash report", [&] { service->sendCrashReport("Crash", "It stopped.", "crash.dmp", "bytes"); }},
@@ -100,8 +100,10 @@ int main(int argc, char** argv) {
          service->login("anna", "correct horse");
        }},
   };
-  std::puts("\n## Recorded messages\n\nOf the plug-in and the local service, printed by `docs/records.cpp`. Bodies are "
-            "indented, declarations of the namespaces\nabove left out; identifiers, dates and names are examples.");
+  std::puts(
+      "\n## Recorded messages\n\n`docs/records.cpp` records these messages between the plug-in and the local service. "
+      "Bodies are indented and have no\ndeclarations of the namespaces above; identifiers, dates and names are "
+      "examples.");
   for (const auto& operation : operations) {
     sent.clear();
     received.clear();

@@ -1,11 +1,10 @@
-// Watches a blocking call of ITarnwellService from another thread, and ends it: how many bytes went out and came in,
-// and a shutdown of the call's connection when the user gives up. For any host; header-only; Linux; needs the standard
-// library and POSIX alone.
+// Watches a blocking call of ITarnwellService from another thread: tells how many bytes the call has sent and received,
+// and ends the call by shutting its connection down. For any host; header-only; Linux only.
 //
-// The interface itself has no progress and no cancelling. The monitor finds the call's TCP connection from outside: it
-// reads in /proc in which system call the calling thread waits, takes the socket that this system call names, and asks
-// the kernel (TCP_INFO) about it. So it needs no name look-up of its own, and calls of other threads, even to the same
-// service, cannot be confused with this one.
+// ITarnwellService itself has no progress and no cancelling. The monitor finds the call's TCP connection from outside:
+// it reads in /proc in which system call the calling thread waits, takes the socket that this system call names, and
+// asks the kernel (TCP_INFO) about it. So it needs no name look-up, and it does not confuse the call with calls of
+// other threads, even to the same service.
 //
 //   CallMonitor monitor(80);                           // shared by both threads
 //
@@ -15,17 +14,18 @@
 //     result = service->getMap(map);                   if (userGaveUp)
 //   }                                                    monitor.endCall();
 //
-// What it cannot see:
-// - Name look-up. It happens before there is a connection: progress() says NotConnected, endCall() returns false, and
-//   the look-up ends when the system's resolver gives up. (A host in a hurry looks the name up itself, beforehand.)
-// - A connection in which the calling thread has not yet waited while somebody looked. A transfer that keeps the thread
-//   busy is found by one of the next looks.
-// - Anything where the kernel offers no /proc/PID/task/TID/syscall, in a 32-bit x86 process, and in a plug-in that
-//   waits in poll(): this one waits in connect(), send() and recv().
-// - What the service has done. Bytes that are acknowledged have reached the peer's kernel, or the proxy's; a save that
-//   is ended after its last byte may have been carried out.
-// ThreadSanitizer reports progress() and endCall(), which look at another thread's descriptor on purpose: the duplicate
-// is checked after it was made, so that a descriptor that is closed meanwhile does no harm.
+// Limits:
+// - A call looks the name of its host up before it connects. Meanwhile the phase is NotConnected and endCall() returns
+//   false; the look-up ends when the system's resolver gives up. A host that cannot wait so long looks the name up
+//   itself before the call.
+// - progress() and endCall() find a connection while the calling thread waits on it. If the thread is busy at that
+//   moment, one of the next calls finds it.
+// - The monitor finds no connection where the kernel has no /proc/PID/task/TID/syscall, in a 32-bit x86 process, and
+//   with a plug-in that waits in poll(). Tarnwell's waits in connect(), send() and recv().
+// - Acknowledged bytes have reached the kernel of the service's or the proxy's machine. The service may have carried
+//   out a save that was ended after its last byte.
+// - ThreadSanitizer reports progress() and endCall(), because they use a descriptor that the calling thread may close
+//   meanwhile. That is safe: they duplicate the descriptor and then check that the duplicate is still the same socket.
 #pragma once
 
 #include <algorithm>
@@ -44,43 +44,42 @@
 
 namespace tarnwell {
 
-/// What is known of a call at one moment. Bytes are those of HTTP (head and body; a map's bytes travel as base64, four
-/// for three), they count for the call's latest connection, and they stay after it was closed.
+/// The state of a call at the moment of progress(). Bytes are those of HTTP: head and body, in which base64 makes four
+/// bytes of three bytes of a map. They are those of the call's latest connection, also after it was closed.
 struct CallProgress {
   /// Where the call is.
   enum Phase {
     /// No call is watched.
     NoCall,
-    /// A call is running without a connection that was seen: name look-up, reading a file, or after the answer.
+    /// A call is running, but no connection was found: it looks up a name, reads a file, or has got its answer.
     NotConnected,
     /// The connection is being established. The peer has not answered yet.
     Connecting,
     /// The connection is open.
     Connected,
   };
-  /// At the moment that progress() looked.
+  /// Where the call is at this moment.
   Phase phase = NoCall;
   /// Bytes that the call has handed to the kernel.
   std::int64_t sent = 0;
-  /// Those of them that the peer's kernel has acknowledged: what progress of an upload should show.
+  /// How many of them the peer's kernel has acknowledged: the figure to show for an upload.
   std::int64_t acknowledged = 0;
   /// Bytes that have arrived, whether the call has read them or not.
   std::int64_t received = 0;
 };
 
-/// Watches one call at a time. All operations are safe from any thread; none throws or waits for the network, and no
-/// descriptor stays open between two of them.
+/// Watches one call at a time. All operations are safe from any thread; none throws or waits for the network.
 class CallMonitor {
 public:
   /// `port`: the TCP port that calls connect to: the proxy's if one is set, otherwise the endpoint's (80 if its URL
-  /// names none). A socket that is connected to another port is never touched.
+  /// names none). The monitor never ends a connection that is established to another port.
   explicit CallMonitor(int port) : m_port(port) {}
   CallMonitor(const CallMonitor&) = delete;
   CallMonitor& operator=(const CallMonitor&) = delete;
 
   /// Marks, from construction to destruction, that the constructing thread makes a call: put it around one operation
-  /// of the service and nothing else. Once it is destroyed, the monitor touches no socket any more. The monitor must
-  /// outlive it. One at a time: calls on several threads take a monitor each.
+  /// of the service and nothing else. After its destruction the monitor uses no socket. It must not outlive the
+  /// monitor. A monitor has one Watch at a time: calls on several threads need a monitor each.
   class Watch {
   public:
     /// The constructing thread's call begins.
@@ -102,25 +101,25 @@ public:
     CallMonitor& m_monitor;
   };
 
-  /// How far the call is. Costs some ten system calls: ask several times a second, not in a loop.
+  /// How far the call is. Makes up to 13 system calls: ask several times a second, not in a loop.
   [[nodiscard]] CallProgress progress() {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    const Duplicate socket = callSocket();
+    inspectCall();
     return m_progress;
   }
 
-  /// Shuts the call's connection down in both directions, established or being established, so that the call fails at
-  /// once (ResultFailed, or false). Returns whether there was a connection to shut down. A call may open another one
-  /// (the next address of the host's name; the undoing of a save): repeat until the operation has returned.
+  /// Shuts down the call's connection, established or not yet, so that the call fails at once (ResultFailed, or false).
+  /// Returns false when there was no connection to shut down. Repeat until the operation has returned, because it may
+  /// open another connection: to the next address of the host's name, or to undo a save.
   bool endCall() {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    const Duplicate socket = callSocket();
+    const Duplicate socket = inspectCall();
     return socket.descriptor >= 0 && shutdown(socket.descriptor, SHUT_RDWR) == 0;
   }
 
 private:
-  /// A descriptor of our own for the socket: whatever the call closes meanwhile, its number cannot come to mean
-  /// something else under our hands.
+  /// The monitor's own descriptor of a socket: it keeps its meaning when the call closes the socket, and the process
+  /// uses the call's number for another file.
   struct Duplicate {
     int descriptor = -1;
 
@@ -134,11 +133,11 @@ private:
     }
   };
 
-  /// The beginning of the kernel's struct tcp_info, which only grows at its end. Of our own, since <netinet/tcp.h>
+  /// The beginning of the kernel's struct tcp_info, which only grows at its end. Declared here, because <netinet/tcp.h>
   /// lacks the later members and <linux/tcp.h> cannot be included beside it.
   struct TcpInfo {
     std::uint8_t state;
-    std::uint8_t before[119];
+    std::uint8_t unused[119];
     std::uint64_t bytesAcknowledged;
     std::uint64_t bytesReceived;
   };
@@ -146,6 +145,7 @@ private:
   static constexpr int tcpInfoOption = 11;   // TCP_INFO
   static constexpr std::uint8_t synSent = 2; // TCP_SYN_SENT
 
+  /// Whether `descriptor` is a socket; if so, sets `inode`, which identifies it.
   static bool isSocket(int descriptor, ino_t& inode) {
     struct stat status = {};
     if (fstat(descriptor, &status) != 0 || !S_ISSOCK(status.st_mode))
@@ -154,14 +154,14 @@ private:
     return true;
   }
 
-  /// The descriptor on which the watched thread waits in the kernel at this moment; -1 when it does not.
+  /// The descriptor on which the watched thread waits in the kernel at this moment; -1 when it waits on none.
   [[nodiscard]] int awaitedDescriptor() const {
     char name[64];
     std::snprintf(name, sizeof name, "/proc/self/task/%ld/syscall", m_thread);
     std::FILE* const file = std::fopen(name, "re");
     if (file == nullptr)
       return -1;
-    // "NUMBER ARGUMENT...", or "running".
+    // The line is "NUMBER ARGUMENT...", or "running".
     long number = -1;
     unsigned long argument = 0;
     const int found = std::fscanf(file, "%ld %lx", &number, &argument);
@@ -186,8 +186,8 @@ private:
     return address.ss_family == AF_INET6 ? ntohs(reinterpret_cast<const sockaddr_in6&>(address).sin6_port) : 0;
   }
 
-  /// The socket of the watched call, and m_progress as of now; an empty duplicate when none is known.
-  Duplicate callSocket() {
+  /// Finds the socket of the watched call and sets m_progress. The duplicate is empty when no socket is known.
+  Duplicate inspectCall() {
     Duplicate socket;
     if (m_thread == 0)
       return socket;
@@ -198,21 +198,21 @@ private:
       m_descriptor = awaited;
       m_inode = inode;
     }
-    // The thread may be busy at the moment: then the socket of an earlier look, if the number still means that one.
+    // A busy thread waits on nothing: then take the socket that was found before, if its number still means it.
     if (m_descriptor < 0 || !isSocket(m_descriptor, inode) || inode != m_inode)
       return socket;
     const int duplicate = fcntl(m_descriptor, F_DUPFD_CLOEXEC, 3);
     if (duplicate < 0)
       return socket;
     if (!isSocket(duplicate, inode))
-      return socket; // a file by now; left open, since closing it would drop the process's record locks on it
+      return socket; // a file by now: stays open, because closing it would drop the process's record locks on it
     socket.descriptor = duplicate;
     if (inode != m_inode || !readProgress(duplicate))
       return {};
     return socket;
   }
 
-  /// Sets m_progress from the kernel's figures; false for what is no TCP connection to the port.
+  /// Sets m_progress from the kernel's figures. False, when the socket is no TCP connection to the port.
   bool readProgress(int descriptor) {
     int protocol = 0;
     socklen_t size = sizeof protocol;
@@ -223,7 +223,7 @@ private:
     if (getsockopt(descriptor, IPPROTO_TCP, tcpInfoOption, &info, &size) != 0)
       return false;
     if (info.state == synSent) {
-      // No peer to check yet; but the calling thread itself waits in connect() on this socket.
+      // There is no peer whose port can be checked, but the calling thread itself waits in connect() on this socket.
       m_progress = CallProgress{CallProgress::Connecting};
       return true;
     }
@@ -244,7 +244,7 @@ private:
   std::mutex m_mutex;
   /// The kernel's number of the calling thread; 0 while no call is watched.
   long m_thread = 0;
-  /// The call's socket at the latest look that found it: its number, -1 for none, and its identity.
+  /// The call's socket, as last found: its number in the calling thread, -1 for none, and its identity.
   int m_descriptor = -1;
   ino_t m_inode = 0;
   CallProgress m_progress;

@@ -13,7 +13,7 @@ namespace {
 
 struct StatusText {
   int status;
-  /// The ServiceResult's name; null for the host's own.
+  /// The ServiceResult's name; null for a HostStatus.
   const char* name;
   const char* meaning;
   const char* advice;
@@ -65,7 +65,7 @@ bool writeOut(const QByteArray& bytes) {
 
 void writeError(const QString& line) { std::fprintf(stderr, "%s\n", line.toUtf8().constData()); }
 
-QByteArray document(const CommandResult& result, const QString& command) {
+QByteArray toJson(const CommandResult& result, const QString& command) {
   const StatusText& text = textOf(result.status);
   QJsonObject data = result.data;
   if (!result.bytes.isNull())
@@ -105,7 +105,7 @@ CommandResult failure(int status, const QString& message, const QString& advice)
 }
 
 int show(const CommandResult& result, const QString& command, bool json) {
-  const QByteArray output = json ? document(result, command) : result.text.toUtf8() + result.bytes;
+  const QByteArray output = json ? toJson(result, command) : result.text.toUtf8() + result.bytes;
   if (!writeOut(output)) {
     writeError(QString("tarnwell: cannot write to standard output: %1").arg(std::strerror(errno)));
     return LocalError;

@@ -1,5 +1,5 @@
-// The result of a command, the texts that explain it, and how it is shown: to people or, as one JSON document, to
-// programs. Used by every command. One thread.
+// The result of a command and its output: texts for people, or one JSON document for programs. Used by every command.
+// One thread.
 #pragma once
 
 #include "service/ServiceResult.h"
@@ -10,39 +10,40 @@
 
 namespace tarnwell {
 
-/// Exit statuses of the host itself, none of which is a ServiceResult. A command that a signal ended has 128 and the
-/// signal's number, as shells have it.
+/// Exit statuses of the host itself. No ServiceResult has these values.
 enum HostStatus {
-  /// The command line cannot be carried out as given; the service did not refuse anything.
+  /// The command line cannot be carried out as given. The service has refused nothing.
   UsageError = 2,
   /// Something on this machine failed: the plug-in, a local file, the configuration.
   LocalError = 3,
+  /// A signal ended the command: 128 and the signal's number, as shells have it. This is the lowest of these statuses.
   FirstSignalStatus = 129,
 };
 
-/// Texts that came from the service are printable() in `message`, `advice` and `text`.
+/// Texts of the service have gone through printable() in `message`, `advice` and `text`; in `data` they are unchanged.
 struct CommandResult {
   /// The exit status: a ServiceResult or a HostStatus.
   int status = ResultOk;
   /// What happened, one sentence without a full stop. Empty when `text` says it all, as for --help.
   QString message;
-  /// What to try after a failure; empty for what the status itself suggests.
+  /// What to try after a failure. When it is empty, the advice for the status is shown.
   QString advice;
-  /// For people, on standard output; programs find the same in `data`.
+  /// Output for people, on standard output; `data` has the same for programs.
   QString text;
-  /// Bytes that were asked for on standard output; base64 in JSON.
+  /// Bytes for standard output, after `text`; base64 in JSON. Null: none.
   QByteArray bytes;
-  /// What a program gets.
+  /// Output for programs: the member "data" of the JSON document.
   QJsonObject data;
 
   [[nodiscard]] bool failed() const { return status != ResultOk; }
 };
 
+/// A result with this status, message and advice.
 [[nodiscard]] CommandResult failure(int status, const QString& message, const QString& advice = {});
 
-/// Writes what was asked for to standard output, or with `json` one document, and messages to standard error, at last
-/// the result code with its name and meaning. Returns the exit status: that of `result`, or LocalError if standard
-/// output failed.
+/// Writes output to standard output, and messages to standard error, with the result code, its name and its meaning as
+/// the last line. With `json`, one document on standard output has all of it. Returns the exit status: that of
+/// `result`, or LocalError when standard output cannot be written.
 [[nodiscard]] int show(const CommandResult& result, const QString& command, bool json);
 
 } // namespace tarnwell

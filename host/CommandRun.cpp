@@ -9,7 +9,7 @@
 
 namespace tarnwell {
 
-CommandResult CommandRun::number(const char* option, int& number) const {
+CommandResult CommandRun::readNumber(const char* option, int& number) const {
   if (!isSet(option))
     return {};
   bool isNumber = false;
@@ -25,7 +25,7 @@ CommandResult CommandRun::useProxy() {
     return {};
   const QString user = m_settings.value("proxy-user");
   if (user.isEmpty()) {
-    // Not setProxySettings, which sends credentials even when they are empty.
+    // setProxySettings() would send credentials although they are empty.
     m_service->setProxyHost(m_address.proxyHost);
     m_service->setProxyPort(m_address.proxyPort);
     return {};
@@ -57,7 +57,7 @@ CommandResult CommandRun::logIn() {
   if (result.failed())
     return result;
   if (user().isEmpty())
-    return failure(UsageError, "nobody to log in as", "name your account with --user or TARNWELL_USER");
+    return failure(UsageError, "no user name given", "name your account with --user or TARNWELL_USER");
   QString password;
   result = readPassword("TARNWELL_PASSWORD", QString("Password of %1: ").arg(printable(user())), password);
   if (result.failed())
@@ -72,15 +72,15 @@ CommandResult CommandRun::perform(const CallText& text, const std::function<int(
   const CallEnd end =
       watchCall(text.activity, m_address.peerPort(), m_limit, [this, &call] { return call(*m_service); });
   if (end.isRunning)
-    finish(ended(text, end));
+    finish(endedResult(text, end));
   if (end.how != CallEnd::Returned && end.result != ResultOk)
-    return ended(text, end);
+    return endedResult(text, end);
   if (end.result == ResultFailed)
-    return explain(text, size);
+    return findCause(text, size);
   return end.result == ResultOk ? CommandResult() : failure(end.result, text.failure);
 }
 
-CommandResult CommandRun::explain(const CallText& text, qint64 size) {
+CommandResult CommandRun::findCause(const CallText& text, qint64 size) {
   const CallText check{"finding out why the call failed", text.operation, text.failure};
   Diagnosis diagnosis;
   const CallEnd end = watchCall(check.activity, m_address.peerPort(), m_limit, [&] {
@@ -88,7 +88,7 @@ CommandResult CommandRun::explain(const CallText& text, qint64 size) {
     return 0;
   });
   if (end.isRunning)
-    finish(ended(check, end));
+    finish(endedResult(check, end));
   m_isAnswering = diagnosis.isAnswering;
   if (diagnosis.isAnswering) {
     return failure(ResultFailed, text.failure + ": the service answers, but reported an error or broke the connection",
@@ -97,13 +97,13 @@ CommandResult CommandRun::explain(const CallText& text, qint64 size) {
   return failure(ResultFailed, text.failure + ": " + diagnosis.cause, diagnosis.advice);
 }
 
-CommandResult CommandRun::ended(const CallText& text, const CallEnd& end) const {
+CommandResult CommandRun::endedResult(const CallText& text, const CallEnd& end) const {
   if (end.how == CallEnd::Interrupted)
     return failure(FirstSignalStatus - 1 + end.signal, text.failure + ": interrupted");
   const QString peer = QString("%1, port %2").arg(quoted(m_address.peerHost())).arg(m_address.peerPort());
   QString where = peer + " did not complete its answer";
   if (end.progress.phase == CallProgress::Connecting)
-    where = peer + " did not take the connection";
+    where = peer + " did not accept the connection";
   else if (end.progress.phase != CallProgress::Connected)
     where = QString("there was no connection to %1, perhaps its name is not found").arg(peer);
   return failure(ResultFailed, QString("%1: %2 within %3 s").arg(text.failure, where).arg(m_limit),

@@ -17,7 +17,7 @@ QCommandLineOption option(const QStringList& names, const char* help, const char
   return {names, help, valueName, fallback};
 }
 
-CommandResult text(const QString& text) {
+CommandResult textResult(const QString& text) {
   CommandResult result;
   result.text = text;
   result.data["help"] = text;
@@ -69,9 +69,9 @@ CommandResult noCommand(const QString& name) {
 CommandResult showHelp(CommandRun& run) {
   const QString name = run.argument(0);
   if (name.isEmpty())
-    return text(programHelp());
+    return textResult(programHelp());
   const Command* const command = findCommand(name);
-  return command == nullptr ? noCommand(name) : text(commandHelp(*command));
+  return command == nullptr ? noCommand(name) : textResult(commandHelp(*command));
 }
 
 /// Why `count` positional arguments do not fit, or an empty text.
@@ -95,10 +95,10 @@ const std::vector<Command>& commands() {
       {"list",
        "List the user's maps with the sizes of their previews.",
        {},
-       {option({"lite"}, "Leave out the previews; faster."),
+       {option({"lite"}, "Leave out the previews, which is faster."),
         option({"published"}, "Ask the service for published maps."),
-        option({"format"}, "table, which fits the terminal, or tsv: a line per map, cells separated by tabulators.",
-               "FORMAT", "table")},
+        option({"format"}, "table, which fits the terminal, or tsv: a line per map, cells separated by tabs.", "FORMAT",
+               "table")},
        "list --user anna\nlist --user anna --lite --json\nlist --format tsv | cut -f 1",
        listMaps},
       {"get",
@@ -155,7 +155,7 @@ const std::vector<Command>& commands() {
        "gallery --user anna maps.html",
        makeGallery},
       {"config",
-       "Show the settings and where they are from: options, profile, environment, configuration file.",
+       "Show each setting and its origin: option, profile, environment variable, configuration file.",
        {},
        {},
        "config\nconfig --profile work",
@@ -174,15 +174,15 @@ const std::vector<Command>& commands() {
 QList<QCommandLineOption> generalOptions() {
   return settingOptions() + QList<QCommandLineOption>{
                                 option({"json"}, "Print one JSON document for programs, also after a failure."),
-                                option({"h", "help"}, "Show this help, or with a command the command's."),
+                                option({"h", "help"}, "Show this help, or that of the command."),
                                 option({"v", "version"}, "Show the version."),
                             };
 }
 
 CommandResult runCommandLine(const QStringList& commandLine, QString& command) {
-  // The command comes first but for general options, so that options of its own cannot confuse the search for it.
+  // Only general options may stand before the command: a command's own options are not known before it is found.
   QCommandLineParser parser;
-  parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions); // -dash is no -h
+  parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions); // "-dash" is not "-d -a -s -h"
   parser.addOptions(generalOptions());
   bool isParsed = parser.parse(commandLine);
   command = parser.positionalArguments().value(0);
@@ -197,9 +197,9 @@ CommandResult runCommandLine(const QStringList& commandLine, QString& command) {
   if (found == nullptr && !command.isEmpty())
     return noCommand(command);
   if (parser.isSet("help"))
-    return text(found == nullptr ? programHelp() : commandHelp(*found));
+    return textResult(found == nullptr ? programHelp() : commandHelp(*found));
   if (parser.isSet("version"))
-    return text(QString("tarnwell %1\n").arg(TARNWELL_VERSION));
+    return textResult(QString("tarnwell %1\n").arg(TARNWELL_VERSION));
   if (found == nullptr)
     return noCommand(command);
   const QString wrong = wrongCount(*found, parser.positionalArguments().size() - 1);

@@ -1,4 +1,4 @@
-// The commands: one table, from which the help, the reading of the command line and the call follow. One thread.
+// The table of commands. Help, completion scripts and the reading of the command line follow from it. One thread.
 #pragma once
 
 #include "host/CommandRun.h"
@@ -7,8 +7,9 @@
 
 namespace tarnwell {
 
+/// A positional argument.
 struct Argument {
-  /// As the help shows it: in brackets when it may be left out, with dots when it may be repeated.
+  /// As the help shows it: "[NAME]" may be left out, "NAME..." may be repeated.
   const char* name;
   const char* help;
 };
@@ -18,7 +19,7 @@ struct Command {
   const char* summary;
   std::vector<Argument> arguments;
   QList<QCommandLineOption> options;
-  /// What follows the program's name, one per line.
+  /// Command lines without the program's name, one per line.
   const char* examples;
   CommandResult (*run)(CommandRun&);
 };
@@ -28,7 +29,7 @@ struct Command {
 /// The options of every command.
 [[nodiscard]] QList<QCommandLineOption> generalOptions();
 
-/// Runs the command line, program name first, and sets `command` to the command's name.
+/// Runs the command line, which begins with the program's name, and sets `command` to the command's name.
 [[nodiscard]] CommandResult runCommandLine(const QStringList& commandLine, QString& command);
 
 CommandResult logIn(CommandRun& run);

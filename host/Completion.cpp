@@ -9,7 +9,8 @@ namespace tarnwell {
 
 namespace {
 
-QStringList spelt(const QCommandLineOption& option) {
+/// "-o" and "--output".
+QStringList spellings(const QCommandLineOption& option) {
   QStringList names;
   for (const QString& name : option.names())
     names += (name.size() == 1 ? "-" : "--") + name;
@@ -26,29 +27,29 @@ bool takesFile(const Command& command) {
   return false;
 }
 
-QString commandNames(const char* separator, bool areFiles = false) {
+QString commandNames(const char* separator, bool onlyWithFile = false) {
   QStringList names;
   for (const Command& command : commands()) {
-    if (!areFiles || takesFile(command))
+    if (!onlyWithFile || takesFile(command))
       names += command.name;
   }
   return names.join(separator);
 }
 
-QStringList spelt(const QList<QCommandLineOption>& options) {
+QStringList spellings(const QList<QCommandLineOption>& options) {
   QStringList names;
   for (const QCommandLineOption& option : options)
-    names += spelt(option);
+    names += spellings(option);
   return names;
 }
 
-/// The spellings, separated by "|", of all options whose value is a file, or of those with another value.
-QString valueOptions(bool areFiles) {
+/// The spellings of all options whose value is a file, or is not, separated by "|".
+QString optionsWithValue(bool isFile) {
   QStringList names;
   const auto add = [&](const QList<QCommandLineOption>& options) {
     for (const QCommandLineOption& option : options) {
-      if (!option.valueName().isEmpty() && takesFile(option) == areFiles)
-        names += spelt(option);
+      if (!option.valueName().isEmpty() && takesFile(option) == isFile)
+        names += spellings(option);
     }
   };
   add(generalOptions());
@@ -62,7 +63,7 @@ QString bashScript() {
   QString cases;
   for (const Command& command : commands()) {
     if (!command.options.isEmpty())
-      cases += QString("    %1) options+=\" %2\" ;;\n").arg(command.name, spelt(command.options).join(' '));
+      cases += QString("    %1) options+=\" %2\" ;;\n").arg(command.name, spellings(command.options).join(' '));
   }
   return QString(R"(# bash completion for tarnwell
 _tarnwell() {
@@ -90,11 +91,11 @@ _tarnwell() {
 }
 complete -o filenames -F _tarnwell tarnwell
 )")
-      .arg(commandNames("|"), valueOptions(true), valueOptions(false), spelt(generalOptions()).join(' '), cases,
-           commandNames(" "), commandNames("|", true));
+      .arg(commandNames("|"), optionsWithValue(true), optionsWithValue(false), spellings(generalOptions()).join(' '),
+           cases, commandNames(" "), commandNames("|", true));
 }
 
-/// In single quotes of a POSIX shell or fish.
+/// `text` in single quotes of a POSIX shell or fish.
 QString singleQuoted(QString text) { return '\'' + text.replace('\'', "'\\''") + '\''; }
 
 /// One option as an argument of zsh's _arguments.
@@ -102,7 +103,7 @@ QString zshOption(const QCommandLineOption& option) {
   QString help = option.description();
   for (const char special : {'\\', '[', ']', ':'})
     help.replace(special, QString("\\") + special);
-  const QStringList names = spelt(option);
+  const QStringList names = spellings(option);
   QString value;
   if (!option.valueName().isEmpty())
     value = ':' + QString(option.valueName()).replace(':', "\\:") + ':' + (takesFile(option) ? "_files" : "");
@@ -112,6 +113,7 @@ QString zshOption(const QCommandLineOption& option) {
   return text;
 }
 
+/// "()" is an argument without proposals: with an empty action, zsh would only list a unique option, not insert it.
 QString zshScript() {
   QString cases;
   QString described;
@@ -138,7 +140,7 @@ _tarnwell() {
     help) _arguments $options '1: :' "2:command:{_describe command commands}" ;;
     completion) _arguments $options '1: :' '2:shell:(bash zsh fish)' ;;
     %5) _arguments $options '1: :' '*:file:_files' ;;
-    *) _arguments $options '1: :' '*: :' ;;
+    *) _arguments $options '1: :' '*: :()' ;;
   esac
 }
 if [ "$funcstack[1]" = _tarnwell ]; then _tarnwell "$@"; else compdef _tarnwell tarnwell; fi
@@ -189,7 +191,7 @@ CommandResult showCompletion(CommandRun& run) {
   result.data["script"] = result.text;
   if (result.text.isEmpty())
     return failure(UsageError, QString("there is no completion for %1").arg(quoted(run.argument(0))),
-                   "take bash, zsh or fish");
+                   "use bash, zsh or fish");
   return result;
 }
 

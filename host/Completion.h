@@ -5,8 +5,9 @@
 
 namespace tarnwell {
 
-/// The script for `shell`: "bash", "zsh" or "fish"; an empty text for another. It completes commands, options, and file
-/// names where an argument or an option's value is one; nothing that would need the service.
+/// The script for `shell`: "bash", "zsh" or "fish"; an empty text for another. It completes commands, options and,
+/// where an argument or an option's value is a file, file names. It never asks the service, for example for names of
+/// maps.
 [[nodiscard]] QString completionScript(const QString& shell);
 
 } // namespace tarnwell

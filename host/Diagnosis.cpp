@@ -12,7 +12,7 @@ namespace tarnwell {
 
 namespace {
 
-constexpr int patience = 5000; // milliseconds
+constexpr int patience = 5000; // milliseconds to connect, and again for request and answer
 
 constexpr char envelope[] = R"(<?xml version="1.0" encoding="UTF-8"?>
 <e:Envelope xmlns:e="http://www.w3.org/2003/05/soap-envelope"><e:Body><%1 xmlns="%2"/></e:Body></e:Envelope>)";
@@ -34,8 +34,8 @@ QByteArray requestHead(const ServiceAddress& address, const ProxyLogin& login, c
   return head.toUtf8() + "\r\n";
 }
 
-/// Writes the request and reads the answer until its end, its first 64 KiB or the deadline. An answer that comes before
-/// the request's end stops the writing.
+/// Writes the request, `body` extended by blanks to `size` bytes, and reads the answer until its end, 64 KiB or the
+/// deadline. Stops writing when the answer comes before the request's end.
 QByteArray exchange(QTcpSocket& socket, QByteArray head, QByteArray body, qint64 size) {
   constexpr int mostOfAnswer = 65536;
   constexpr int piece = 1 << 20;
@@ -85,11 +85,11 @@ Diagnosis connectionFailure(const QTcpSocket& socket, const QString& peer) {
 
 Diagnosis noAnswer(const QTcpSocket& socket, const QString& peer) {
   if (socket.error() == QAbstractSocket::SocketTimeoutError)
-    return {false, peer + " takes the connection but does not answer in time", "try again later"};
+    return {false, peer + " accepts the connection but does not answer in time", "try again later"};
   return {false, peer + " closes the connection without an answer", "check the port: is it that of the service?"};
 }
 
-/// By the answer's status line and content.
+/// The diagnosis by the answer's status line and content.
 Diagnosis judge(const QByteArray& answer, const QString& peer, bool hasProxy) {
   if (!answer.startsWith("HTTP/1."))
     return {false, peer + " answers, but not with HTTP", "check the port: is it that of the service?"};
@@ -101,18 +101,18 @@ Diagnosis judge(const QByteArray& answer, const QString& peer, bool hasProxy) {
     return {
         false,
         QString("asked again without a password, the service answers with the fault %1").arg(quoted(fault.left(500))),
-        "that is for those who run the service"};
+        "tell the operators of the service"};
   const char* const proxyAdvice = "check --proxy-user and the password for the proxy";
   if (status == 407)
     return {false, "the proxy refuses: " + statusText, proxyAdvice};
   if (hasProxy && (status == 401 || status == 403))
-    return {false, "the proxy or what is behind it refuses: " + statusText, proxyAdvice};
+    return {false, "the proxy or the server behind it refuses: " + statusText, proxyAdvice};
   if (status == 404)
     return {false, statusText, "check the path of the --endpoint"};
   if (status == 413)
     return {false, statusText, "the file is larger than the service or the proxy takes"};
   if (status < 200 || status > 299)
-    return {false, statusText + (hasProxy ? ", from the proxy or what is behind it" : ""), "check the --endpoint"};
+    return {false, statusText + (hasProxy ? ", from the proxy or the server behind it" : ""), "check the --endpoint"};
   if (!answer.contains("Envelope"))
     return {false, "the endpoint answers with " + statusText + ", but not with SOAP",
             "check the path of the --endpoint"};

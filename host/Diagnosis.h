@@ -1,4 +1,4 @@
-// Finds out why a call failed, of which the plug-in says only that it did. Any thread.
+// Finds out why a call failed: the plug-in only says that it failed. Any thread.
 #pragma once
 
 #include "host/Settings.h"
@@ -7,23 +7,23 @@ namespace tarnwell {
 
 /// What the check found.
 struct Diagnosis {
-  /// The address answers with SOAP and without a fault: the cause is not in the way to the service.
+  /// The service answers with SOAP and without a fault: neither network nor address is the cause.
   bool isAnswering = false;
-  /// Why calls fail, one clause; printable. Empty when it answers.
+  /// Why calls fail, one clause; printable. Empty when the service answers.
   QString cause;
-  /// What to try; empty when the cause says it all.
+  /// What to try; may be empty.
   QString advice;
 };
 
-/// The proxy's credentials; with an empty user none are sent.
+/// The credentials for the proxy. With an empty user none are sent.
 struct ProxyLogin {
   QString user;
   QString password;
 };
 
-/// Connects to `address` as a call does and posts an empty `operation` (its name on the wire) without the user's name
-/// and password, filled up with blanks to `size` bytes, so that nothing is changed on the service. Takes up to some 5 s
-/// beside the name look-up.
+/// Connects to `address` as a call does and posts an empty request of `operation`, its name on the wire. The request
+/// has no user name and password, so that it changes nothing on the service; blanks extend it to `size` bytes. Takes at
+/// most 5 s to connect, unless the name look-up takes longer, and 5 s for request and answer.
 [[nodiscard]] Diagnosis diagnose(const ServiceAddress& address, const ProxyLogin& login, const char* operation,
                                  qint64 size);
 

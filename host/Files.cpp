@@ -12,7 +12,7 @@ namespace tarnwell {
 
 namespace {
 
-/// What fits into a QByteArray.
+/// Bytes that fit into a QByteArray.
 constexpr qint64 mostBytes = 2147483000;
 
 CommandResult readFailure(const QString& file, const QString& reason) {
@@ -20,7 +20,7 @@ CommandResult readFailure(const QString& file, const QString& reason) {
 }
 
 bool writeWhole(QFileDevice& target, const QByteArray& bytes) {
-  // Flushed here: the system's refusal would otherwise come when the file is closed, which nobody tells.
+  // Without flush() a full disk would be noticed only by close(), which returns no error.
   return target.write(bytes) == bytes.size() && target.flush();
 }
 
@@ -63,7 +63,7 @@ CommandResult writeFile(const QString& file, const QByteArray& bytes) {
   };
   const QFileInfo existing(file);
   if (existing.exists() && !existing.isFile() && !existing.isDir()) {
-    std::signal(SIGPIPE, SIG_IGN); // a reader that leaves is a failed write
+    std::signal(SIGPIPE, SIG_IGN); // when the reader closes the pipe, the write fails and this program goes on
     QFile pipe(file);
     return pipe.open(QIODevice::WriteOnly) && writeWhole(pipe, bytes) ? CommandResult() : failed(pipe.errorString());
   }
@@ -77,7 +77,7 @@ CommandResult writeFile(const QString& file, const QByteArray& bytes) {
 
 CommandResult writeOutput(CommandResult result, const QString& file, const QByteArray& bytes) {
   if (file == "-") {
-    // Never null, so that an empty map is shown as empty content.
+    // Never null: in JSON, an empty map has empty content.
     result.bytes = bytes.isNull() ? QByteArray("") : bytes;
     return result;
   }
@@ -89,8 +89,8 @@ CommandResult writeOutput(CommandResult result, const QString& file, const QByte
 }
 
 QString fileNameFor(const QString& name) {
-  constexpr int longest = 60; // UTF-16 units: at most 180 bytes of the 255 that file systems take
-  QString safe = printable(name).replace('/', '_').left(longest).trimmed();
+  constexpr int longest = 60; // UTF-16 units, at most 180 bytes; file systems allow 255 bytes
+  QString safe = printable(name.left(longest)).replace('/', '_').trimmed();
   if (safe.startsWith('.'))
     safe.replace(0, 1, '_');
   return safe.isEmpty() ? QString("unnamed") : safe;

@@ -7,8 +7,9 @@
 
 namespace tarnwell {
 
-/// A UTF-8 HTML page of `user`'s maps, latest first, that needs no other file and runs no script: previews as data:
-/// URIs, texts escaped. A preview that is no image of a known kind becomes a coloured initial.
+/// A UTF-8 HTML page of `user`'s maps, the latest first. It needs no other file and runs no script: previews are data:
+/// URIs, texts are escaped. In place of a preview that is missing or of an unknown format it shows the first letter of
+/// the map's name.
 [[nodiscard]] QByteArray galleryPage(const QString& user, QList<MapInfo> maps);
 
 } // namespace tarnwell

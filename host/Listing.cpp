@@ -10,42 +10,43 @@ namespace tarnwell {
 
 namespace {
 
-/// A record's -1 stands for a version that is not known.
+/// Null for a negative version: a record has -1 while its version is not known.
 QJsonValue versionToJson(float version) {
   if (version < 0)
     return QJsonValue();
-  // By way of its text: 3.1, not 3.0999999046.
+  // The shortest text of a float avoids 3.0999999046 for 3.1.
   return QString::number(static_cast<double>(version), 'g', 7).toDouble();
 }
 
 struct Column {
   QString heading;
   QStringList cells;
-  /// The columns of the terminal that it needs: its widest cell; at least this many when cells may be cut.
+  /// Cells may be cut to this width; 0: never cut. All widths are columns of the terminal.
   int least = 0;
-  /// The lower, the earlier it is left out when there is no room; 0 for never.
+  /// The column with the lowest rank is left out first; 0: never.
   int rank = 0;
   bool isRight = false;
   int width = 0;
 };
 
-constexpr int gap = 2;
+constexpr int gap = 2; // between two columns
 
 int totalWidth(const QList<Column>& columns) {
   return std::accumulate(columns.begin(), columns.end(), -gap,
                          [](int sum, const Column& column) { return sum + gap + column.width; });
 }
 
+/// Sets the width to that of the widest cell.
 void measure(Column& column) {
   column.width = displayWidth(column.heading);
   for (const QString& cell : column.cells)
     column.width = std::max(column.width, displayWidth(cell));
 }
 
-/// Makes columns narrower, and leaves out what has no room even then.
+/// Makes columns narrower, and leaves out columns when that is not enough.
 void fit(QList<Column>& columns, int width) {
   std::for_each(columns.begin(), columns.end(), measure);
-  for (int i = columns.size() - 1; i >= 0; i--) { // names at last
+  for (int i = columns.size() - 1; i >= 0; i--) { // names last
     Column& column = columns[i];
     const int surplus = totalWidth(columns) - width;
     if (column.least > 0 && surplus > 0)

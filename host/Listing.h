@@ -1,4 +1,4 @@
-// Map records as people and as programs read them. Pure functions, any thread.
+// Map records as tables for people and as JSON or tab-separated lines for programs. Pure functions, any thread.
 #pragma once
 
 #include "service/MapInfo.h"
@@ -10,21 +10,22 @@
 
 namespace tarnwell {
 
-/// A map as `"Name" {identifier}`, or the one of them that it has.
+/// A map as `"Name" {identifier}`; without the name or the identifier if it has none.
 [[nodiscard]] QString mapTitle(const MapInfo& map);
 
 /// "1 map", "3 maps".
 [[nodiscard]] QString mapCount(const QList<MapInfo>& maps);
 
-/// One line per map below headings, with the previews' sizes if `hasPreviews`, in at most `width` columns; 0 for no
-/// limit. Where the width does not suffice, identifiers are cut to the eight digits that commands accept as well, then
-/// names and authors, and in the end whole columns are left out.
+/// One line per map below headings, with the previews' sizes if `hasPreviews`. `width`: columns of the terminal, 0 for
+/// no limit. A table that is too wide is made narrower in this order: identifiers are cut to eight digits, which
+/// commands accept too; authors and then names are cut; whole columns are left out.
 [[nodiscard]] QString mapTable(const QList<MapInfo>& maps, bool hasPreviews, int width);
 
-/// The same for programs: headings and cells separated by tabulators, dates in ISO 8601 and UTC, sizes in bytes.
+/// The same for programs: headings and cells separated by tabs, dates in ISO 8601 and UTC, sizes in bytes.
 [[nodiscard]] QString mapTabSeparated(const QList<MapInfo>& maps, bool hasPreviews);
 
-/// Texts as they are, the date in ISO 8601 and UTC or null, the version null while not known, the preview in base64.
+/// Unchanged texts; the date in ISO 8601 and UTC, null when invalid; the version, null when not known; if `hasPreview`,
+/// the preview in base64.
 [[nodiscard]] QJsonObject mapToJson(const MapInfo& map, bool hasPreview);
 [[nodiscard]] QJsonArray mapsToJson(const QList<MapInfo>& maps, bool hasPreviews);
 

@@ -15,13 +15,13 @@ namespace tarnwell {
 
 namespace {
 
-/// The columns of the terminal that is standard output; 0 for no terminal.
+/// The width in columns of the terminal that is standard output; 0 when it is no terminal.
 int terminalWidth() {
   winsize size = {};
   return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
-/// Logs in and sets `found` to the maps that `texts` name; without any, to all.
+/// Logs in and sets `found` to the maps that `texts` name, or to all maps when there are no texts.
 CommandResult fetchMaps(CommandRun& run, const QStringList& texts, QList<MapInfo>& found) {
   QList<MapInfo> listed;
   CommandResult result = run.logIn();
@@ -36,12 +36,12 @@ CommandResult fetchMaps(CommandRun& run, const QStringList& texts, QList<MapInfo
   return result;
 }
 
-/// Carries out `each` for every map. What concerns one map alone does not stop the others; the first failure is the
-/// result. `done`: "downloaded", for the message.
+/// Calls `each` for every map. A failure that concerns this map alone does not stop the others; the first failure is
+/// the result. `done`: a participle for the message, "downloaded".
 template <typename Each> CommandResult forEachMap(QList<MapInfo>& maps, const QString& done, Each each) {
   CommandResult all;
   QJsonArray records;
-  QString messages;
+  QString message;
   for (MapInfo& map : maps) {
     CommandResult one = each(map);
     if (one.failed() && !all.failed()) {
@@ -55,14 +55,14 @@ template <typename Each> CommandResult forEachMap(QList<MapInfo>& maps, const QS
       all.text += (one.failed() ? "tarnwell: " : "") + one.message + '\n';
     if (!one.failed())
       records += one.data;
-    messages = one.message;
+    message = one.message;
     all.bytes = one.bytes;
   }
   all.data["maps"] = records;
   if (all.failed() && maps.size() > 1)
     all.message += QString("; %1 %2 of %3 maps").arg(done).arg(records.size()).arg(maps.size());
   else if (!all.failed())
-    all.message = maps.size() == 1 ? messages : done + ' ' + mapCount(maps);
+    all.message = maps.size() == 1 ? message : done + ' ' + mapCount(maps);
   return all;
 }
 
@@ -81,8 +81,8 @@ CommandResult download(CommandRun& run, MapInfo& info, const QString& file) {
   return result;
 }
 
-/// The file in `folder` for `info`, another than those of `taken`, which takes it.
-QString fileIn(const QString& folder, const MapInfo& info, QStringList& taken) {
+/// A file in `folder` for `info` whose name is not in `taken`. Adds its name to `taken`.
+QString chooseFile(const QString& folder, const MapInfo& info, QStringList& taken) {
   QString name = fileNameFor(info.mapName());
   if (taken.contains(name, Qt::CaseInsensitive))
     name += ' ' + info.mapID().toString(QUuid::WithoutBraces);
@@ -90,17 +90,17 @@ QString fileIn(const QString& folder, const MapInfo& info, QStringList& taken) {
   return QString("%1/%2.twlx").arg(folder, name);
 }
 
-/// What `save` was asked for.
+/// A save.
 struct Upload {
   QString file;
   qint64 size = 0;
   MapInfo info;
   QByteArray thumbnail;
-  /// The record that it overwrites, as listed; the null identifier for none.
+  /// The record that it overwrites, as listed. Its identifier is null when there is none.
   MapInfo stored;
 };
 
-/// Reads the files and checks the options. Sends nothing.
+/// Checks the options and reads the files. Sends nothing.
 CommandResult prepare(const CommandRun& run, Upload& upload) {
   for (const auto& [one, other] : {std::pair{"thumbnail", "no-thumbnail"}, {"published", "unpublished"}}) {
     if (run.isSet(one) && run.isSet(other))
@@ -116,21 +116,20 @@ CommandResult prepare(const CommandRun& run, Upload& upload) {
   return result;
 }
 
-/// Sets `upload.stored` to the map of `listed` that is overwritten, by the MAP argument or by the name, if there is
-/// one.
+/// Sets `upload.stored` to the map of `listed` that the MAP argument or, without it, the new map's name means.
 CommandResult findStored(const CommandRun& run, const QList<MapInfo>& listed, Upload& upload) {
   const QString map = run.argument(1);
   if (!map.isEmpty())
     return findMap(listed, map, upload.stored);
   const QList<MapInfo> matches = mapsNamed(listed, upload.info.mapName());
   if (matches.size() > 1)
-    return ambiguous(upload.info.mapName(), matches);
+    return ambiguity(upload.info.mapName(), matches);
   if (!matches.isEmpty())
     upload.stored = matches.first();
   return {};
 }
 
-/// Takes over from the stored record what the options do not say otherwise.
+/// Copies from the stored record to the upload all values for which no option is given.
 CommandResult keepStored(CommandRun& run, Upload& upload) {
   MapInfo& info = upload.info;
   QList<MapInfo> listed;
@@ -151,9 +150,9 @@ CommandResult keepStored(CommandRun& run, Upload& upload) {
   return result;
 }
 
-/// One clause on what an upload that failed has left on the service, by a new listing.
-QString whetherStored(CommandRun& run, const QList<MapInfo>& before, const Upload& upload) {
-  constexpr double limit = 10;
+/// Lists the maps again after an upload that failed. Returns one clause: whether the service has stored the map.
+QString checkWhetherStored(CommandRun& run, const QList<MapInfo>& before, const Upload& upload) {
+  constexpr double limit = 10; // seconds
   QList<MapInfo> now;
   run.limitTime(limit);
   if (run.list(true, false, now).failed())
@@ -175,7 +174,7 @@ QString whetherStored(CommandRun& run, const QList<MapInfo>& before, const Uploa
 CommandResult listMaps(CommandRun& run) {
   const QString format = run.value("format");
   if (format != "table" && format != "tsv")
-    return failure(UsageError, QString("there is no format %1").arg(quoted(format)), "take table or tsv, or --json");
+    return failure(UsageError, QString("there is no format %1").arg(quoted(format)), "use table, tsv or --json");
   const bool isLite = run.isSet("lite");
   QList<MapInfo> maps;
   CommandResult result = run.logIn();
@@ -199,10 +198,10 @@ CommandResult getMaps(CommandRun& run) {
   const QString output = run.isSet("output") ? run.value("output") : "-";
   const bool isFolder = QFileInfo(output).isDir();
   if (!isFolder && (isAll || run.arguments().size() > 1))
-    return failure(UsageError, "several maps need a folder that exists", "name it with -o");
+    return failure(UsageError, "several maps need an existing folder", "name the folder with -o");
   if (output == "-" && !run.isSet("output") && !run.isSet("json") && isatty(STDOUT_FILENO) != 0) {
-    return failure(UsageError, "a map's bytes are not for a terminal",
-                   "name a file with -o, or redirect the output; -o - prints the map all the same");
+    return failure(UsageError, "a terminal cannot show the bytes of a map",
+                   "name a file with -o, or redirect the output; -o - prints them nevertheless");
   }
   QList<MapInfo> maps;
   CommandResult result = fetchMaps(run, run.arguments(), maps);
@@ -210,7 +209,7 @@ CommandResult getMaps(CommandRun& run) {
     return result;
   QStringList taken;
   return forEachMap(maps, "downloaded", [&](MapInfo& info) {
-    return download(run, info, isFolder ? fileIn(output, info, taken) : output);
+    return download(run, info, isFolder ? chooseFile(output, info, taken) : output);
   });
 }
 
@@ -241,7 +240,7 @@ CommandResult saveMap(CommandRun& run) {
       [&](ITarnwellService& service) { return service.saveMap(upload.file, info, upload.thumbnail, isForced); },
       upload.size / 3 * 4);
   if (result.status == ResultFailed || result.status >= FirstSignalStatus)
-    result.message += "; " + whetherStored(run, listed, upload);
+    result.message += "; " + checkWhetherStored(run, listed, upload);
   if (result.failed())
     return result;
   const int saved = info.mapContent().size();

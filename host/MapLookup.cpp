@@ -23,7 +23,7 @@ QList<MapInfo> mapsNamed(const QList<MapInfo>& maps, const QString& name) {
   return mapsWith(maps, [&name](const MapInfo& map) { return map.mapName() == name; });
 }
 
-CommandResult ambiguous(const QString& text, const QList<MapInfo>& matches) {
+CommandResult ambiguity(const QString& text, const QList<MapInfo>& matches) {
   CommandResult result =
       failure(UsageError, QString("%1 can be any of %2 maps").arg(quoted(text), QString::number(matches.size())),
               "name the map by its identifier:\n" + mapTable(matches, false, 0).trimmed());
@@ -50,7 +50,7 @@ CommandResult findMap(const QList<MapInfo>& maps, const QString& text, MapInfo& 
                    "'tarnwell list' shows names and identifiers; a name with blanks needs quotes");
   }
   if (matches.size() > 1)
-    return ambiguous(text, matches);
+    return ambiguity(text, matches);
   info = matches.first();
   return {};
 }

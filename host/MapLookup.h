@@ -1,4 +1,4 @@
-// Which stored map a text on the command line means. Pure functions, any thread.
+// Finds the map that a text on the command line means. Pure functions, any thread.
 #pragma once
 
 #include "host/CommandResult.h"
@@ -11,12 +11,12 @@ namespace tarnwell {
 /// The maps of `maps` whose name is `name`.
 [[nodiscard]] QList<MapInfo> mapsNamed(const QList<MapInfo>& maps, const QString& name);
 
-/// A UsageError that lists `matches`, which all have the name or the beginning of the identifier `text`.
-[[nodiscard]] CommandResult ambiguous(const QString& text, const QList<MapInfo>& matches);
+/// A UsageError that lists `matches`: `text` is the name, or the beginning of the identifier, of each of them.
+[[nodiscard]] CommandResult ambiguity(const QString& text, const QList<MapInfo>& matches);
 
-/// Sets `info` to the map of `maps` that `text` means: by its identifier, by a name that no other has, or by at least
-/// eight digits with which no other identifier begins. A whole identifier that is not listed is taken as it is, with
-/// the rest of `info` unchanged: the service's answer about it counts. A UsageError for anything else.
+/// Sets `info` to the map of `maps` that `text` means: its identifier, its name if no other map has the same, or at
+/// least the first eight digits of its identifier if no other begins with them. For a whole identifier that is not
+/// listed, sets the identifier alone: the service decides about it. Returns a UsageError for any other text.
 [[nodiscard]] CommandResult findMap(const QList<MapInfo>& maps, const QString& text, MapInfo& info);
 
 } // namespace tarnwell

@@ -13,7 +13,7 @@ namespace {
 
 constexpr char factorySymbol[] = "_Z14serviceFactoryv";
 constexpr char pluginName[] = "libtarnwell.so";
-/// From the folder of the executable: the build tree, then installations.
+/// Relative to the executable's folder: in the build tree, then in installations.
 constexpr const char* pluginFolders[] = {".", TARNWELL_PLUGIN_FOLDER, "../lib"};
 
 QString findPlugin() {
@@ -29,7 +29,7 @@ QString findPlugin() {
 } // namespace
 
 CommandResult loadPlugin(const QString& file, std::unique_ptr<ITarnwellService>& service) {
-  // An absolute path: a bare name would be looked for along the system's library path.
+  // An absolute path, because the loader would look for a bare name in the system's library folders.
   const QString path = file.isEmpty() ? findPlugin() : QFileInfo(file).absoluteFilePath();
   if (path.isEmpty())
     return failure(LocalError, QString("found no plug-in %1").arg(pluginName), "name its file with --plugin");

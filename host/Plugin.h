@@ -8,9 +8,9 @@
 
 namespace tarnwell {
 
-/// Loads the plug-in `file`, or with an empty text the first found beside this executable or where an installation has
-/// it, and sets `service` to a new service of it. The plug-in stays loaded to the end of the process. Returns a
-/// LocalError, with `service` unchanged, when there is none or it is no such plug-in.
+/// Loads the plug-in `file` and sets `service` to a new service of it. An empty `file` means the first plug-in found
+/// beside this executable or in its installation. The plug-in stays loaded until the process ends. Returns a
+/// LocalError, with `service` unchanged, when there is no such file or it is no plug-in.
 [[nodiscard]] CommandResult loadPlugin(const QString& file, std::unique_ptr<ITarnwellService>& service);
 
 } // namespace tarnwell

@@ -20,9 +20,9 @@ CommandResult logIn(CommandRun& run) {
 CommandResult checkForUpdates(CommandRun& run) {
   int liveUpdate = 0;
   int application = 0;
-  CommandResult result = run.number("live-update-type", liveUpdate);
+  CommandResult result = run.readNumber("live-update-type", liveUpdate);
   if (!result.failed())
-    result = run.number("application-type", application);
+    result = run.readNumber("application-type", application);
   if (!result.failed())
     result = run.open();
   if (result.failed())
@@ -41,7 +41,7 @@ CommandResult checkForUpdates(CommandRun& run) {
                        });
   if (run.isServiceAnswering()) {
     return failure(ResultFailed, QString("no newer setup than %1 is offered").arg(quoted(version)),
-                   "nothing, unless you know of a newer one: then ask those who run the service");
+                   "if you know of a newer setup, ask the operators of the service");
   }
   if (result.failed())
     return result;
@@ -59,7 +59,7 @@ CommandResult sendReport(CommandRun& run) {
     result = run.open();
   if (result.failed())
     return result;
-  // The check of a failed call asks for the version: an empty report could be kept.
+  // After a failure, the diagnosis sends a version check: the service would keep an empty report.
   result = run.perform(
       {"sending the report", "CheckDesktopVersion", "cannot send the report"},
       [&](ITarnwellService& service) {

@@ -22,7 +22,8 @@ struct SettingKind {
 
 constexpr SettingKind settingKinds[] = {
     {"endpoint", "URL",
-     "The service's URL; an empty text is the production service. Default: TARNWELL_ENDPOINT, or the test service.",
+     "The service's http URL; an empty text means the production service. Default: TARNWELL_ENDPOINT, or the test "
+     "service.",
      "TARNWELL_ENDPOINT", TARNWELL_TEST_ENDPOINT},
     {"user", "NAME",
      "User of the service; default: TARNWELL_USER. The password comes from TARNWELL_PASSWORD or the terminal.",
@@ -31,10 +32,11 @@ constexpr SettingKind settingKinds[] = {
     {"proxy-user", "NAME", "User at the proxy; the password comes from TARNWELL_PROXY_PASSWORD or the terminal.",
      nullptr, ""},
     {"timeout", "SECONDS", "End a call that takes longer. Default: no limit.", nullptr, ""},
-    {"plugin", "FILE", "The plug-in. Default: libtarnwell.so beside this program or as installed.", nullptr, ""},
+    {"plugin", "FILE", "The plug-in's file. Default: libtarnwell.so beside this program, else the installed one.",
+     nullptr, ""},
 };
 
-/// Why the keys outside profiles, or those of one profile, cannot be used; an empty text when they can.
+/// A message about an unknown key in the current group of `file`; empty when there is none.
 QString unknownKey(const QSettings& file) {
   for (const QString& key : file.childKeys()) {
     const bool isKnown = std::any_of(std::begin(settingKinds), std::end(settingKinds),
@@ -45,7 +47,7 @@ QString unknownKey(const QSettings& file) {
   return {};
 }
 
-/// QSettings takes a value with commas for a list.
+/// The text of a key. QSettings reads a value with commas as a list.
 QString textOf(const QSettings& file, const QString& key) { return file.value(key).toStringList().join(", "); }
 
 Setting settingOf(const SettingKind& kind, const QCommandLineParser& options, const QSettings& file) {
@@ -66,23 +68,22 @@ Setting settingOf(const SettingKind& kind, const QCommandLineParser& options, co
 CommandResult readEndpoint(const QString& text, QUrl& endpoint) {
   constexpr char advice[] = "give a URL such as http://maps.example/service/desktopservice.asmx";
   if (std::any_of(text.begin(), text.end(), [](QChar unit) { return unit.isSpace() || !unit.isPrint(); }))
-    return failure(UsageError, "the endpoint holds blanks or control characters", advice);
+    return failure(UsageError, "the endpoint has blanks or control characters", advice);
   endpoint = QUrl(text.isEmpty() ? TARNWELL_PRODUCTION_ENDPOINT : text, QUrl::StrictMode);
   if (!endpoint.userInfo().isEmpty() || text.contains('@'))
-    return failure(UsageError, "the endpoint holds a user name or password, which would not be used", advice);
+    return failure(UsageError, "the endpoint has a user name or password, which no call would use", advice);
   if (!endpoint.isValid() || endpoint.host().isEmpty())
     return failure(UsageError, QString("the endpoint %1 is no URL with a host").arg(quoted(text)), advice);
   if (endpoint.scheme() != "http") // QUrl has it in lower case
-    return failure(UsageError, QString("the endpoint %1 is not http, the only way to the service").arg(quoted(text)),
-                   advice);
+    return failure(UsageError, QString("the endpoint %1 does not begin with http://").arg(quoted(text)), advice);
   return {};
 }
 
-/// "HOST:PORT", an IPv6 address in brackets.
+/// `text`: "HOST:PORT", an IPv6 address in brackets; empty for no proxy.
 CommandResult readProxy(const QString& text, ServiceAddress& address) {
-  const QUrl url("http://" + text, QUrl::StrictMode);
   if (text.isEmpty())
     return {};
+  const QUrl url("http://" + text, QUrl::StrictMode);
   address.proxyHost = url.host();
   address.proxyPort = url.port(0);
   if (address.proxyHost.isEmpty() || address.proxyPort < 1 || !url.userInfo().isEmpty() || !url.path().isEmpty()) {
@@ -139,7 +140,7 @@ CommandResult readAddress(const Settings& settings, ServiceAddress& address) {
   if (!read.failed())
     read = readProxy(settings.value("proxy"), address);
   if (!read.failed() && !settings.value("proxy-user").isEmpty() && !address.hasProxy())
-    return failure(UsageError, "a user at the proxy is of no use without --proxy");
+    return failure(UsageError, "--proxy-user needs --proxy");
   return read;
 }
 

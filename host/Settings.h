@@ -1,5 +1,5 @@
-// Where the service is, how it is reached and as whom: from options, environment variables and a configuration file
-// with profiles. One thread.
+// The settings: endpoint, proxy, user, time limit and plug-in, from options, environment variables and a configuration
+// file with profiles. One thread.
 #pragma once
 
 #include "host/CommandResult.h"
@@ -10,28 +10,29 @@
 
 namespace tarnwell {
 
-/// One setting as it counts for this command.
+/// One setting of this command.
 struct Setting {
-  /// That of the option and of the key in the configuration file.
+  /// The name of the option and of the key in the configuration file.
   QString name;
   QString value;
-  /// Where the value is from: "option", "profile NAME", "variable NAME", "configuration file"; empty for a default.
+  /// The value's origin: "option", "profile NAME", "variable NAME", "configuration file"; empty for a default.
   QString origin;
 };
 
-/// A setting comes from the first of these that has it: its option; the profile that --profile names; its environment
-/// variable, unless that is empty; the configuration file outside its profiles; its default.
+/// All settings. Each has the value of the first of these that is given: its option; the profile that --profile names;
+/// its environment variable, unless that is empty; the configuration file outside its profiles; its default.
 struct Settings {
   /// In the order of the help.
   QList<Setting> all;
-  /// The configuration file, whether it exists or not, and the names of its profiles.
+  /// The path of the configuration file, which need not exist, and the names of its profiles.
   QString file;
   QStringList profiles;
 
+  /// The value of the setting `name`; empty when it has none.
   [[nodiscard]] QString value(const char* name) const;
 };
 
-/// The address that calls connect to and what they ask there.
+/// The endpoint, and the proxy to connect to instead of the endpoint's host.
 struct ServiceAddress {
   QUrl endpoint;
   /// Empty without a proxy.
@@ -44,22 +45,22 @@ struct ServiceAddress {
   [[nodiscard]] int peerPort() const { return hasProxy() ? proxyPort : endpoint.port(80); }
 };
 
-/// The options that every command takes for its settings.
+/// The options for settings, which every command takes.
 [[nodiscard]] QList<QCommandLineOption> settingOptions();
 
-/// Reads all settings. A UsageError for a profile or a key of the file that does not exist, a LocalError for a file
-/// that cannot be read. Values are not checked.
+/// Reads all settings, and does not check their values. Returns a UsageError for a profile that does not exist or an
+/// unknown key in the file, a LocalError for a file that cannot be read.
 [[nodiscard]] CommandResult readSettings(const QCommandLineParser& options, Settings& settings);
 
-/// Sets `address` by endpoint and proxy. A UsageError for those that no call could use: anything but http, blanks or
-/// control characters in the endpoint, a user name or password in it, a proxy that is not HOST:PORT. The message never
-/// repeats a text that may hold a password.
+/// Sets `address` from the settings. Returns a UsageError for an endpoint that is not http, has blanks, control
+/// characters, a user name or a password, for a proxy that is not HOST:PORT, and for a proxy's user without a proxy.
+/// The message has no text that may contain a password.
 [[nodiscard]] CommandResult readAddress(const Settings& settings, ServiceAddress& address);
 
-/// Sets `seconds` to --timeout, 0 for none; a UsageError for what is no number of seconds.
+/// Sets `seconds` to --timeout, 0 for none. Returns a UsageError unless it is more than 0 and less than 1,000,000.
 [[nodiscard]] CommandResult readTimeout(const Settings& settings, double& seconds);
 
-/// `value` for people, without the user name and password that an address may carry.
+/// `value` with "..." in place of the user name and password that an address may have.
 [[nodiscard]] QString withoutUserInfo(const QString& value);
 
 } // namespace tarnwell

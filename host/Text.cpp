@@ -1,52 +1,30 @@
 #include "host/Text.h"
 
+#include "terminal/Printable.h"
+
 #include <QtCore/QLocale>
 #include <QtCore/QTextBoundaryFinder>
-#include <QtCore/QVector>
 #include <algorithm>
 #include <uniwidth.h>
 
 namespace tarnwell {
 
-namespace {
-
-/// Whether a terminal may act on this code point instead of showing it.
-bool isUnsafe(uint codePoint) {
-  switch (QChar::category(codePoint)) {
-  case QChar::Other_Control:
-  case QChar::Other_Surrogate:
-  case QChar::Separator_Line:
-  case QChar::Separator_Paragraph:
-    return true;
-  default:
-    break;
-  }
-  // Bidirectional overrides and isolates, which let a name rearrange the line around it.
-  return (codePoint >= 0x202A && codePoint <= 0x202E) || (codePoint >= 0x2066 && codePoint <= 0x2069);
-}
-
-} // namespace
-
 QString printable(const QString& text) {
-  QVector<uint> codePoints = text.toUcs4();
-  for (uint& codePoint : codePoints) {
-    if (codePoint == '\n' || codePoint == '\r' || codePoint == '\t')
-      codePoint = ' ';
-    else if (isUnsafe(codePoint))
-      codePoint = QChar::ReplacementCharacter;
-  }
-  return QString::fromUcs4(codePoints.constData(), codePoints.size());
+  QString line = text;
+  for (const char blank : {'\n', '\r', '\t'})
+    line.replace(blank, ' ');
+  return terminal::printable(line);
 }
 
 QString quoted(const QString& text) { return '"' + printable(text) + '"'; }
 
 QByteArray terminalSafeJson(const QByteArray& json) {
-  // Outside its texts a document holds no such character but line feeds, so that escaping needs no parsing.
+  // Outside its texts, a JSON document has no such character but line feeds, so that it need not be parsed.
   const QString text = QString::fromUtf8(json);
   QString safe;
   safe.reserve(text.size());
   for (const QChar unit : text) {
-    if (unit == '\n' || unit.isSurrogate() || !isUnsafe(unit.unicode()))
+    if (unit == '\n' || unit.isSurrogate() || !terminal::isUnsafe(unit.unicode()))
       safe += unit;
     else
       safe += QString("\\u%1").arg(unit.unicode(), 4, 16, QChar('0'));
@@ -63,7 +41,7 @@ QString shortened(const QString& text, int columns) {
     return text;
   QTextBoundaryFinder characters(QTextBoundaryFinder::Grapheme, text);
   int kept = 0;
-  // One column is the ellipsis's.
+  // One column is for the ellipsis.
   for (int room = columns - 1, end = characters.toNextBoundary(); end > 0; end = characters.toNextBoundary()) {
     room -= displayWidth(text.mid(kept, end - kept));
     if (room < 0)

@@ -19,13 +19,13 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Seconds = std::chrono::duration<double>;
 
-constexpr std::chrono::milliseconds period(50);
-/// How long a call may take to return after its connection was shut down.
+constexpr std::chrono::milliseconds period(50); // between two checks of the call
+/// Time for the call to return after its connection was shut down.
 constexpr Seconds patience(0.5);
 
 volatile std::sig_atomic_t caughtSignal = 0;
 
-/// Notes SIGINT and SIGTERM, once each, while it lives.
+/// While it exists, the first SIGINT and the first SIGTERM only set `caughtSignal`.
 class SignalCatcher {
 public:
   SignalCatcher() {
@@ -35,7 +35,7 @@ public:
     action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
     for (size_t i = 0; i < std::size(signals); i++) {
       sigaction(signals[i], nullptr, &m_before[i]);
-      if (m_before[i].sa_handler != SIG_IGN) // as under nohup
+      if (m_before[i].sa_handler != SIG_IGN) // a signal that the parent process ignores stays ignored
         sigaction(signals[i], &action, nullptr);
     }
   }
@@ -51,7 +51,7 @@ private:
   struct sigaction m_before[std::size(signals)] = {};
 };
 
-/// The line on the terminal.
+/// The progress line on the terminal.
 class ProgressLine {
 public:
   explicit ProgressLine(const char* activity) : m_activity(activity) {}
@@ -62,10 +62,10 @@ public:
   ProgressLine(const ProgressLine&) = delete;
   ProgressLine& operator=(const ProgressLine&) = delete;
 
-  /// To be called once per period.
+  /// Has to be called once per period.
   void update(const CallProgress& progress, Seconds elapsed) {
     constexpr Seconds quiet(0.25);
-    // What the exchange is about goes one way; the other way there is little more than heads.
+    // A map travels in one direction; the other one has only a head and a small envelope.
     const std::int64_t bytes = std::max(progress.acknowledged, progress.received);
     std::int64_t& oldest = m_recent[m_next++ % m_recent.size()];
     const auto rate = static_cast<double>(bytes - oldest) / std::min(elapsed, window).count();
@@ -87,7 +87,7 @@ private:
   const char* m_activity;
   const bool m_isTerminal = isatty(STDERR_FILENO) != 0;
   bool m_isDrawn = false;
-  /// Bytes at the looks of the last two seconds.
+  /// Bytes at each period of the last two seconds.
   std::array<std::int64_t, 40> m_recent = {};
   size_t m_next = 0;
 };
@@ -95,7 +95,7 @@ private:
 } // namespace
 
 CallEnd watchCall(const char* activity, int port, double limit, const std::function<int()>& call) {
-  // Shared with the thread, which may outlive this function.
+  // Shared with the thread, which may run longer than this function.
   const auto monitor = std::make_shared<CallMonitor>(port);
   std::packaged_task<int()> task([monitor, call] {
     const CallMonitor::Watch watch(*monitor);

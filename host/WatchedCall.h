@@ -1,5 +1,5 @@
-// Makes a blocking call in a thread of its own, so that it can be shown on the terminal, limited in time and ended by
-// Ctrl-C. Used around every call of the service, from one thread.
+// Makes a blocking call in a thread of its own: meanwhile the terminal shows its progress, and a time limit or Ctrl-C
+// can end it. Used for every call of the service, from one thread.
 #pragma once
 
 #include "host/CallMonitor.h"
@@ -11,28 +11,28 @@ namespace tarnwell {
 /// How a call ended.
 struct CallEnd {
   enum How {
-    /// By itself; its result counts.
+    /// The call returned by itself.
     Returned,
-    /// It took longer than its limit and was ended.
+    /// The call was ended because it took longer than its limit.
     TimedOut,
-    /// A signal came, and it was ended.
+    /// The call was ended because of a signal.
     Interrupted,
   };
   How how = Returned;
   /// The call's return value.
   int result = 0;
-  /// The signal's number.
+  /// The signal's number; 0: none.
   int signal = 0;
-  /// The call did not return when its connection was shut down, for example because it looks up a name. Its thread
-  /// still uses what the call refers to: the caller has to end the process without leaving the scope of that.
+  /// The call did not return although its connection was shut down, for example because it looks up a name. Its thread
+  /// still uses the objects that the call refers to: the caller has to end the process without destroying them.
   bool isRunning = false;
-  /// The state of the connection when it was ended, or at the latest look.
+  /// The latest known state of the connection, from before it was ended.
   CallProgress progress;
 };
 
-/// Makes `call`, whose exchange goes to the TCP port `port`. `limit`: seconds, 0 for none. SIGINT and SIGTERM end it; a
-/// second one ends the process. When standard error is a terminal, it has a line with `activity` (a participle), bytes,
-/// rate and time from 250 ms on, which is wiped at the end.
+/// Makes `call`, which connects to the TCP port `port`. `limit`: seconds, 0 for none. SIGINT or SIGTERM ends the call;
+/// the same signal again ends the process. After 250 ms, a terminal on standard error shows a line with `activity` (a
+/// participle), bytes, rate and time; the line is erased at the end.
 [[nodiscard]] CallEnd watchCall(const char* activity, int port, double limit, const std::function<int()>& call);
 
 } // namespace tarnwell

@@ -13,7 +13,7 @@ namespace localservice {
 
 namespace {
 
-/// From the terminal without echo; where standard input is something else, its first line.
+/// Asks on the terminal, without echo. When standard input is no terminal, reads its first line.
 std::string readPassword(const std::string& account) {
   std::string password;
   const bool isRead = isatty(STDIN_FILENO) != 0 ? terminal::askPassword("Password for " + account + ": ", password)
@@ -30,7 +30,7 @@ void markCollaboration(Store& store, const std::string& map, bool ongoing) {
     throw std::runtime_error("there is no map with the identifier " + map);
 }
 
-/// `text`, empty for null, without what a terminal would act on.
+/// `text`, safe for a terminal; empty for null.
 std::string shown(const char* text) { return terminal::printable(QString::fromUtf8(text)).toStdString(); }
 
 void printAccount(const char* name, bool premium) {
@@ -62,11 +62,11 @@ void administer(Store& store, const Options& options) {
   markCollaboration(store, options.startedCollaboration, true);
   markCollaboration(store, options.endedCollaboration, false);
   if (!options.updateVersion.empty())
-    store.putUpdate({options.updateVersion, options.updateUrl});
+    store.announceUpdate({options.updateVersion, options.updateUrl});
   if (options.listAccounts)
     store.listAccounts(printAccount);
   if (options.listMaps)
-    store.describeMaps(printMap);
+    store.listAllMaps(printMap);
   if (options.listReports)
     store.listReports(printReport);
 }

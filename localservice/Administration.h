@@ -1,4 +1,4 @@
-// What the command line does with the store apart from serving: accounts, marks, update information, lists.
+// Carries out the changes and lists that the command line asks for. One thread.
 #pragma once
 
 #include "localservice/Options.h"
@@ -6,8 +6,8 @@
 
 namespace localservice {
 
-/// Does every change and prints every list that `options` ask for; asks for passwords on standard input. Throws
-/// StoreError or std::runtime_error, with a text for people.
+/// Carries out every change and then prints every list of `options`. Reads passwords from the terminal or from standard
+/// input. Throws StoreError or std::runtime_error, with a text for people.
 void administer(Store& store, const Options& options);
 
 } // namespace localservice

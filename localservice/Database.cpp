@@ -10,9 +10,9 @@ namespace localservice {
 
 namespace {
 
-constexpr int busyMilliseconds = 10000; // what a request waits for others that save
+constexpr int busyMilliseconds = 10000; // how long a request waits at most for others that save
 
-// The long columns come last: a row is read from its start, so a list never touches the pages of content.
+// The long columns come last: SQLite reads a row from its start, so that a list reads no page of content.
 constexpr const char* schema = R"(
   CREATE TABLE accounts(name TEXT PRIMARY KEY, password TEXT NOT NULL, premium INTEGER NOT NULL);
   CREATE TABLE maps(
@@ -32,15 +32,16 @@ constexpr const char* schema = R"(
 constexpr unsigned long applicationId = 0x54574c53;
 constexpr unsigned long schemaVersion = 1;
 
-/// Creates `file` before SQLite does, whose new files everybody may read. A journal gets the file's permissions.
+/// Creates `file` with permissions for its owner alone: SQLite would let everybody read it. SQLite gives a journal the
+/// permissions of its file.
 void createPrivately(const std::string& file) {
   const int descriptor = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
   if (descriptor >= 0)
     close(descriptor);
 }
 
-/// Judges a file by its header, before SQLite opens it: opening can already change a file that has a log beside it.
-void refuseOthers(const std::string& file) {
+/// Checks a file by its header before SQLite opens it, because opening can change a file that has a write-ahead log.
+void refuseForeignFile(const std::string& file) {
   struct stat status = {};
   if (stat(file.c_str(), &status) != 0)
     throw StoreError(file + ": " + std::strerror(errno));
@@ -49,8 +50,7 @@ void refuseOthers(const std::string& file) {
   const SQLite::Header header = SQLite::Database::getHeaderInfo(file);
   if (header.applicationId == applicationId && header.userVersion > schemaVersion)
     throw StoreError(file + ": made by a newer version of this program");
-  // The first files of this program have no identifier; they have no write-ahead log either, whose mere opening changes
-  // the files of others.
+  // The first files of this program have no identifier and no write-ahead log.
   const bool isOurs =
       header.applicationId == applicationId || (header.applicationId == 0 && header.fileFormatReadVersion == 1);
   if (!isOurs || header.userVersion != schemaVersion)
@@ -67,21 +67,21 @@ std::int64_t countTables(SQLite::Database& database, const char* condition) {
 
 } // namespace
 
-SQLite::Database openDatabase(const std::string& file, Access access) {
+SQLite::Database openDatabase(const std::string& file, OpenMode openMode) {
   const bool isInMemory = file == ":memory:";
-  if (access == Access::Create && !isInMemory)
+  if (openMode == OpenMode::Create && !isInMemory)
     createPrivately(file);
   if (!isInMemory)
-    refuseOthers(file);
-  const int flags = access == Access::Read ? SQLite::OPEN_READONLY : SQLite::OPEN_READWRITE;
+    refuseForeignFile(file);
+  const int flags = openMode == OpenMode::Read ? SQLite::OPEN_READONLY : SQLite::OPEN_READWRITE;
   SQLite::Database database =
       isInMemory ? SQLite::Database("file:/tarnwell?vfs=memdb",
                                     SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | SQLite::OPEN_URI, busyMilliseconds)
                  : SQLite::Database(file, flags, busyMilliseconds);
-  // A rollback journal instead of a log beside the file: between saves everything is in the one file. EXTRA: also the
-  // removal of the journal, which is what commits, is on the disk when a save returns.
+  // With a rollback journal, all data is in the one file between two saves. Removing the journal commits; with EXTRA,
+  // the removal is on the disk when a save returns.
   database.exec("PRAGMA synchronous = EXTRA");
-  if (access == Access::Create) {
+  if (openMode == OpenMode::Create) {
     SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
     if (countTables(database, "true") == 0)
       database.exec(schema);
@@ -142,7 +142,7 @@ void Query::read(Bytes& bytes) {
     bytes = {};
     return;
   }
-  const void* const data = value.getBlob(); // null also for an empty one
+  const void* const data = value.getBlob(); // null for an empty one too
   const auto size = static_cast<std::size_t>(value.getBytes());
   if (size != 0 && !data)
     throw StoreError("out of memory");

@@ -1,5 +1,5 @@
-// The SQLite file that everything is kept in: opening it safely, and statements whose values are bound and read in
-// their order. Used by Store alone. A database and what is made from it belong to one thread at a time.
+// Opens the SQLite file of the local service, and prepares statements whose values are bound and read in order. Used by
+// Store alone. A database and its statements belong to one thread at a time.
 #pragma once
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -13,18 +13,18 @@ namespace localservice {
 using StoreError = SQLite::Exception;
 
 /// How a file is opened.
-enum class Access {
-  Read,   ///< the file exists and stays as it is
-  Change, ///< the file exists
-  Create  ///< an absent or empty file becomes a new database
+enum class OpenMode {
+  Read,   ///< the file has to exist and is not changed
+  Change, ///< the file has to exist
+  Create  ///< a missing or empty file becomes a new database
 };
 
-/// Opens `file`; ":memory:" is one database of this process that lives as long as somebody has it open. A new file can
-/// be read and written by its owner alone, and so can its journal. Throws StoreError, also for a file of another
-/// program or of a newer version of this one, which then stays as it is.
-SQLite::Database openDatabase(const std::string& file, Access access);
+/// Opens `file`. ":memory:" is one database of this process, which exists while it is open anywhere. Only its owner can
+/// read and write a new file and its journal. Throws StoreError, also for a file of another program or of a newer
+/// version of this program; that file is not changed.
+SQLite::Database openDatabase(const std::string& file, OpenMode openMode);
 
-/// A run of bytes that somebody else owns. Without `data` it is absent, which is not the same as empty.
+/// Bytes that somebody else owns. When `data` is null they are absent, which differs from empty.
 struct Bytes {
   const void* data = nullptr;
   std::size_t size = 0;
@@ -47,8 +47,8 @@ public:
   /// Runs a statement without rows. Returns how many rows it changed.
   int run() { return statement.exec(); }
 
-  // The next column of the row, from left to right. Texts and bytes stay valid until the next step(). A NULL where this
-  // program writes none is an error: somebody else has changed the file.
+  // Each reads the next column of the row. Texts and bytes stay valid until the next step(). NULL in a column in which
+  // this program writes no NULL is a StoreError: another program has changed the file.
   void read(std::int64_t& value);
   void read(bool& value);
   void read(const char*& text); ///< null for NULL

@@ -23,7 +23,7 @@ template <class Use> void forServiceTypes(Use use) {
   }
 }
 
-/// A row as XML Schema says it.
+/// The XML Schema element of a row.
 std::string schemaElement(const Row& row) {
   std::string text =
       "<element name=\"" + local(row.tag) + "\" type=\"" + tarnwell::typeOf(row.type).name + "\" minOccurs=\"";
@@ -54,7 +54,7 @@ std::string schemaType(const Type& type) {
   return "      <complexType" + name + schemaSequence(type, "        ") + "      </complexType>\n";
 }
 
-/// What `format` makes of every operation, one after the other.
+/// The texts that `format` returns for all operations, one after the other.
 template <class Format> std::string forOperations(Format format) {
   std::string text;
   for (const tarnwell::Operation& operation : tarnwell::operations)
@@ -147,10 +147,10 @@ std::string serviceDescription(const std::string& endpoint) {
 }
 
 std::string protocolTables() {
-  std::string text =
-      "# The protocol on the wire\n\nSOAP 1.2 over HTTP POST, document/literal. Printed from the rows that the "
-      "library reads and writes by;\n`tarnwell-localservice --describe tables` prints it again.\n\n"
-      "## Namespaces\n\n| prefix | namespace | also accepted |\n|---|---|---|\n";
+  std::string text = "# The protocol on the wire\n\nSOAP 1.2 over HTTP POST, document/literal. `tarnwell-localservice "
+                     "--describe tables` "
+                     "prints these tables from the rows\nthat the library uses to read and write messages.\n\n"
+                     "## Namespaces\n\n| prefix | namespace | also accepted |\n|---|---|---|\n";
   for (const Namespace& row : tarnwell::namespaceTable)
     if (row.id)
       text += std::string("| ") + row.id + " | " + row.ns + " | " + (row.in ? row.in : "") + " |\n";

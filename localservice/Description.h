@@ -1,4 +1,4 @@
-// The service described from the very rows that it is read and written by: in WSDL for programs, as tables for people.
+// Describes the service by the same rows that read and write its messages: as WSDL for programs, as tables for people.
 // Any thread.
 #pragma once
 
@@ -6,11 +6,11 @@
 
 namespace localservice {
 
-/// WSDL 1.1 of the service at `endpoint`, an http URL, which is escaped; without it that of the test deployment.
-/// Document/literal over SOAP 1.2, as clients ask for it with "?wsdl".
+/// WSDL 1.1 of the service at `endpoint`, an http URL, which is escaped here; without `endpoint`, at the test
+/// deployment. Document/literal over SOAP 1.2.
 std::string serviceDescription(const std::string& endpoint = {});
 
-/// The same for people, in Markdown: namespaces, operations, types.
+/// Namespaces, operations and types as Markdown tables.
 std::string protocolTables();
 
 } // namespace localservice

@@ -13,13 +13,14 @@ namespace {
 
 using tarnwell::OperationIndex;
 
+/// One call of an operation.
 struct Call {
   Store& store;
   struct soap* soap;
   OperationIndex index;
 };
 
-// No user: not every request names one.
+// The user name in a request; null for a request without one.
 template <class Request> const std::wstring* userOf(const Request&, ...) { return nullptr; }
 template <class Request> auto userOf(const Request& request, int) -> decltype(request.username) {
   return request.username;
@@ -32,7 +33,7 @@ template <class T> T* create(const Call& call) {
   return static_cast<T*>(object);
 }
 
-// From requests to the store: views of memory that the context owns.
+// From requests to the store: texts and bytes are views of memory that the context owns.
 
 const char* utf8(const Call& call, const std::wstring* text) {
   return text ? soap_wchar2s(call.soap, text->c_str()) : nullptr;
@@ -65,7 +66,7 @@ MapRecord recordOf(const Call& call, const dsns__DesktopInfoClass& info) {
   return map;
 }
 
-// From the store to answers: copies that the context owns.
+// From the store to answers: texts and bytes are copies that the context owns.
 
 std::wstring* wide(const Call& call, const char* text) {
   if (!text)
@@ -89,7 +90,7 @@ xsd__base64Binary* blockOf(const Call& call, Bytes bytes) {
   return block;
 }
 
-/// Clients rely on name, author and description: these are empty when they were never given.
+/// Name, author and description are empty when they were never given: clients rely on these elements.
 dsns__DesktopInfoClass* infoOf(const Call& call, const MapRecord& map) {
   auto* const info = create<dsns__DesktopInfoClass>(call);
   info->MapId = soap_strdup(call.soap, map.id);
@@ -112,7 +113,7 @@ dsns__DesktopInfoClass* infoOf(const Call& call, const MapRecord& map) {
   return info;
 }
 
-/// What the maps in an operation's answer carry beside their metadata.
+/// The byte blocks of the maps in an operation's answer.
 unsigned blocksOf(OperationIndex index) {
   switch (index) {
   case OperationIndex::GetMapsList_USCORENEW_USCOREDESKTOP:
@@ -130,7 +131,7 @@ unsigned blocksOf(OperationIndex index) {
   }
 }
 
-// Every answer to a user says how the login went; those about one map also what became of it.
+// Every answer to a user has a login value; answers about one map also have an access value.
 
 void setLogin(const Call&, dsns__DesktopLoginResponseClass& result, dsns__DesktopLoginEnumerators value) {
   result.DesktopLoginValue = value;
@@ -142,7 +143,7 @@ template <class Result> void setLogin(const Call& call, Result& result, dsns__De
   result.DesktopLoginResponseObject = login;
 }
 
-/// False: this kind of answer has no place for it.
+/// False: this kind of answer has no access value.
 template <class Result> bool setAccess(Result& result, dsns__DesktopMapAccess value) {
   if constexpr (std::is_same_v<Result, dsns__GetMapResponse> || std::is_same_v<Result, dsns__MapActionResponse>) {
     result.DesktopMapAccess = value;
@@ -151,7 +152,7 @@ template <class Result> bool setAccess(Result& result, dsns__DesktopMapAccess va
   return false;
 }
 
-/// Logs in with the credentials of `request` and, where the account may use the service, calls `act(user)`.
+/// Logs in with the credentials of `request` and, if the account may use the service, calls `act(user)`.
 template <class Request, class Result, class Act>
 void withAccount(const Call& call, const Request& request, Result& result, Act act) {
   setAccess(result, dsns__DesktopMapAccess__None);
@@ -168,15 +169,15 @@ void withAccount(const Call& call, const Request& request, Result& result, Act a
   setLogin(call, result, login);
 }
 
-/// Adds the map as it is stored now to the answer to a change that succeeded.
-void describe(const Call& call, const char* user, const std::string& id, dsns__MapActionResponse& result) {
+/// Adds the stored map, without byte blocks, to the answer to a change that succeeded.
+void addStoredMap(const Call& call, const char* user, const std::string& id, dsns__MapActionResponse& result) {
   if (result.DesktopMapAccess != dsns__DesktopMapAccess__Success)
     return;
   result.DesktopMapAccess = call.store.loadMap(
       user, id, NoBlocks, [&](const MapRecord& map) { result.DesktopInfoClass = infoOf(call, map); });
 }
 
-/// Reports need no account: the answer's login outcome is "None".
+/// Stores a report. It needs no account: the answer's login value is "None".
 void keepReport(const Call& call, const Report& report, dsns__MapActionResponse& result) {
   setLogin(call, result, dsns__DesktopLoginEnumerators__None);
   try {
@@ -187,7 +188,7 @@ void keepReport(const Call& call, const Report& report, dsns__MapActionResponse&
   }
 }
 
-// The operations, by request and result; a template is for all requests that lead to its kind of result.
+// One respond() for each kind of operation. A template serves all requests with its kind of result.
 
 void respond(const Call& call, const _dsns__Login& request, dsns__DesktopLoginResponseClass& result) {
   withAccount(call, request, result, [](const char*) {});
@@ -211,7 +212,7 @@ template <class Request> void respond(const Call& call, const Request& request, 
   });
 }
 
-/// Converts between equal formats only, either the content that came along or that of the stored map.
+/// Converts between equal formats only: returns the content of the request or, without one, that of the stored map.
 void respond(const Call& call, const _dsns__ConvertMap& request, dsns__GetMapResponse& result) {
   const std::wstring none;
   if ((request.inFormat ? *request.inFormat : none) != (request.outFormat ? *request.outFormat : none)) {
@@ -233,7 +234,7 @@ template <class Request> void respond(const Call& call, const Request& request, 
       return;
     std::string id;
     result.DesktopMapAccess = call.store.saveMap(user, recordOf(call, *request.DesktopInfo), request.IsForced, id);
-    describe(call, user, id, result);
+    addStoredMap(call, user, id, result);
   });
 }
 
@@ -243,7 +244,7 @@ void respond(const Call& call, const _dsns__RenameDesktopMap& request, dsns__Map
       return;
     const std::string id = canonicalIdentifier(request.DesktopInfo->MapId);
     result.DesktopMapAccess = call.store.renameMap(user, id, utf8(call, request.DesktopInfo->MapName));
-    describe(call, user, id, result);
+    addStoredMap(call, user, id, result);
   });
 }
 
@@ -272,9 +273,9 @@ void respond(const Call& call, const _dsns__SendFeedbackWithAttachment& request,
   keepReport(call, report, result);
 }
 
-/// Both version checks. Empty texts: nothing newer than the client's own version is known.
+/// Both version checks. The texts are empty when no version newer than the client's is known.
 template <class Request> void respond(const Call& call, const Request& request, dsns__DesktopVersioningClass& result) {
-  Update update = call.store.update();
+  Update update = call.store.announcedUpdate();
   const char* const own = utf8(call, request.version);
   if (strverscmp(update.version.c_str(), own ? own : "") <= 0)
     update = {};
@@ -282,14 +283,14 @@ template <class Request> void respond(const Call& call, const Request& request, 
   result.Version = wide(call, update.version.c_str());
 }
 
-/// Answers as the command line asks for.
-template <class Result> void respondRehearsed(const Call& call, const RehearsedAnswer& rehearsed, Result& result) {
-  setAccess(result, rehearsed.access);
-  setLogin(call, result, rehearsed.login);
+/// Answers with the injected values.
+template <class Result> void respondInjected(const Call& call, const InjectedAnswer& injected, Result& result) {
+  setAccess(result, injected.access);
+  setLogin(call, result, injected.login);
 }
-void respondRehearsed(const Call&, const RehearsedAnswer&, dsns__DesktopVersioningClass&) {} // has no outcome
+void respondInjected(const Call&, const InjectedAnswer&, dsns__DesktopVersioningClass&) {} // has no values
 
-// The name of the value that tells most of an answer.
+// The outcome of an answer for the log: its login value if the login failed, otherwise its access value if it has one.
 
 const char* nameOf(int type, int value) { return tarnwell::typeOf(type).names[value].text; }
 const char* outcomeOf(const dsns__DesktopLoginResponseClass& result) {
@@ -307,29 +308,29 @@ template <class Result> const char* outcomeOf(const Result& result) {
                    : nameOf(SOAP_TYPE_dsns__DesktopMapAccess, result.DesktopMapAccess);
 }
 
-/// Fills the answer to one operation.
+/// Fills the answer to one request.
 template <class Request, class Result>
-void perform(const Call& call, const void* message, const RehearsedAnswer* rehearsed, Result& result, Answer& answer) {
+void perform(const Call& call, const void* message, const InjectedAnswer* injected, Result& result, Answer& answer) {
   const auto& request = *static_cast<const Request*>(message);
   const char* const user = utf8(call, userOf(request, 0));
   answer.user = user ? user : "";
-  if (rehearsed)
-    respondRehearsed(call, *rehearsed, result);
+  if (injected)
+    respondInjected(call, *injected, result);
   else
     respond(call, request, result);
   answer.outcome = outcomeOf(result);
 }
 
-using Handler = Answer (*)(const Call& call, const void* request, const RehearsedAnswer* rehearsed);
+using Handler = Answer (*)(const Call& call, const void* request, const InjectedAnswer* injected);
 
 constexpr Handler handlers[] = {
 #define TARNWELL_OPERATION(Name, Wire, Shape, ResultClass)                                                             \
-  [](const Call& call, const void* request, const RehearsedAnswer* rehearsed) {                                        \
+  [](const Call& call, const void* request, const InjectedAnswer* injected) {                                          \
     auto* const response = create<_dsns__##Name##Response>(call);                                                      \
     response->Name##Result = create<ResultClass>(call);                                                                \
     Answer answer;                                                                                                     \
     answer.response = response;                                                                                        \
-    perform<_dsns__##Name>(call, request, rehearsed, *response->Name##Result, answer);                                 \
+    perform<_dsns__##Name>(call, request, injected, *response->Name##Result, answer);                                  \
     return answer;                                                                                                     \
   },
 #include "protocol/schema/Operations.inc"
@@ -339,8 +340,8 @@ constexpr Handler handlers[] = {
 } // namespace
 
 Answer answer(Store& store, struct soap* soap, OperationIndex index, const void* request,
-              const RehearsedAnswer* rehearsed) {
-  return handlers[static_cast<std::size_t>(index)]({store, soap, index}, request, rehearsed);
+              const InjectedAnswer* injected) {
+  return handlers[static_cast<std::size_t>(index)]({store, soap, index}, request, injected);
 }
 
 } // namespace localservice

@@ -15,8 +15,8 @@ namespace localservice {
 namespace {
 
 constexpr std::uint64_t longestHead = std::uint64_t{64} << 10; // bytes
-/// What is received at once. Between two pieces the limits are checked, so that small pieces bound how much is read
-/// beyond a limit.
+/// Bytes that are received at once. The limits are checked after each piece, so that at most one piece is read beyond a
+/// limit.
 constexpr std::size_t longestPiece = std::size_t{16} << 10;
 constexpr int lingerStallMilliseconds = 2000;
 constexpr std::chrono::seconds lingerLimit{30};
@@ -44,9 +44,9 @@ bool isReady(int socket, short events, int milliseconds) {
 HttpConnection::HttpConnection(struct soap* context, std::uint64_t longest)
     : soap(context), parseAsRuntime(context->fparse), longestContent(longest), toReceive(longestHead) {
   soap->user = this;
-  soap->recv_maxlength = longest + 2 * longestHead; // also the limit of a chunk
+  soap->recv_maxlength = longest + 2 * longestHead; // bytes; the runtime also limits a chunk to this
   soap->fparse = [](struct soap* parsing) { return of(parsing).parseHead(); };
-  // The runtime's own reading of the fields would allow cross-origin requests and attachments.
+  // The runtime's own function would allow cross-origin requests and attachments.
   soap->fparsehdr = [](struct soap* parsing, const char* name, const char* value) {
     std::string& known = of(parsing).fields[lowerCase(name)];
     known += (known.empty() ? "" : ", ") + std::string(value);
@@ -67,9 +67,9 @@ std::string HttpConnection::field(const std::string& name) const {
 int HttpConnection::parseHead() {
   const int code = parseAsRuntime(soap);
   isHeadOnly = soap->status == SOAP_HEAD;
-  if (code || refusedWith) // the runtime goes on with a head that has no end
+  if (code || refusedWith) // the runtime may return 0 for a head that was refused
     return soap->error = refusedWith ? refusedWith : code;
-  pace = Pace();
+  rate = MinimumRate();
   isInContent = true;
   return soap->error = readFraming();
 }
@@ -84,7 +84,7 @@ int HttpConnection::readFraming() {
     if (!length.empty())
       return refuse(400);
     soap->imode = (soap->imode & ~static_cast<soap_mode>(SOAP_IO)) | SOAP_IO_CHUNK;
-    toReceive = 2 * longestContent; // room for the framing of chunks that are not tiny
+    toReceive = 2 * longestContent; // twice as much, for the framing of small chunks
     return SOAP_OK;
   }
   if (!coding.empty())
@@ -98,7 +98,7 @@ int HttpConnection::readFraming() {
     return refuse(411);
   soap->length = announced;
   soap->body = announced != 0;
-  soap->buflen -= static_cast<std::size_t>(arrived - std::min(arrived, announced)); // what follows the request
+  soap->buflen -= static_cast<std::size_t>(arrived - std::min(arrived, announced)); // drops bytes after the content
   toReceive = announced - std::min(arrived, announced);
   return SOAP_OK;
 }
@@ -111,13 +111,13 @@ std::size_t HttpConnection::receive(char* to, std::size_t room) {
     return 0;
   ssize_t size = recv(soap->socket, to, most, MSG_DONTWAIT);
   if (size < 0 && (errno == EAGAIN || errno == EINTR)) {
-    if (!isReady(soap->socket, POLLIN, pace.millisecondsLeft())) {
+    if (!isReady(soap->socket, POLLIN, rate.millisecondsLeft())) {
       refuse(408);
       return 0;
     }
     size = recv(soap->socket, to, most, MSG_DONTWAIT);
   }
-  if (size <= 0) { // the client sends no more
+  if (size <= 0) { // the client has ended the connection
     refuse(400);
     return 0;
   }
@@ -125,7 +125,7 @@ std::size_t HttpConnection::receive(char* to, std::size_t room) {
   received += taken;
   toReceive -= taken;
   if (isInContent)
-    pace.moved(taken);
+    rate.moved(taken);
   return taken;
 }
 
@@ -133,7 +133,7 @@ int HttpConnection::checkContent(const char* piece, std::size_t size) {
   if (!isInContent)
     return SOAP_OK;
   if (size == 0) {
-    hasLastChunk = isChunked; // where a connection ends, the runtime does not call this
+    hasLastChunk = isChunked; // not called when a connection ends before the last chunk
     return SOAP_OK;
   }
   content += size;
@@ -141,7 +141,7 @@ int HttpConnection::checkContent(const char* piece, std::size_t size) {
   return status ? refuse(status) : SOAP_OK;
 }
 
-void HttpConnection::inviteContent() {
+void HttpConnection::sendContinue() {
   if (lowerCase(field("expect")) != "100-continue")
     return;
   static_cast<void>(send("HTTP/1.1 100 Continue\r\n\r\n", 25));
@@ -157,22 +157,22 @@ int HttpConnection::readToEnd() {
 
 int HttpConnection::send(const char* bytes, std::size_t size) {
   std::string_view left(bytes, size);
-  if (isHeadOnly) // the first buffer that is sent has the whole head in it
+  if (isHeadOnly) // the first buffer that is sent contains the whole head
     left = isAnswering ? std::string_view() : left.substr(0, left.find("\r\n\r\n") + 4);
   if (!isAnswering)
-    pace = Pace();
+    rate = MinimumRate();
   isAnswering = true;
   while (!left.empty()) {
     const ssize_t taken = ::send(soap->socket, left.data(), left.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
     if (taken < 0 && errno != EAGAIN && errno != EINTR)
       return SOAP_EOF;
-    if (taken < 0 && !isReady(soap->socket, POLLOUT, pace.millisecondsLeft()))
+    if (taken < 0 && !isReady(soap->socket, POLLOUT, rate.millisecondsLeft()))
       return SOAP_EOF;
     if (taken < 0)
       continue;
     left.remove_prefix(static_cast<std::size_t>(taken));
     sent += static_cast<std::uint64_t>(taken);
-    pace.moved(static_cast<std::size_t>(taken));
+    rate.moved(static_cast<std::size_t>(taken));
   }
   return SOAP_OK;
 }

@@ -1,9 +1,9 @@
-// One HTTP request on one connection: the call-backs by which the runtime reads it and writes the answer. Bounds what a
-// client can cost: the time for the head, the rate of content and answer, the length of the request. One thread.
+// One HTTP request on one connection: the call-backs with which the runtime reads it and writes the answer. Limits the
+// time for the head, the rate of content and answer, and the length of the request. One thread.
 #pragma once
 
 #include "localservice/MarkupLimit.h"
-#include "localservice/Pace.h"
+#include "localservice/MinimumRate.h"
 #include "protocol/soap/Runtime.h"
 
 #include <cstdint>
@@ -12,28 +12,30 @@
 
 namespace localservice {
 
+/// The connection of a runtime context.
 class HttpConnection {
 public:
-  /// Takes over reading and writing of `context`, which has the connection's socket and outlives this object.
-  /// `longestContent` in bytes.
+  /// Installs the call-backs in `context`, which has the connection's socket and outlives this object. `longestContent`
+  /// in bytes.
   HttpConnection(struct soap* context, std::uint64_t longestContent);
   HttpConnection(const HttpConnection&) = delete;
   HttpConnection& operator=(const HttpConnection&) = delete;
 
   static HttpConnection& of(struct soap* context) { return *static_cast<HttpConnection*>(context->user); }
 
-  /// The value of a header field, its name in lower case; empty when there is none.
+  /// The value of the header field `name`, in lower case; empty when there is none. Values of several fields of this
+  /// name are joined by ", ".
   std::string field(const std::string& name) const;
-  /// Tells a client that waits for it before it sends the content ("Expect: 100-continue") to go on.
-  void inviteContent();
-  /// Reads what follows the envelope. Returns 0, or the runtime's code when the content does not end as its length or
-  /// its last chunk says.
+  /// Sends "100 Continue" to a client that waits for it before it sends the content ("Expect: 100-continue").
+  void sendContinue();
+  /// Reads what follows the envelope. Returns 0, or the runtime's code when the content is shorter than its length or
+  /// has no last chunk.
   int readToEnd();
-  /// The HTTP status by which the request was refused while it was read; 0: it was not.
+  /// The HTTP status with which the request was refused while it was read; 0: it was not refused.
   int refusal() const { return refusedWith; }
 
-  /// Tells the client that nothing more comes, and reads what it still sends, for a limited time: closing a socket that
-  /// has unread bytes resets the connection, and the client may lose the answer.
+  /// Ends the sending side, and reads what the client still sends, for 30 s at most: closing a socket with unread bytes
+  /// would reset the connection, and the client might lose the answer.
   void linger();
 
   std::uint64_t received = 0; ///< bytes
@@ -51,8 +53,8 @@ private:
   int (*const parseAsRuntime)(struct soap*);
   const std::uint64_t longestContent;
   std::map<std::string, std::string> fields; ///< by name in lower case
-  Pace pace;
-  std::uint64_t toReceive;   ///< bytes that may still be received, by head limit, length or limit
+  MinimumRate rate;
+  std::uint64_t toReceive;   ///< bytes that may still be received, of the head or of the content
   std::uint64_t content = 0; ///< bytes, without the framing of chunks
   bool isInContent = false;
   bool isChunked = false;

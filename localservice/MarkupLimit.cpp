@@ -13,8 +13,8 @@ namespace {
 constexpr std::size_t longestMarkup = std::size_t{256} << 10; // bytes
 constexpr std::size_t mostAttributes = 256;
 
-/// Whether the context is in the middle of a byte block: the start tag read last is that of one, without an id, by
-/// which it could be an element of any type.
+/// Whether the latest start tag that the context has read is that of a byte block. A tag with an id does not count: by
+/// a reference to its id, the element may have any type.
 bool isInBlock(const struct soap* soap) {
   static constexpr const char* blocks[] = {"MapContent", "Thumbnail", "Preview", "OldTwlxBackUp", "bytes"};
   return !*soap->id && std::any_of(std::begin(blocks), std::end(blocks), [soap](const char* name) {
@@ -25,11 +25,11 @@ bool isInBlock(const struct soap* soap) {
 } // namespace
 
 int MarkupLimit::check(const struct soap* soap, const char* piece, std::size_t size) {
-  // The runtime keeps the names of all attributes that it has met, and searches them for each.
+  // The runtime keeps the names of all attributes that it has read, and searches them for each new one.
   std::size_t attributes = 0;
   for (const struct soap_attribute* attribute = soap->attributes; attribute; attribute = attribute->next)
     ++attributes;
-  // A long attribute of a block's start tag has no tag in it either: it shows in the runtime's buffer for names.
+  // A long attribute in a block's start tag contains no "<" either, but it fills the runtime's buffer for labels.
   const bool isBlock = isInBlock(soap) && !std::memchr(piece, '<', size) && soap->lablen < longestMarkup;
   if (!isBlock)
     markup += size;

@@ -1,5 +1,5 @@
-// A limit on everything of a request but its byte blocks, which costs many times its size in memory and, where the
-// runtime searches lists, in time. One thread.
+// Limits tags, texts and attributes of a request: these take many times their size in memory, and the runtime searches
+// lists of them. Byte blocks are not limited here. One thread.
 #pragma once
 
 #include <cstddef>
@@ -8,10 +8,11 @@ struct soap;
 
 namespace localservice {
 
+/// Counts the markup of one request.
 class MarkupLimit {
 public:
-  /// Takes note of a piece of content that the context is going to read next. Returns 0, or the HTTP status to refuse
-  /// the request with: more than 256 KiB of tags and texts, or more than 256 names of attributes.
+  /// Counts a piece of content that the context reads next. Returns 0, or the HTTP status to refuse the request with:
+  /// 413 for more than 256 KiB of tags and texts, 400 for more than 256 attribute names.
   int check(const struct soap* soap, const char* piece, std::size_t size);
 
 private:

@@ -10,47 +10,48 @@ namespace localservice {
 namespace {
 
 const char* const purpose =
-    R"(Tarnwell's map service on one machine, for development and tests: accounts, maps, update information and reports
-are kept in one SQLite file. Prints its endpoint when it is ready; stops on SIGINT and SIGTERM. It speaks plain HTTP and
-is no place for other people's secrets. Changes and lists are done first; with one of them, and without --listen and
---port, the program ends after it.
+    R"(Tarnwell's map service on one machine, for development and tests. Keeps accounts, maps, update information and
+reports in one SQLite file. Prints its endpoint when it is ready; stops on SIGINT and SIGTERM. Uses plain HTTP: do not
+store other people's secrets here. Changes and lists come first; with any of them, but without --listen and --port, the
+program then ends.
 
-How maps behave: without force, a save is answered with "FileExists" when its identifier is known, or when it has none
-and the user has a map of that name; with force it replaces that map. Deleted maps are remembered and answered with
-"MapRemoved", those of other accounts with "NoAccess", unknown ones with "None". Lists of published maps leave out the
-others; all other lists hold every map of the user.)";
+How maps behave: a save means the map with its identifier or, if that is not known, the user's map of the same name. If
+there is such a map, the answer is "FileExists", and a save with force replaces the map. Requests for deleted maps are
+answered with "MapRemoved", for maps of other accounts with "NoAccess", for unknown maps with "None". Lists contain all
+maps of the user; lists of published maps contain only these.)";
 
 QList<QCommandLineOption> allOptions() {
   return {
-      {"db", "The file that everything is kept in; it is made when needed. \":memory:\" keeps nothing.", "FILE"},
-      {"listen", "Where to listen; 127.0.0.1:0 without this option. Port 0 takes a free one.", "HOST:PORT"},
-      {"port", "The port alone.", "N"},
-      {"read-only", "Write nothing: every change is answered with \"DbError\"."},
-      {"max-request", "Refuse longer requests with status 413; from 1 to 1024, 256 without this option.", "MiB", "256"},
+      {"db", "The database file; it is made when needed. With \":memory:\" all data is lost when the program ends.",
+       "FILE"},
+      {"listen", "The address to listen at. Default: 127.0.0.1:0. Port 0 means a free port.", "HOST:PORT"},
+      {"port", "The port, in place of the one in --listen.", "N"},
+      {"read-only", "Do not change the file: every change is answered with \"DbError\"."},
+      {"max-request", "Refuse longer requests with status 413; from 1 to 1024. Default: 256.", "MiB", "256"},
       {"log", "Write one line per request to standard error: time, client, operation, user, outcome, milliseconds, "
               "bytes received and sent."},
-      {"delay", "Wait before each answer.", "MS", "0"},
+      {"delay", "Wait this many milliseconds, at most 600000, before each operation.", "MS", "0"},
       {"fail",
-       "Answer this operation, as named in --describe tables, with this result instead of carrying it out: a text of "
-       "DesktopMapAccess or DesktopLoginEnumerators. \"fault\": with a SOAP fault. \"drop\": not at all. Can be given "
-       "several times.",
+       "Do not carry out this operation: answer with this result, a text of DesktopMapAccess or "
+       "DesktopLoginEnumerators, or with a SOAP fault, or close the connection (drop). Names as in --describe tables. "
+       "Can be given several times.",
        "OPERATION=RESULT|fault|drop"},
-      {"add-account", "Add an account, or change it; the password is read from standard input.", "NAME"},
-      {"premium", "It is a premium account, as without this option."},
-      {"not-premium", "It is none, and gets \"NotPremiumAccount\"."},
+      {"add-account",
+       "Add or change an account. Reads its password from the terminal, without echo, or from standard input.", "NAME"},
+      {"premium", "The account is a premium account. This is the default."},
+      {"not-premium", "It is not one: its requests are answered with \"NotPremiumAccount\"."},
       {"remove-account", "Remove an account and its maps.", "NAME"},
       {"start-collaboration",
-       "Mark the map with this identifier as worked on by others: reading and changing it is answered with "
+       "Mark the map with this identifier: others are working on it. Requests to read or change it are answered with "
        "\"OngoingCollaboration\".",
        "MAP"},
-      {"end-collaboration", "Take the mark away.", "MAP"},
+      {"end-collaboration", "Remove this mark.", "MAP"},
       {"update-version", "Announce a newer setup to clients with an older version; needs --update-url.", "VERSION"},
-      {"update-url", "Where that setup is found.", "URL"},
+      {"update-url", "The address of that setup.", "URL"},
       {"list-accounts", "Show every account, and whether it is a premium account."},
-      {"list-maps", "Show identifier, owner, state, version and name of every map, also removed ones."},
+      {"list-maps", "Show identifier, owner, state, version and name of every map, also of removed ones."},
       {"list-reports", "Show every crash report and message that was received."},
-      {"describe", "Print the protocol: as WSDL, which the service also sends on GET with \"?wsdl\", or as tables.",
-       "wsdl|tables"},
+      {"describe", "Print the protocol: as WSDL, which GET with \"?wsdl\" also returns, or as tables.", "wsdl|tables"},
       {{"h", "help"}, "Show this help."},
       {{"v", "version"}, "Show the version."},
   };
@@ -58,7 +59,7 @@ QList<QCommandLineOption> allOptions() {
 
 [[noreturn]] void refuse(const QString& reason) { throw std::invalid_argument(reason.toStdString()); }
 
-int number(const QCommandLineParser& parser, const QString& name, int least, int most) {
+int readNumber(const QCommandLineParser& parser, const QString& name, int least, int most) {
   bool isNumber = false;
   const int value = parser.value(name).toInt(&isNumber);
   if (!isNumber || value < least || value > most)
@@ -66,7 +67,7 @@ int number(const QCommandLineParser& parser, const QString& name, int least, int
   return value;
 }
 
-int portNumber(const QString& text) {
+int readPort(const QString& text) {
   bool isNumber = false;
   const int port = text.toInt(&isNumber);
   if (!isNumber || port < 0 || port > 65535)
@@ -74,7 +75,7 @@ int portNumber(const QString& text) {
   return port;
 }
 
-/// "HOST:PORT", an IPv6 address in brackets.
+/// `text`: "HOST:PORT", an IPv6 address in brackets.
 void setAddress(Options& options, const QString& text) {
   const int colon = text.lastIndexOf(':');
   if (colon < 1)
@@ -83,7 +84,7 @@ void setAddress(Options& options, const QString& text) {
   if (host.startsWith('[') && host.endsWith(']'))
     host = host.mid(1, host.size() - 2);
   options.host = host.toStdString();
-  options.port = portNumber(text.mid(colon + 1));
+  options.port = readPort(text.mid(colon + 1));
 }
 
 /// Help, version or description, if asked for.
@@ -143,12 +144,12 @@ Options parseOptions(const QStringList& arguments) {
   if (parser.isSet("listen"))
     setAddress(options, parser.value("listen"));
   if (parser.isSet("port"))
-    options.port = portNumber(parser.value("port"));
-  options.longestRequest = static_cast<std::uint64_t>(number(parser, "max-request", 1, 1024)) << 20;
+    options.port = readPort(parser.value("port"));
+  options.longestRequest = static_cast<std::uint64_t>(readNumber(parser, "max-request", 1, 1024)) << 20;
   options.log = parser.isSet("log");
-  options.delay = number(parser, "delay", 0, 600000);
+  options.delay = readNumber(parser, "delay", 0, 600000);
   for (const QString& rule : parser.values("fail"))
-    options.rehearsal.add(rule.toStdString());
+    options.faultInjection.add(rule.toStdString());
   const bool hasOther = !options.addedAccount.empty() || !options.removedAccount.empty() ||
                         !options.startedCollaboration.empty() || !options.endedCollaboration.empty() ||
                         !options.updateVersion.empty() || options.listAccounts || options.listMaps ||

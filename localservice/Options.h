@@ -1,7 +1,7 @@
-// The command line of the local service.
+// The command line of the local service. Read once, then constant: any thread.
 #pragma once
 
-#include "localservice/Rehearsal.h"
+#include "localservice/FaultInjection.h"
 
 #include <QtCore/QStringList>
 #include <cstdint>
@@ -10,9 +10,9 @@
 
 namespace localservice {
 
-/// What the command line asks for. An empty text: not asked for.
+/// What the command line asks for. Empty texts are not asked for.
 struct Options {
-  std::string information; ///< help, version or a description of the protocol, to be printed instead of anything else
+  std::string information; ///< help, version or a description of the protocol: print it and do nothing else
   std::string database;
   bool readOnly = false;
 
@@ -27,18 +27,18 @@ struct Options {
   bool listMaps = false;
   bool listReports = false;
 
-  /// Also changes and lists can be asked for together with the service.
+  /// Serve, after the changes and lists above.
   bool serve = false;
   std::string host = "127.0.0.1";
   int port = 0;
   std::uint64_t longestRequest = 0; ///< bytes of content
   bool log = false;
   int delay = 0; ///< milliseconds before each answer
-  Rehearsal rehearsal;
+  FaultInjection faultInjection;
 
-  /// The host as URLs have it: IPv6 addresses in brackets.
+  /// The host for a URL: an IPv6 address in brackets.
   std::string hostInUrl() const { return host.find(':') == std::string::npos ? host : "[" + host + "]"; }
-  /// Whether a database that does not exist is to be made: not for looking into one.
+  /// Whether to make a database that does not exist: not for lists and marks alone.
   bool createsDatabase() const { return serve || !addedAccount.empty() || !updateVersion.empty(); }
 };
 

@@ -9,7 +9,8 @@ namespace localservice {
 
 namespace {
 
-/// Empty when it cannot be computed. A null `setting` is a new salt with the preferred method and cost.
+/// The hash of `password` with the method, cost and salt of `setting`; null: the preferred ones and a new salt. Empty
+/// when it cannot be computed.
 std::string computeHash(const std::string& password, const char* setting) {
   static std::mutex mutex;
   const std::lock_guard<std::mutex> lock(mutex);
@@ -26,7 +27,7 @@ std::string computeHash(const std::string& password, const char* setting) {
 std::string hashPassword(const std::string& password) {
   std::string hash = computeHash(password, nullptr);
   if (hash.empty())
-    throw std::runtime_error("this password cannot be stored");
+    throw std::runtime_error("the password cannot be hashed; it may have at most 511 bytes");
   return hash;
 }
 
@@ -36,7 +37,7 @@ bool passwordMatches(const std::string& password, const std::string& hash) {
 }
 
 const std::string& unmatchedHash() {
-  // The last character of a hash is not any: its unused bits are 0.
+  // No hash ends with "z", because the unused bits of its last character are 0.
   static const std::string hash = [] {
     std::string text = hashPassword("");
     text.back() = 'z';

@@ -8,12 +8,12 @@ namespace localservice {
 
 namespace {
 
-/// Forgets the request's prefixes and everything else of its reading. What was read stays.
+/// Resets the context's state of reading, such as the request's prefixes. The objects that were read stay.
 void beginAnswer(struct soap* soap, short soapVersion) {
   soap_begin(soap);
   soap_set_version(soap, soapVersion);
   soap->encodingStyle = nullptr; // document/literal
-  soap->action = nullptr;        // else the runtime would repeat the request's
+  soap->action = nullptr;        // otherwise the runtime would repeat the request's action
 }
 
 void sendEnvelopeBegun(struct soap* soap, int status, const std::function<int()>& writeContent) {
@@ -31,7 +31,7 @@ int statusOf(int error, const char* faultCode) {
     return error;
   if (error == SOAP_HDR)
     return 431;
-  if (error == SOAP_HTTP_ERROR) // a chunk that is longer than any request may be
+  if (error == SOAP_HTTP_ERROR) // a chunk that is longer than the longest request
     return 413;
   const bool isSenders = error == SOAP_EOF || std::strcmp(faultCode, "SOAP-ENV:Sender") == 0;
   return isSenders ? 400 : 500;
@@ -46,14 +46,14 @@ void sendEnvelope(struct soap* soap, int status, const std::function<int()>& wri
 
 int sendFault(struct soap* soap, int status, short soapVersion) {
   const int error = soap->error;
-  if (soap->version != 2) // what the runtime said before it knew of SOAP is no SOAP fault
+  if (soap->version != 2) // before it reads the envelope, the runtime sets texts of HTTP errors here
     soap->fault = nullptr;
   soap->version = soapVersion;
   if (error == SOAP_EOM)
     soap_set_receiver_error(soap, nullptr, nullptr, error);
-  soap_set_fault(soap); // fills what is not there: the code is Sender
+  soap_set_fault(soap); // fills in code (Sender) and text where they are missing
   const char** const text = soap_faultstring(soap);
-  *text = soap_strdup(soap, *text); // out of the buffers that sending uses
+  *text = soap_strdup(soap, *text); // a copy, because sending overwrites the buffer of the text
   const int answered = status ? status : statusOf(error, *soap_faultcode(soap));
   beginAnswer(soap, soapVersion);
   if (answered == 405)

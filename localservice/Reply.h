@@ -1,5 +1,5 @@
-// Answers to HTTP requests: SOAP envelopes, faults, and the service's description. A context belongs to one thread at a
-// time. A client that has closed the connection gets no answer, which is no error.
+// Sends answers to HTTP requests: SOAP envelopes, faults and documents. A client that has closed the connection gets no
+// answer, and that is no error. A context belongs to one thread at a time.
 #pragma once
 
 #include "protocol/soap/Runtime.h"
@@ -9,13 +9,12 @@
 
 namespace localservice {
 
-/// Sends an envelope with HTTP status `status`; `writeContent` writes what is in the body. It returns 0 or the
-/// runtime's code, and is called twice: to count and to send.
+/// Sends an envelope with HTTP status `status`. `writeContent` writes the content of the body and returns 0 or the
+/// runtime's code; it is called twice, to count and to send.
 void sendEnvelope(struct soap* soap, int status, const std::function<int()>& writeContent);
 
-/// Sends the fault that the context's error calls for, unless a fault is already there. Returns the HTTP status:
-/// `status`, or where that is 0, the one that SOAP 1.2 Part 2 section 7.5.2.2 has for the fault. `soapVersion` is 1
-/// or 2.
+/// Sends the context's fault or, when it has none, the fault for its error. `soapVersion`: 1 or 2. Returns the HTTP
+/// status: `status` or, when that is 0, the status of the fault (SOAP 1.2 Part 2 section 7.5.2.2).
 int sendFault(struct soap* soap, int status, short soapVersion);
 
 /// Sends a whole XML document. Returns 0 or the runtime's code.

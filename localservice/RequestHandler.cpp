@@ -19,7 +19,7 @@ using tarnwell::OperationIndex;
 
 constexpr const char* soap11Namespace = "http://schemas.xmlsoap.org/soap/envelope/";
 
-/// The request's target without scheme and authority, which clients that take the service for a proxy send.
+/// The request's target without scheme and authority, which a client sends that takes the service for a proxy.
 std::string_view targetOf(const struct soap* soap) {
   std::string_view target = soap->path;
   const std::size_t scheme = target.find("://");
@@ -40,10 +40,10 @@ bool asksForDescription(const struct soap* soap) {
   return query != std::string_view::npos && soap_tag_cmp(target.data() + query + 1, "wsdl") == 0;
 }
 
-/// The runtime's call-back for methods that the service does not have.
+/// The runtime's call-back for methods that the service does not support.
 int refuseMethod(struct soap* soap) { return isForService(soap) ? 405 : 404; }
 
-/// The runtime's call-back for GET and HEAD. The description names the address that the client has used.
+/// The runtime's call-back for GET and HEAD. The description contains the address that the client has used.
 int sendDescription(struct soap* soap) {
   if (!isForService(soap) || !asksForDescription(soap))
     return refuseMethod(soap);
@@ -51,24 +51,24 @@ int sendDescription(struct soap* soap) {
   return sendDocument(soap, serviceDescription(host.empty() ? std::string() : "http://" + host + servicePath));
 }
 
-/// Judges a request before its content is read. Returns 0 or an HTTP status.
-int judgeHead(const HttpConnection& connection, const struct soap* soap) {
-  if (soap->status != SOAP_POST) // neither this nor any other method
+/// Checks a request before its content is read. Returns 0 or an HTTP status.
+int checkHead(const HttpConnection& connection, const struct soap* soap) {
+  if (soap->status != SOAP_POST) // no HTTP request: the call-backs answer all other methods
     return 400;
   if (!isForService(soap))
     return 404;
-  if (!connection.field("origin").empty()) // a web page's script, also one whose host name leads to this machine
+  if (!connection.field("origin").empty()) // a script of a web page, even if its host name leads to this machine
     return 403;
   const std::string coding = connection.field("content-encoding");
   if (!coding.empty() && soap_tag_cmp(coding.c_str(), "identity"))
     return 415;
-  // Web pages can send other types, and none, to any server. SOAP 1.1 has the second.
+  // Web pages can send other types, or no type, to any server. text/xml is the type of SOAP 1.1.
   const std::string type = connection.field("content-type");
   const std::string media = type.substr(0, type.find_first_of("; \t"));
   return soap_tag_cmp(media.c_str(), "application/soap+xml") && soap_tag_cmp(media.c_str(), "text/xml") ? 415 : 0;
 }
 
-/// Skips a header. One with an entry that must be understood is refused.
+/// Skips a header. Refuses a header with an entry that must be understood.
 int receiveHeader(struct soap* soap) {
   if (soap_element_begin_in(soap, "SOAP-ENV:Header", 0, nullptr))
     return soap->error == SOAP_TAG_MISMATCH ? soap->error = SOAP_OK : soap->error;
@@ -77,8 +77,8 @@ int receiveHeader(struct soap* soap) {
   return soap_getindependent(soap) || soap_element_end_in(soap, "SOAP-ENV:Header") ? soap->error : SOAP_OK;
 }
 
-/// Reads up to the first element in the body. An envelope of another version gives SOAP_VERSIONMISMATCH, and
-/// `soapVersion` that to answer in.
+/// Reads up to the first element in the body. For an envelope of SOAP 1.1 it sets `soapVersion`, which the answer has
+/// to use; every envelope that is not SOAP 1.2 gives SOAP_VERSIONMISMATCH.
 int receiveEnvelope(struct soap* soap, short& soapVersion) {
   soap->version = 2;
   if (soap_element_begin_in(soap, "SOAP-ENV:Envelope", 0, nullptr)) {
@@ -92,13 +92,13 @@ int receiveEnvelope(struct soap* soap, short& soapVersion) {
   return receiveHeader(soap) || soap_body_begin_in(soap) || soap_peek_element(soap) ? soap->error : SOAP_OK;
 }
 
-/// Reads the request that a message is about, to the end of the message. Returns 0 or the runtime's code, SOAP_STOP
-/// when a call-back has answered.
+/// Reads the whole message: sets `index` to its operation and `request` to its request. Returns 0 or the runtime's
+/// code; SOAP_STOP when a call-back has answered.
 int receive(HttpConnection& connection, struct soap* soap, short& soapVersion, OperationIndex& index,
             const void*& request) {
-  if (soap_begin_recv(soap) || (soap->error = judgeHead(connection, soap)))
+  if (soap_begin_recv(soap) || (soap->error = checkHead(connection, soap)))
     return soap->error;
-  connection.inviteContent();
+  connection.sendContinue();
   if (receiveEnvelope(soap, soapVersion))
     return soap->error;
   const auto* const operation = std::find_if(
@@ -114,7 +114,7 @@ int receive(HttpConnection& connection, struct soap* soap, short& soapVersion, O
   return SOAP_OK;
 }
 
-/// Sets up a fault that is the service's own.
+/// Sets a fault that the service itself has caused.
 void setReceiverFault(struct soap* soap, const char* reason) {
   soap->version = 2;
   soap->fault = nullptr;
@@ -123,16 +123,15 @@ void setReceiverFault(struct soap* soap, const char* reason) {
 
 } // namespace
 
-RequestHandler::RequestHandler(const Options& handled, std::string serviceUrl)
-    : options(handled), url(std::move(serviceUrl)) {
-  unmatchedHash(); // computed once: not by the first login that needs it, whose time would tell
+RequestHandler::RequestHandler(const Options& serverOptions) : options(serverOptions) {
+  unmatchedHash(); // computed now: the first login with an unknown name must not take longer than others
 }
 
 void RequestHandler::handle(struct soap* context) const noexcept {
   const auto start = std::chrono::steady_clock::now();
   context->fget = context->fhead = sendDescription;
   context->fput = context->fdel = context->fopt = refuseMethod;
-  context->fpatch = [](struct soap*) { return 405; }; // for this method the runtime does not give the right path
+  context->fpatch = [](struct soap*) { return 405; }; // for this method the runtime sets a wrong path
   HttpConnection connection(context, options.longestRequest);
   LogEntry entry;
   entry.client = std::string(context->host) + ":" + std::to_string(context->port);
@@ -147,7 +146,7 @@ void RequestHandler::handle(struct soap* context) const noexcept {
   entry.sent = connection.sent;
   if (options.log)
     log(entry);
-  soap_destroy(context); // what was read and answered is not kept while the client takes the answer
+  soap_destroy(context); // frees request and answer before the wait for the client
   soap_dealloc(context, nullptr);
   connection.linger();
 }
@@ -163,15 +162,15 @@ void RequestHandler::exchange(HttpConnection& connection, struct soap* soap, Log
   const tarnwell::Operation& operation = tarnwell::operations[static_cast<std::size_t>(index)];
   entry.operation = operation.name;
   std::this_thread::sleep_for(std::chrono::milliseconds(options.delay));
-  const RehearsedAnswer* const rehearsed = options.rehearsal.find(index);
-  if (rehearsed && rehearsed->kind == RehearsedAnswer::Drop) {
+  const InjectedAnswer* const injected = options.faultInjection.find(index);
+  if (injected && injected->kind == InjectedAnswer::Drop) {
     entry.outcome = "drop";
     return;
   }
-  if (rehearsed && rehearsed->kind == RehearsedAnswer::Fault)
+  if (injected && injected->kind == InjectedAnswer::Fault)
     throw std::runtime_error("the command line asks for this fault");
-  Store store(options.database, options.readOnly ? Access::Read : Access::Change);
-  const Answer answered = answer(store, soap, index, request, rehearsed);
+  Store store(options.database, options.readOnly ? OpenMode::Read : OpenMode::Change);
+  const Answer answered = answer(store, soap, index, request, injected);
   entry.user = answered.user;
   entry.outcome = answered.outcome;
   sendEnvelope(soap, SOAP_OK, [&] {

@@ -1,5 +1,5 @@
-// What happens on one connection: a SOAP 1.2 request over HTTP is read and answered; everything else is answered with a
-// fault. Used by the threads of the server, all at once.
+// Serves one connection: reads and answers a SOAP 1.2 request over HTTP; answers everything else with a fault. All
+// threads of the server use one object at the same time.
 #pragma once
 
 #include "localservice/HttpConnection.h"
@@ -10,23 +10,23 @@
 
 namespace localservice {
 
-/// Path of the service; requests for others get status 404.
+/// Path of the service. Requests for another path get status 404.
 inline constexpr const char* servicePath = "/service/desktopservice.asmx";
 
+/// Serves requests as the options say.
 class RequestHandler {
 public:
-  /// `serviceUrl` is for descriptions that are asked for without a Host field. `handled` outlives this object.
-  RequestHandler(const Options& handled, std::string serviceUrl);
+  /// `serverOptions` outlives this object.
+  explicit RequestHandler(const Options& serverOptions);
 
-  /// Serves the request on the context's socket and waits, for a limited time, until the client has taken the answer.
-  /// The context and its socket stay open and the caller's. Throws nothing.
+  /// Serves the request on the context's socket and waits at most 30 s until the client has read the answer. The
+  /// context and its socket stay open and belong to the caller. Throws nothing.
   void handle(struct soap* context) const noexcept;
 
 private:
   void exchange(HttpConnection& connection, struct soap* soap, LogEntry& entry) const;
 
   const Options& options;
-  const std::string url;
 };
 
 } // namespace localservice

@@ -1,4 +1,4 @@
-// The log of requests, one line each on standard error. Any thread.
+// The request log: one line per request on standard error. Any thread.
 #pragma once
 
 #include <chrono>
@@ -7,18 +7,18 @@
 
 namespace localservice {
 
-/// What is logged of a request. Empty texts are shown as "-"; there is no password in it.
+/// One line of the log. Empty texts are shown as "-". It has no password.
 struct LogEntry {
   std::string client; ///< address and port
   std::string operation;
   std::string user;
-  std::string outcome; ///< of the operation, or an HTTP status
+  std::string outcome; ///< name of an access or login value, "drop", or an HTTP status
   std::chrono::milliseconds duration{0};
   std::uint64_t received = 0; ///< bytes
   std::uint64_t sent = 0;     ///< bytes
 };
 
-/// Writes `entry` with the present time, in columns that tabs divide.
+/// Writes `entry` with the current time, in columns separated by tabs.
 void log(const LogEntry& entry);
 
 } // namespace localservice

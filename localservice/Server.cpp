@@ -16,7 +16,7 @@ namespace localservice {
 namespace {
 
 constexpr std::size_t mostConnections = 256;
-constexpr int retryMilliseconds = 50; // while there are that many
+constexpr int retryMilliseconds = 50; // until the next attempt to accept, when there are too many
 constexpr std::chrono::seconds finishLimit{5};
 
 Context listen(const Options& options) {
@@ -24,8 +24,8 @@ Context listen(const Options& options) {
   if (!context)
     throw std::bad_alloc();
   context->socket_flags = MSG_NOSIGNAL;
-  context->bind_flags = SO_REUSEADDR; // a port whose last connections linger is free
-  context->accept_timeout = 1;        // a client that has gone meanwhile is not waited for
+  context->bind_flags = SO_REUSEADDR; // can use a port whose last connections are in TIME_WAIT
+  context->accept_timeout = 1;        // second; the client may have closed the connection since poll()
   if (!soap_valid_socket(soap_bind(context.get(), options.host.c_str(), options.port, SOMAXCONN)))
     throw std::runtime_error(options.hostInUrl() + ":" + std::to_string(options.port) + ": " +
                              *soap_faultstring(context.get()));
@@ -41,7 +41,7 @@ sockaddr_storage addressOf(int socket) {
 }
 
 std::string urlOf(const Options& options, const sockaddr_storage& address) {
-  // The port has the same place in both families' addresses.
+  // The port is at the same place in IPv4 and IPv6 addresses.
   const int port = ntohs(reinterpret_cast<const sockaddr_in&>(address).sin_port);
   return "http://" + options.hostInUrl() + ":" + std::to_string(port) + servicePath;
 }
@@ -55,7 +55,7 @@ void ContextDeleter::operator()(struct soap* context) const {
 }
 
 Server::Server(const Options& options)
-    : listener(listen(options)), url(urlOf(options, addressOf(listener->master))), handler(options, url) {}
+    : listener(listen(options)), url(urlOf(options, addressOf(listener->master))), handler(options) {}
 
 bool Server::isReachableFromOutside() const {
   const sockaddr_storage address = addressOf(listener->master);
@@ -67,7 +67,7 @@ bool Server::isReachableFromOutside() const {
 void Server::serve(int stop) {
   pollfd waiting[] = {{stop, POLLIN, 0}, {listener->master, POLLIN, 0}};
   while (!(waiting[0].revents & POLLIN)) {
-    const bool isFull = reap() >= mostConnections;
+    const bool isFull = joinFinished() >= mostConnections;
     waiting[1].revents = 0;
     poll(waiting, isFull ? 1 : 2, isFull ? retryMilliseconds : -1);
     if (waiting[1].revents)
@@ -77,7 +77,8 @@ void Server::serve(int stop) {
 
 void Server::accept() {
   if (!soap_valid_socket(soap_accept(listener.get()))) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(retryMilliseconds)); // the system has no socket to give
+    std::this_thread::sleep_for(
+        std::chrono::milliseconds(retryMilliseconds)); // for example, there are no descriptors left
     return;
   }
   Context context(soap_copy(listener.get()));
@@ -85,7 +86,7 @@ void Server::accept() {
     context->master = SOAP_INVALID_SOCKET;
   else
     soap_force_closesock(listener.get());
-  listener->socket = SOAP_INVALID_SOCKET; // now the context's
+  listener->socket = SOAP_INVALID_SOCKET; // the context owns the socket now
   if (!context)
     return;
   Connection& connection = connections.emplace_back();
@@ -105,7 +106,7 @@ void Server::run(Connection& connection) {
   someIsDone.notify_one();
 }
 
-std::size_t Server::reap() {
+std::size_t Server::joinFinished() {
   const std::lock_guard<std::mutex> lock(mutex);
   connections.remove_if([](Connection& connection) {
     if (connection.isDone)
@@ -128,7 +129,7 @@ bool Server::finish() {
     return std::all_of(connections.begin(), connections.end(), [](const Connection& each) { return each.isDone; });
   });
   lock.unlock();
-  return areDone && reap() == 0;
+  return areDone && joinFinished() == 0;
 }
 
 } // namespace localservice

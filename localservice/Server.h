@@ -1,5 +1,5 @@
-// The service on its port: a thread for each connection, up to 256 at once, so that a client that stalls holds up
-// nobody else. Further clients wait until one of these ends. One thread uses a Server.
+// Listens on the port and serves each connection in a thread of its own, so that no client waits for another one that
+// stalls. At most 256 clients are served at once; others wait. One thread uses a Server.
 #pragma once
 
 #include "localservice/RequestHandler.h"
@@ -19,9 +19,10 @@ struct ContextDeleter {
 };
 using Context = std::unique_ptr<struct soap, ContextDeleter>;
 
+/// The server of one endpoint.
 class Server {
 public:
-  /// Listens. Throws std::runtime_error, with a text for people. `options` outlives this object.
+  /// Listens. Throws std::runtime_error, with a text for people, and std::bad_alloc. `options` outlives this object.
   explicit Server(const Options& options);
 
   /// The service's URL.
@@ -31,8 +32,9 @@ public:
 
   /// Serves until the file descriptor `stop` can be read.
   void serve(int stop);
-  /// Serves no new clients. Answers the requests that have arrived whole and breaks off the others. False: some were
-  /// not done in five seconds; their threads are still running, and the process has to end without deleting anything.
+  /// Accepts the clients that already wait, and then no more. Answers the requests that have arrived whole, and ends
+  /// the other connections. False: after five seconds some threads are still running, and the process has to end
+  /// without destroying anything.
   [[nodiscard]] bool finish();
 
 private:
@@ -43,13 +45,13 @@ private:
   };
   void accept();
   void run(Connection& connection);
-  /// Joins the threads that are done. Returns how many connections are left.
-  std::size_t reap();
+  /// Joins the threads that are done. Returns the number of connections that are left.
+  std::size_t joinFinished();
 
   const Context listener;
   const std::string url;
   const RequestHandler handler;
-  std::mutex mutex; ///< guards `isDone` of each connection, and its context's being there
+  std::mutex mutex; ///< guards `isDone` of each connection, and its pointer to the context
   std::condition_variable someIsDone;
   std::list<Connection> connections;
 };

@@ -16,7 +16,7 @@ constexpr int mostReports = 100;
 
 std::int64_t now() { return std::time(nullptr); }
 
-/// Calls `visit` with column and member of everything that a save stores as given; byte blocks with their flag.
+/// Calls `visit` with column, member and, for a byte block, flag of each value that a save stores unchanged.
 template <class Record, class Visit> void forSavedColumns(Record& map, Visit visit) {
   visit("name", map.name, NoBlocks);
   visit("author", map.author, NoBlocks);
@@ -34,7 +34,7 @@ template <class Record, class Visit> void forSavedColumns(Record& map, Visit vis
   visit("content", map.content, Content);
 }
 
-/// "id, created, version" and the saved columns, those of byte blocks that are not wanted as NULL.
+/// "id, created, version" and the saved columns; NULL for byte blocks that are not in `blocks`.
 std::string mapColumns(unsigned blocks) {
   std::string columns = "id, created, version";
   MapRecord any;
@@ -44,7 +44,7 @@ std::string mapColumns(unsigned blocks) {
   return columns;
 }
 
-/// Reads what mapColumns() selected.
+/// Reads the columns of mapColumns().
 MapRecord readMap(Query& row) {
   MapRecord map;
   map.id = row.readRequiredText();
@@ -56,7 +56,7 @@ MapRecord readMap(Query& row) {
 
 constexpr const char* accessColumns = "owner, removed, collaboration";
 
-/// Reads what accessColumns selected, and judges it.
+/// Reads the columns of accessColumns, and decides whether `owner` has access.
 dsns__DesktopMapAccess readAccess(Query& row, const std::string& owner) {
   const char* const mapOwner = row.readRequiredText();
   bool removed = false;
@@ -70,7 +70,7 @@ dsns__DesktopMapAccess readAccess(Query& row, const std::string& owner) {
   return collaboration ? dsns__DesktopMapAccess__OngoingCollaboration : dsns__DesktopMapAccess__Success;
 }
 
-/// Inserts a map, or saves over the one with its identifier.
+/// The statement that inserts a map or overwrites the map with its identifier.
 std::string saveStatement() {
   std::string names;
   std::string values;
@@ -85,16 +85,16 @@ std::string saveStatement() {
          ") ON CONFLICT(id) DO UPDATE SET version = version + 1" + updates;
 }
 
-/// Writes that belong together; undone unless commit() was reached. Takes the write lock at once, so that no later
-/// query can fail for want of it.
-class Change : public SQLite::Transaction {
+/// A transaction that takes the write lock at once: a later query cannot fail because another process has the lock.
+class WriteTransaction : public SQLite::Transaction {
 public:
-  explicit Change(SQLite::Database& database) : SQLite::Transaction(database, SQLite::TransactionBehavior::IMMEDIATE) {}
+  explicit WriteTransaction(SQLite::Database& database)
+      : SQLite::Transaction(database, SQLite::TransactionBehavior::IMMEDIATE) {}
 };
 
 } // namespace
 
-Store::Store(std::string databaseFile, Access databaseAccess) : file(std::move(databaseFile)), mode(databaseAccess) {}
+Store::Store(std::string databaseFile, OpenMode openMode) : file(std::move(databaseFile)), mode(openMode) {}
 
 SQLite::Database& Store::database() {
   if (!opened)
@@ -109,12 +109,12 @@ void Store::putAccount(const std::string& name, const std::string& password, boo
 }
 
 bool Store::removeAccount(const std::string& name) {
-  Change change(database());
+  WriteTransaction transaction(database());
   Query maps(database(), "DELETE FROM maps WHERE owner = ?");
   maps.bind(name).run();
   Query account(database(), "DELETE FROM accounts WHERE name = ?");
   const bool existed = account.bind(name).run() != 0;
-  change.commit();
+  transaction.commit();
   return existed;
 }
 
@@ -164,7 +164,7 @@ dsns__DesktopMapAccess Store::loadMap(const std::string& owner, const std::strin
 }
 
 dsns__DesktopMapAccess Store::saveMap(const std::string& owner, const MapRecord& map, bool forced, std::string& id) {
-  Change change(database());
+  WriteTransaction transaction(database());
   id = canonicalIdentifier(map.id);
   dsns__DesktopMapAccess found = accessTo(owner, id);
   if (found == dsns__DesktopMapAccess__None) {
@@ -182,12 +182,12 @@ dsns__DesktopMapAccess Store::saveMap(const std::string& owner, const MapRecord&
   query.bind(id).bind(owner).bind(now());
   forSavedColumns(map, [&](const char*, const auto& member, Blocks) { query.bind(member); });
   query.run();
-  change.commit();
+  transaction.commit();
   return dsns__DesktopMapAccess__Success;
 }
 
 dsns__DesktopMapAccess Store::renameMap(const std::string& owner, const std::string& id, const char* name) {
-  Change change(database());
+  WriteTransaction transaction(database());
   const dsns__DesktopMapAccess found = accessTo(owner, id);
   if (found != dsns__DesktopMapAccess__Success)
     return found;
@@ -199,12 +199,12 @@ dsns__DesktopMapAccess Store::renameMap(const std::string& owner, const std::str
 
   Query query(database(), "UPDATE maps SET name = ? WHERE id = ?");
   query.bind(name).bind(id).run();
-  change.commit();
+  transaction.commit();
   return dsns__DesktopMapAccess__Success;
 }
 
 dsns__DesktopMapAccess Store::removeMap(const std::string& owner, const std::string& id) {
-  Change change(database());
+  WriteTransaction transaction(database());
   const dsns__DesktopMapAccess found = accessTo(owner, id);
   if (found != dsns__DesktopMapAccess__Success)
     return found;
@@ -212,7 +212,7 @@ dsns__DesktopMapAccess Store::removeMap(const std::string& owner, const std::str
   Query query(database(), "UPDATE maps SET removed = 1, thumbnail = NULL, preview = NULL, backup = NULL,"
                           " content = NULL WHERE id = ?");
   query.bind(id).run();
-  change.commit();
+  transaction.commit();
   return dsns__DesktopMapAccess__Success;
 }
 
@@ -221,7 +221,7 @@ bool Store::markCollaboration(const std::string& id, bool ongoing) {
   return query.bind(ongoing).bind(id).run() != 0;
 }
 
-void Store::describeMaps(const std::function<void(const char*, const char*, const MapRecord&)>& visit) {
+void Store::listAllMaps(const std::function<void(const char*, const char*, const MapRecord&)>& visit) {
   Query query(database(), "SELECT owner, iif(removed, 'removed', iif(collaboration, 'collaboration', 'stored')), " +
                               mapColumns(NoBlocks) + " FROM maps ORDER BY rowid");
   while (query.step()) {
@@ -231,12 +231,12 @@ void Store::describeMaps(const std::function<void(const char*, const char*, cons
   }
 }
 
-void Store::putUpdate(const Update& update) {
+void Store::announceUpdate(const Update& update) {
   Query query(database(), "INSERT OR REPLACE INTO updates(id, version, path) VALUES(1, ?, ?)");
   query.bind(update.version).bind(update.path).run();
 }
 
-Update Store::update() {
+Update Store::announcedUpdate() {
   Query query(database(), "SELECT version, path FROM updates");
   if (!query.step())
     return {};
@@ -250,14 +250,14 @@ void Store::addReport(const Report& report) {
     size += text ? std::strlen(text) : 0;
   if (size > longestReport)
     throw StoreError("the report is too long");
-  Change change(database());
+  WriteTransaction transaction(database());
   Query query(database(), "INSERT INTO reports(received, name, email, subject, message, file_name, attachment)"
                           " VALUES(?, ?, ?, ?, ?, ?, ?)");
   query.bind(now()).bind(report.name).bind(report.email).bind(report.subject).bind(report.message);
   query.bind(report.fileName).bind(report.attachment).run();
   Query oldest(database(), "DELETE FROM reports WHERE number <= (SELECT max(number) FROM reports) - ?");
   oldest.bind(std::int64_t{mostReports}).run();
-  change.commit();
+  transaction.commit();
 }
 
 void Store::listReports(const std::function<void(const Report&)>& visit) {

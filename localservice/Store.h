@@ -1,7 +1,7 @@
-// What the local service remembers: accounts, maps, update information and reports, in one SQLite file. Used by the
-// operations (Handlers.h) and by the command line. Knows no SOAP; texts are UTF-8.
-// A Store belongs to one thread at a time. Any number of them, in any processes, may share a file. Every change is one
-// transaction: after a crash the file holds the state before it or after it.
+// The database of the local service: accounts, maps, update information and reports, in one SQLite file. Used by the
+// operations (Handlers.h) and the command line (Administration.h). Knows no SOAP; texts are UTF-8.
+// A Store belongs to one thread at a time. Any number of Stores, in any processes, may share a file. Every change is
+// one transaction: after a crash the file has the state before it or after it.
 #pragma once
 
 #include "localservice/Database.h"
@@ -13,17 +13,17 @@
 
 namespace localservice {
 
-/// One map. A null text and absent bytes stand for what a request left out or was never stored. Everything pointed to
-/// belongs to somebody else; in a MapVisitor it is valid until that returns.
+/// One map. Null texts and absent bytes were not in the request, or were never stored. The record owns nothing; in a
+/// MapVisitor its pointers are valid until the visitor returns.
 struct MapRecord {
-  const char* id = nullptr; ///< as canonicalIdentifier() gives it; from requests any form
+  const char* id = nullptr; ///< in the form of canonicalIdentifier(); in requests, in any form
   const char* name = nullptr;
   const char* author = nullptr;
   const char* description = nullptr;
   const char* formatType = nullptr;
   const char* formatVersion = nullptr;
   const char* formatHeader = nullptr;
-  std::int64_t lastModified = 0; ///< seconds since 1970 UTC, as the client says
+  std::int64_t lastModified = 0; ///< seconds since 1970 UTC, given by the client
   std::int64_t created = 0;      ///< seconds since 1970 UTC, set by the first save
   std::int64_t version = 0;      ///< number of saves
   bool isPublished = false;
@@ -35,12 +35,12 @@ struct MapRecord {
   Bytes content;
 };
 
-/// Which of a map's byte blocks are read; flags.
+/// The byte blocks of a map to read; flags.
 enum Blocks : unsigned { NoBlocks = 0, Thumbnail = 1, Preview = 2, Backup = 4, Content = 8 };
 
 using MapVisitor = std::function<void(const MapRecord&)>;
 
-/// What a user or a crashed program sent. Absent texts are null.
+/// A crash report, or a message from a user. Absent texts are null.
 struct Report {
   std::int64_t number = 0;   ///< given by the store
   std::int64_t received = 0; ///< seconds since 1970 UTC, given by the store
@@ -52,56 +52,59 @@ struct Report {
   Bytes attachment;
 };
 
-/// The newest set-up; both texts empty when none was announced.
+/// The newest setup. Both texts are empty when none was announced.
 struct Update {
   std::string version;
   std::string path;
 };
 
-/// Every function throws StoreError when the database does not do it; nothing has changed then.
-/// A map operation gives, checked in this order: None, there is no such map; NoAccess, it belongs to another account;
-/// MapRemoved, it was deleted; OngoingCollaboration, it is marked as such; FileExists, where said; else Success.
+/// Every function throws StoreError when the database fails; the file is then unchanged.
+/// The first of these that applies is the result of a map operation: None, there is no such map; NoAccess, it belongs
+/// to another account; MapRemoved, it was deleted; OngoingCollaboration, it has this mark; FileExists, see saveMap()
+/// and renameMap(); Success.
 class Store {
 public:
-  /// The file is opened by the first function that needs it, or by open().
-  Store(std::string databaseFile, Access databaseAccess);
+  /// Does not open the file: the first function that needs it does, or open().
+  Store(std::string databaseFile, OpenMode openMode);
   void open() { database(); }
 
-  /// Adds an account, or gives an existing one this password and standing.
+  /// Adds an account, or changes password and premium flag of an existing one. Throws std::runtime_error for a password
+  /// of more than 511 bytes.
   void putAccount(const std::string& name, const std::string& password, bool premium);
   /// Removes an account and its maps. False when there is no such account.
   [[nodiscard]] bool removeAccount(const std::string& name);
-  /// Every account, by name.
+  /// Calls `visit` for every account, in the order of their names.
   void listAccounts(const std::function<void(const char* name, bool premium)>& visit);
-  /// NotAUser, NotPremiumAccount or Success. Null texts belong to no account. An unknown name takes as long as a wrong
+  /// Returns NotAUser, NotPremiumAccount or Success; for null texts NotAUser. An unknown name takes as long as a wrong
   /// password.
   [[nodiscard]] dsns__DesktopLoginEnumerators login(const char* name, const char* password);
 
-  /// The maps of `owner` in the order of their first save, those that were deleted excepted.
+  /// Calls `visit` for each map of `owner` that is not deleted, in the order of their first save.
   void listMaps(const std::string& owner, bool publishedOnly, unsigned blocks, const MapVisitor& visit);
   /// Calls `visit` on Success only.
   [[nodiscard]] dsns__DesktopMapAccess loadMap(const std::string& owner, const std::string& id, unsigned blocks,
                                                const MapVisitor& visit);
-  /// Stores `map` under its identifier; under a fresh one when it has none or one that is not known, unless the owner
-  /// has a map of that name: then that one is meant. What `map` leaves out stays as stored. A map that exists gives
-  /// FileExists unless `forced`. On Success `id` is where it went.
+  /// Stores `map` over the map with its identifier or, if that is not known, over the owner's map of the same name; if
+  /// there is none, under a new identifier. Without `forced` an existing map gives FileExists. Values that `map` does
+  /// not have keep their stored ones. On Success `id` is the stored map's identifier.
   [[nodiscard]] dsns__DesktopMapAccess saveMap(const std::string& owner, const MapRecord& map, bool forced,
                                                std::string& id);
-  /// FileExists when the owner has another map of that name; None also for a name that is null or empty.
+  /// FileExists: the owner has another map of this name. None also for a name that is null or empty.
   [[nodiscard]] dsns__DesktopMapAccess renameMap(const std::string& owner, const std::string& id, const char* name);
-  /// The map's bytes are gone, its identifier is remembered.
+  /// Deletes the map's byte blocks. Its record stays, marked as removed.
   [[nodiscard]] dsns__DesktopMapAccess removeMap(const std::string& owner, const std::string& id);
 
   /// False when there is no such map.
   [[nodiscard]] bool markCollaboration(const std::string& id, bool ongoing);
-  /// Every map of every account, with its owner and "stored", "collaboration" or "removed".
-  void describeMaps(const std::function<void(const char* owner, const char* state, const MapRecord&)>& visit);
+  /// Calls `visit` for every map of every account. `state`: "stored", "collaboration" or "removed".
+  void listAllMaps(const std::function<void(const char* owner, const char* state, const MapRecord&)>& visit);
 
-  void putUpdate(const Update& update);
-  [[nodiscard]] Update update();
+  /// Replaces the setup that was announced before.
+  void announceUpdate(const Update& update);
+  [[nodiscard]] Update announcedUpdate();
 
-  /// `number` and `received` of the argument are not looked at. Anybody may report, so a report may have 8 MiB, and the
-  /// latest 100 are kept.
+  /// Ignores `number` and `received` of the argument. Needs no account; therefore a report has at most 8 MiB, and only
+  /// the latest 100 reports are kept.
   void addReport(const Report& report);
   void listReports(const std::function<void(const Report&)>& visit);
 
@@ -111,7 +114,7 @@ private:
   SQLite::Database& database();
 
   const std::string file;
-  const Access mode;
+  const OpenMode mode;
   std::optional<SQLite::Database> opened;
 };
 

@@ -1,5 +1,5 @@
-// tarnwell-localservice: the map service on one machine. Exit status: 0, stopped or done; 1, it could not be done;
-// 2, the command line cannot be followed.
+// tarnwell-localservice: the map service on one machine. Exit status: 0, done or stopped by a signal; 1, failed; 2, the
+// command line is wrong.
 #include "localservice/Administration.h"
 #include "localservice/Server.h"
 
@@ -17,17 +17,17 @@ namespace {
 
 using namespace localservice;
 
-/// Serves until the process is asked to stop. A second signal ends it at once, as without this program's doing.
+/// Serves until SIGINT or SIGTERM. A second signal has its default effect: it ends the process at once.
 void serve(const Options& options) {
   std::signal(SIGHUP, SIG_IGN);
-  std::signal(SIGPIPE, SIG_IGN); // of a log that nobody reads any more
-  // Big blocks go back to the system when they are freed; without this, malloc begins to keep them.
+  std::signal(SIGPIPE, SIG_IGN); // when the reader of the log has closed it
+  // A fixed threshold makes free() return blocks of 1 MiB and more to the system; otherwise malloc raises it.
   mallopt(M_MMAP_THRESHOLD, 1 << 20);
   sigset_t stops;
   sigemptyset(&stops);
   sigaddset(&stops, SIGINT);
   sigaddset(&stops, SIGTERM);
-  pthread_sigmask(SIG_BLOCK, &stops, nullptr); // before there are threads: they inherit it
+  pthread_sigmask(SIG_BLOCK, &stops, nullptr); // before the first thread starts: threads inherit the mask
   const int stop = signalfd(-1, &stops, SFD_CLOEXEC);
 
   Server server(options);
@@ -36,7 +36,7 @@ void serve(const Options& options) {
   std::cout << server.endpoint() << std::endl;
   server.serve(stop);
   signalfd_siginfo received;
-  static_cast<void>(!read(stop, &received, sizeof received)); // so that it is not delivered now
+  static_cast<void>(!read(stop, &received, sizeof received)); // or unblocking would deliver it
   pthread_sigmask(SIG_UNBLOCK, &stops, nullptr);
   if (!server.finish())
     std::_Exit(EXIT_SUCCESS);
@@ -47,10 +47,10 @@ void run(const Options& options) {
     std::cout << options.information;
     return;
   }
-  Store store(options.database, options.readOnly            ? Access::Read
-                                : options.createsDatabase() ? Access::Create
-                                                            : Access::Change);
-  store.open(); // and stays open, since a database in memory goes with its last user
+  Store store(options.database, options.readOnly            ? OpenMode::Read
+                                : options.createsDatabase() ? OpenMode::Create
+                                                            : OpenMode::Change);
+  store.open(); // and keeps it open, because a database in memory exists only while it is open
   administer(store, options);
   if (options.serve)
     serve(options);
@@ -59,7 +59,7 @@ void run(const Options& options) {
 } // namespace
 
 int main(int argc, char** argv) {
-  // Arguments and file names are UTF-8 whatever the locale says: with LANG=C, Qt 5 would lose all but ASCII.
+  // Arguments and file names are UTF-8 in every locale: with LANG=C, Qt 5 would keep only ASCII characters.
   QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
   const QCoreApplication application(argc, argv);
   try {

@@ -1,5 +1,5 @@
-# Debian packages, `cpack --config build/release/CPackConfig.cmake -B build/packages`, and the archive of the sources,
-# the same with CPackSourceConfig.cmake.
+# Makes Debian packages with `cpack --config build/release/CPackConfig.cmake -B build/packages`, and the archive of the
+# sources with CPackSourceConfig.cmake.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT ${contact})
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -27,12 +27,12 @@ debian_package(tarnwell tarnwell net "Map service plug-in for a mind-mapping app
 The plug-in gives the application access to the maps that a user keeps on the
 service; the console host does the same from a terminal.")
 debian_package(localservice tarnwell-localservice net "Map service on one machine, for development and tests
-Keeps maps and accounts in one SQLite file and answers hosts of the Tarnwell
+Stores maps and accounts in one SQLite file and answers hosts of the Tarnwell
 plug-in as the service in the cloud does. Runs by hand or as a user unit of
 systemd, on the loopback interface.")
 debian_package(dev tarnwell-dev libdevel "Headers for hosts of the Tarnwell plug-in
-They are all that a host compiles against, with their description for CMake and
-pkg-config. The local service to try a host with is in tarnwell-localservice.")
+A host compiles against these headers, with CMake or pkg-config. The package
+tarnwell-localservice has a service to try the host with.")
 debian_package(doc tarnwell-doc doc "Documentation of the Tarnwell plug-in and its tools
 How a host uses the plug-in, what travels on the wire, how the code is built,
 and how to change it.")
@@ -42,7 +42,7 @@ set(CPACK_DEBIAN_DOC_PACKAGE_ARCHITECTURE all)
 
 set(CPACK_SOURCE_GENERATOR TXZ)
 set(CPACK_SOURCE_PACKAGE_FILE_NAME tarnwell-${PROJECT_VERSION})
-# Anchored, because the tree itself may lie in a folder named build.
+# Anchored at the tree, which itself may be in a folder named build.
 string(REGEX REPLACE "([][+.*?()^$|\\])" "\\\\\\1" tree ${CMAKE_SOURCE_DIR})
 set(CPACK_SOURCE_IGNORE_FILES "^${tree}/build/" "/\\\\.git$" "/\\\\.git/" "^${tree}/\\\\.clangd/" "^${tree}/\\\\.cache/")
 include(CPack)

@@ -1,8 +1,9 @@
 # shellcheck shell=bash
-# Sourced first by every script here: from any folder to the root of the tree, strict mode, one line on a failure.
+# Every script here sources this first: it changes to the root of the tree, sets strict mode and defines functions.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
+# fail TEXT: prints "SCRIPT: TEXT" and ends the script with status 1.
 fail() {
   echo "$(basename "$0"): $1" >&2
   exit 1
@@ -15,7 +16,7 @@ step() {
   "$@" || fail "$what failed"
 }
 
-# quietly WHAT COMMAND...: the same, but of its output only the end is seen, and only when it fails.
+# quietly WHAT COMMAND...: the same without the command's output; when it fails, shows the last 40 lines.
 quietly() {
   local what=$1 log
   shift

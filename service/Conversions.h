@@ -32,7 +32,8 @@ QDateTime fromSeconds(std::time_t seconds);
 /// Lets `block`, of a request, point to the bytes: `bytes` has to outlive its use.
 void lendBytes(const QByteArray& bytes, xsd__base64Binary& block);
 
-/// What a request tells of a map beyond identifier, texts, published flag and modification date, which all tell.
+/// The parts of a map that only some requests send. All of them send identifier, texts, published flag and
+/// modification date.
 enum MapParts : unsigned {
   WithVersion = 1,
   WithContent = 2,
@@ -47,8 +48,8 @@ enum MapParts : unsigned {
 /// of its blocks, which stay in the context, empty. Afterwards the record is at its defaults again.
 class RequestDescription {
 public:
-  /// `record` outlives this; null (no context) is left alone. `name` stands in for the name of `info`. What no part
-  /// covers is never filled from the host's side, its format flag included. Throws std::bad_alloc.
+  /// `record` outlives this; null (no context) is left alone. `name` takes the place of the name in `info`.
+  /// Members that `parts` does not cover keep their defaults, also the format flag. Throws std::bad_alloc.
   RequestDescription(dsns__DesktopInfoClass* record, const MapInfo& info, const QString& name, MapParts parts);
   RequestDescription(const RequestDescription&) = delete;
   RequestDescription& operator=(const RequestDescription&) = delete;

@@ -1,5 +1,6 @@
 #include "service/TarnwellService.h"
 
+#include "client/Containment.h"
 #include "client/ContextObject.h"
 #include "service/Conversions.h"
 
@@ -7,7 +8,6 @@
 #include <QtCore/QFileInfo>
 
 #include <cerrno>
-#include <exception>
 #include <optional>
 #include <pwd.h>
 #include <sys/stat.h>
@@ -66,26 +66,6 @@ template <class Response, class Result> int mapOutcome(int code, const Response*
     return ResultFailed;
   const int login = loginOutcome(response->*result);
   return login == ResultOk ? resultOf((response->*result)->DesktopMapAccess) : login;
-}
-
-/// Runs `body`, which may throw; then the result is `failed`. The unwinding of a thread that is cancelled in a call
-/// passes through, as it must: whoever stops it ends the process. It is no exception that current_exception() knows.
-template <class Result, class Body> Result contain(Result failed, Body body) {
-  try {
-    return body();
-  } catch (...) {
-    if (!std::current_exception())
-      throw;
-    return failed;
-  }
-}
-
-/// A setter: without memory the old value stands, since nothing is stored before all is converted.
-template <class Body> void set(Body body) {
-  contain(false, [&] {
-    body();
-    return true;
-  });
 }
 
 /// Fills a new record from an answer's description.
@@ -347,26 +327,18 @@ bool TarnwellService::sendCrashReport(const QString& subject, const QString& mes
   });
 }
 
-void TarnwellService::setEndPoint(QString endPoint) {
-  set([&] { m_service.setEndPoint(endPoint.toStdString()); });
-}
-
-void TarnwellService::setProxySettings(QString host, int port, QString user, QString password, bool useProxy) {
-  set([&] {
-    m_service.setProxySettings(host.toStdString(), port, user.toStdString(), password.toStdString(), useProxy);
+void TarnwellService::set(void (STLDesktopService::*setter)(std::string), const QString& text) {
+  contain(false, [&] {
+    (m_service.*setter)(text.toStdString());
+    return true;
   });
 }
 
-void TarnwellService::setProxyHost(QString host) {
-  set([&] { m_service.setProxyHost(host.toStdString()); });
-}
-
-void TarnwellService::setProxyUser(QString user) {
-  set([&] { m_service.setProxyUser(user.toStdString()); });
-}
-
-void TarnwellService::setProxyPassword(QString password) {
-  set([&] { m_service.setProxyPassword(password.toStdString()); });
+void TarnwellService::setProxySettings(QString host, int port, QString user, QString password, bool useProxy) {
+  contain(false, [&] {
+    m_service.setProxySettings(host.toStdString(), port, user.toStdString(), password.toStdString(), useProxy);
+    return true;
+  });
 }
 
 int TarnwellService::loginResult(int, int loginValue) {

@@ -30,15 +30,15 @@ public:
   QString getSetupUrl() const override { return m_setupUrl; }
   QString getSetupVersion() const override { return m_setupVersion; }
 
-  void setEndPoint(QString endPoint) override;
+  void setEndPoint(QString endPoint) override { set(&STLDesktopService::setEndPoint, endPoint); }
   void setProxySettings(QString host, int port, QString user, QString password, bool useProxy) override;
   bool isUserLogon() const override { return m_service.loginSucces(); }
   bool sendCrashReport(const QString& subject, const QString& message, const QString& fileName,
                        QByteArray attachment) override;
-  void setProxyHost(QString host) override;
+  void setProxyHost(QString host) override { set(&STLDesktopService::setProxyHost, host); }
   void setProxyPort(int port) override { m_service.setProxyPort(port); }
-  void setProxyUser(QString user) override;
-  void setProxyPassword(QString password) override;
+  void setProxyUser(QString user) override { set(&STLDesktopService::setProxyUser, user); }
+  void setProxyPassword(QString password) override { set(&STLDesktopService::setProxyPassword, password); }
 
   /// The result of a login outcome, a dsns__DesktopLoginEnumerators; ResultFailed for a value outside it. The first
   /// argument is deliberately without effect.
@@ -57,6 +57,8 @@ private:
     return m_service.proxy.soap;
   }
   template <class Result, class Body> Result perform(Result failed, Body body);
+  /// Without memory the old value stands: the setter is called when the text is converted.
+  void set(void (STLDesktopService::*setter)(std::string), const QString& text);
   template <class Response, class Call>
   int listMaps(Call call, dsns__CompleteDesktopResponse* Response::*result, bool withThumbnails, QList<MapInfo>& maps);
   template <class Response, class Call>

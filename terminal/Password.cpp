@@ -11,7 +11,7 @@ bool askPassword(const std::string& prompt, std::string& password) {
     return false;
   const std::string typed = line;
   explicit_bzero(line, sizeof line);
-  if (typed.size() == sizeof line - 1) // the rest of the line is lost
+  if (typed.size() == sizeof line - 1) // a longer line: its rest is lost
     return false;
   password = typed;
   return true;

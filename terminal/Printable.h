@@ -1,12 +1,33 @@
-// Text that a terminal shows instead of obeying it. Pure function, any thread.
+// Text that a terminal shows and does not obey. Pure functions, any thread.
 #pragma once
 
 #include <QtCore/QString>
+#include <QtCore/QVector>
 
 namespace terminal {
 
-/// `text` with everything that a terminal could act on as U+FFFD: control characters, line breaks, bidirectional
-/// overrides, unpaired surrogates.
-[[nodiscard]] QString printable(const QString& text);
+/// Whether a terminal may act on this code point instead of showing it: a control character, a line or paragraph
+/// separator, an unpaired surrogate, or a bidirectional override or isolate, with which a name rearranges its line.
+inline bool isUnsafe(uint codePoint) {
+  switch (QChar::category(codePoint)) {
+  case QChar::Other_Control:
+  case QChar::Other_Surrogate:
+  case QChar::Separator_Line:
+  case QChar::Separator_Paragraph:
+    return true;
+  default:
+    return (codePoint >= 0x202A && codePoint <= 0x202E) || (codePoint >= 0x2066 && codePoint <= 0x2069);
+  }
+}
+
+/// `text` with U+FFFD in place of each unsafe code point.
+inline QString printable(const QString& text) {
+  QVector<uint> codePoints = text.toUcs4();
+  for (uint& codePoint : codePoints) {
+    if (isUnsafe(codePoint))
+      codePoint = QChar::ReplacementCharacter;
+  }
+  return QString::fromUcs4(codePoints.constData(), codePoints.size());
+}
 
 } // namespace terminal

@@ -8,7 +8,7 @@
 namespace {
 
 constexpr int period = 50;     // milliseconds between two attempts to end a call
-constexpr int patience = 1000; // milliseconds that a call has for ending when the program quits
+constexpr int patience = 1000; // milliseconds for a call to end when the program quits
 
 } // namespace
 
@@ -21,9 +21,9 @@ Cloud::Cloud(const QString& plugin) {
   }
   m_service.reset(factory());
 
-  // A call may connect more than once: it is ended until it has returned.
-  m_ender.setInterval(period);
-  connect(&m_ender, &QTimer::timeout, this, [this] { m_monitor->endCall(); });
+  // A call may open another connection: this timer ends each of them until the call has returned.
+  m_endTimer.setInterval(period);
+  connect(&m_endTimer, &QTimer::timeout, this, [this] { m_monitor->endCall(); });
   m_worker.moveToThread(&m_thread);
   m_thread.start();
 }
@@ -34,7 +34,7 @@ Cloud::~Cloud() {
   timer.start();
   while (!m_thread.wait(period)) {
     m_monitor->endCall();
-    // In the look-up of a name there is no connection to end. Nothing may be destroyed under the thread.
+    // A call that looks up a name has no connection to end. Its thread still uses the objects: destroy none.
     if (timer.elapsed() > patience)
       std::quick_exit(EXIT_SUCCESS);
   }
@@ -50,7 +50,7 @@ void Cloud::start(const Call& call, const Done& done) {
   m_isBusy = true;
   m_hasGivenUp = false;
   const auto finish = [this, done](int result) {
-    m_ender.stop();
+    m_endTimer.stop();
     m_isBusy = false;
     done(result);
   };
@@ -71,5 +71,5 @@ void Cloud::giveUp() {
     return;
   m_hasGivenUp = true;
   m_monitor->endCall();
-  m_ender.start();
+  m_endTimer.start();
 }

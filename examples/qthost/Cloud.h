@@ -1,5 +1,5 @@
-// The service on a thread of its own: what a host puts between its windows and the plug-in. All functions belong to the
-// thread that made the object, and none of them waits for the network; only a `Call` runs on the worker thread.
+// Calls the service in a thread of its own, for a host's windows. Use all functions from the thread that made the
+// object; none of them waits for the network. Only a `Call` runs on the worker thread.
 #pragma once
 
 #include "host/CallMonitor.h"
@@ -11,43 +11,44 @@
 #include <functional>
 #include <memory>
 
+/// Loads the plug-in and makes one call at a time.
 class Cloud : public QObject {
 public:
-  /// Runs on the worker thread and makes one call of the service; returns the call's result. It owns copies of what it
-  /// needs and touches nothing of the window.
+  /// Runs on the worker thread, makes one call of the service and returns its result. It owns copies of all that it
+  /// needs, and uses nothing of the window.
   using Call = std::function<int(ITarnwellService& service)>;
-  /// Runs on the thread of the Cloud once the call has returned.
+  /// Runs on the thread of the Cloud when the call has returned.
   using Done = std::function<void(int result)>;
 
-  /// Loads the plug-in from the file `plugin`. When that fails, error() says why and nothing else may be called.
+  /// Loads the plug-in from the file `plugin`. When that fails, error() says why, and no other function may be called.
   explicit Cloud(const QString& plugin);
-  /// Ends a call that is running, and its thread; `Done` is not called any more. To be destroyed last: when the call
-  /// does not end within a second, the process ends here.
+  /// Ends a running call and the thread, and does not call `Done`. Destroy this object last: when the call does not end
+  /// within a second, the destructor ends the process.
   ~Cloud() override;
 
   QString error() const { return m_error; }
 
-  /// Not while a call is running.
+  /// Must not be called while a call is running.
   void setEndPoint(const QString& endPoint);
-  /// One call at a time: not while another one is running.
+  /// Starts a call. Must not be called while another call is running.
   void start(const Call& call, const Done& done);
   bool isBusy() const { return m_isBusy; }
 
   /// How far the running call is.
   tarnwell::CallProgress progress() { return m_monitor->progress(); }
-  /// Ends the running call: it returns ResultFailed soon, as far as it had not finished.
+  /// Ends the running call: it returns ResultFailed soon, unless it has finished already.
   void giveUp();
   bool hasGivenUp() const { return m_hasGivenUp; }
 
 private:
   QString m_error;
   std::unique_ptr<ITarnwellService> m_service;
-  /// Made anew for each endpoint: it knows the port.
+  /// A new one for each endpoint, because it has the port.
   std::unique_ptr<tarnwell::CallMonitor> m_monitor = std::make_unique<tarnwell::CallMonitor>(80);
   bool m_isBusy = false;
   bool m_hasGivenUp = false;
-  QTimer m_ender;
+  QTimer m_endTimer;
   QThread m_thread;
-  /// Lives in m_thread: what is invoked on it runs there.
+  /// Belongs to m_thread: functions that are invoked on it run there.
   QObject m_worker;
 };

@@ -1,7 +1,7 @@
-// What a result code means to the person at the screen. Any thread.
+// Explains a result code to the user. Any thread.
 #pragma once
 
 #include <QtCore/QString>
 
-/// One or two sentences: what has happened, and what to do about it.
+/// One or two sentences: what has happened, and what the user can do.
 QString explanation(int result);

@@ -14,16 +14,16 @@
 
 namespace {
 
-constexpr int period = 100; // milliseconds between two looks at a running call
+constexpr int period = 100; // milliseconds between two updates of the progress
 constexpr QSize thumbnailSize(160, 100);
 
-/// What so many bytes are on the network: base64, and some 2000 bytes of heads and envelope.
-qint64 onTheWire(qint64 bytes) { return bytes == 0 ? 0 : (bytes + 2) / 3 * 4 + 2000; }
+/// Bytes on the network for so many bytes of a map: base64, and about 2000 bytes of heads and envelope.
+qint64 wireSize(qint64 bytes) { return bytes == 0 ? 0 : (bytes + 2) / 3 * 4 + 2000; }
 
-/// MapInfo::operator== is not const, so it cannot compare the elements of a constant list; this can.
+/// Compares elements of a constant list, which MapInfo::operator== cannot, because it is not const.
 bool isSameMap(const MapInfo& one, const MapInfo& other) { return one.mapID() == other.mapID(); }
 
-/// The preview as an icon. The bytes are whatever some host has saved: they may be no image at all.
+/// The preview as an icon. Any host may have saved the bytes: they need not be an image.
 QIcon thumbnail(const MapInfo& map) {
   QPixmap pixmap;
   if (!pixmap.loadFromData(map.mapThumbnail())) {
@@ -33,7 +33,7 @@ QIcon thumbnail(const MapInfo& map) {
   return pixmap.scaled(thumbnailSize, Qt::KeepAspectRatio, Qt::SmoothTransformation);
 }
 
-/// The preview of a map that is to be saved. A real host draws it; this one takes the PNG beside the file.
+/// The preview for a map to save. A real host draws it; this one takes the PNG file beside the map.
 QByteArray thumbnailOf(const QString& file) {
   const QFileInfo info(file);
   QFile image(info.path() + "/" + info.completeBaseName() + ".png");
@@ -53,6 +53,7 @@ Window::Window(Cloud& cloud, const QString& endPoint) : m_cloud(cloud), m_endPoi
   m_list.setViewMode(QListView::IconMode);
   m_list.setIconSize(thumbnailSize);
   m_list.setSpacing(8);
+  m_list.setWordWrap(true);
   m_list.setMovement(QListView::Static);
   m_list.setResizeMode(QListView::Adjust);
   m_status.setObjectName("status");
@@ -100,7 +101,7 @@ void Window::logIn() {
   };
   start("Logging in", 0, call, [this](int result) {
     if (result == ResultFailed)
-      return; // the user is logged in as before
+      return; // no answer, or a failure of the service: the list stays as it was
     m_isLoggedIn = result == ResultOk;
     m_maps.clear();
     m_list.clear();
@@ -110,7 +111,7 @@ void Window::logIn() {
 }
 
 void Window::list() {
-  // Both threads know the list, one after the other: the worker until the call has returned, then the window.
+  // Only one thread at a time uses the list: the worker until the call has returned, then the window.
   const auto maps = std::make_shared<QList<MapInfo>>();
   const auto call = [maps](ITarnwellService& service) { return service.getDesktopMapsList(false, *maps); };
   start("Listing", 0, call, [this, maps](int result) {
@@ -119,19 +120,22 @@ void Window::list() {
     const MapInfo before = selected();
     m_maps = *maps;
     m_list.clear();
+    // Names get two lines, whatever their length.
+    const QSize size = thumbnailSize + QSize(8, 8 + 2 * m_list.fontMetrics().lineSpacing());
     for (const MapInfo& map : qAsConst(m_maps)) {
       auto* const item = new QListWidgetItem(thumbnail(map), map.mapName(), &m_list);
+      item->setSizeHint(size);
       if (isSameMap(map, before))
         m_list.setCurrentItem(item);
     }
-    m_status.setText(QString("%1 maps").arg(m_maps.size()));
+    m_status.setText(m_maps.size() == 1 ? QString("1 map") : QString("%1 maps").arg(m_maps.size()));
   });
 }
 
 void Window::download(const QString& file) {
   const auto map = std::make_shared<MapInfo>(selected());
   const auto call = [map](ITarnwellService& service) { return service.getMap(*map); };
-  start("Downloading", onTheWire(m_sizes.value(map->mapID())), call, [this, map, file](int result) {
+  start("Downloading", wireSize(m_sizes.value(map->mapID())), call, [this, map, file](int result) {
     if (result != ResultOk)
       return;
     m_sizes[map->mapID()] = map->mapContent().size();
@@ -146,7 +150,7 @@ void Window::save(const QString& file, const MapInfo& map, bool isForced) {
   const auto call = [saved, file, preview, isForced](ITarnwellService& service) {
     return service.saveMap(file, *saved, preview, isForced);
   };
-  start("Saving", onTheWire(QFileInfo(file).size() + preview.size()), call, [this, saved, file, map](int result) {
+  start("Saving", wireSize(QFileInfo(file).size() + preview.size()), call, [this, saved, file, map](int result) {
     if (result == ResultFileExists)
       askAboutConflict(file, map);
     if (result != ResultOk)
@@ -187,7 +191,7 @@ void Window::askForSave() {
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   dialog->setFileMode(QFileDialog::ExistingFile);
   connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& file) {
-    // A map of this name is meant to be saved again; the service then asks whether to overwrite it.
+    // If a map of this name is stored, save that one again: the window then asks whether to overwrite it.
     const QString name = QFileInfo(file).completeBaseName();
     const auto stored =
         std::find_if(m_maps.cbegin(), m_maps.cend(), [&](const MapInfo& m) { return m.mapName() == name; });
@@ -248,7 +252,7 @@ void Window::start(const QString& activity, qint64 size, const Cloud::Call& call
     enableButtons();
   });
   m_progressTimer.start(period);
-  m_progress.setRange(0, 0); // until the first look
+  m_progress.setRange(0, 0); // until percent are known
   m_status.setText(m_activity);
   enableButtons();
 }
@@ -265,7 +269,7 @@ void Window::showProgress() {
 
 void Window::showResult(int result) {
   const bool isUnknown = result == ResultFailed && m_cloud.hasGivenUp();
-  m_status.setText(isUnknown ? "Given up. The service may have done it all the same." : explanation(result));
+  m_status.setText(isUnknown ? "Given up. The service may have done it nevertheless." : explanation(result));
 }
 
 void Window::enableButtons() {

@@ -1,4 +1,4 @@
-// The window: an account, its maps with their previews, and what can be done with them.
+// The window: an account, its maps with their previews, and a button for each operation. The thread of the windows.
 #pragma once
 
 #include "Cloud.h"
@@ -14,14 +14,14 @@
 
 class Window : public QWidget {
 public:
-  /// `cloud` has loaded its plug-in, and lives as long as the window.
+  /// `cloud` has loaded its plug-in and outlives the window.
   Window(Cloud& cloud, const QString& endPoint);
 
 private:
   void logIn();
   void list();
   void download(const QString& file);
-  /// A record without an identifier becomes a new map; otherwise the map of this identifier is meant.
+  /// Saves `file` as a new map when `map` has no identifier, otherwise over the map with this identifier.
   void save(const QString& file, const MapInfo& map, bool isForced);
   void rename(const QString& newName);
   void remove();
@@ -32,22 +32,22 @@ private:
   void askForRename();
   void askForRemoval();
 
-  /// Starts a call that is expected to move `size` bytes over the network, 0 when that is not known. `done` gets a
-  /// result that the window has already explained to the user.
+  /// Starts a call. `size`: expected bytes on the network, 0 when not known. The window explains the result to the
+  /// user, then calls `done` with it.
   void start(const QString& activity, qint64 size, const Cloud::Call& call, const Cloud::Done& done);
   void showProgress();
   void showResult(int result);
   void enableButtons();
-  /// The selected map, a copy; one without an identifier when none is selected.
+  /// A copy of the selected map; a record without an identifier when none is selected.
   MapInfo selected() const;
 
   Cloud& m_cloud;
   bool m_isLoggedIn = false;
   QList<MapInfo> m_maps;
-  /// Sizes of contents in bytes, as far as they have passed here: the service does not tell them beforehand.
+  /// Sizes in bytes of the maps that were saved or downloaded here: the service does not tell them before a download.
   QHash<QUuid, int> m_sizes;
   QString m_activity;
-  qint64 m_expected = 0;
+  qint64 m_expected = 0; // bytes on the network
   QTimer m_progressTimer;
 
   QLineEdit m_endPoint, m_user, m_password;

@@ -1,4 +1,4 @@
-// A host with a window. qthost [ENDPOINT [PLUGIN]]
+// A host with a window: qthost [ENDPOINT [PLUGIN]]
 #include "Window.h"
 
 #include <QtWidgets/QApplication>

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 
 #if defined(__x86_64__)
 #include <immintrin.h>
@@ -31,11 +32,9 @@ void encodeScalar(const unsigned char* bytes, std::size_t size, char* text) {
   }
   if (size == 0)
     return;
-  const unsigned group = static_cast<unsigned>(bytes[0] << 16 | (size == 2 ? bytes[1] << 8 : 0));
-  text[0] = alphabet[group >> 18];
-  text[1] = alphabet[group >> 12 & 63];
-  text[2] = size == 2 ? alphabet[group >> 6 & 63] : '=';
-  text[3] = '=';
+  const unsigned char rest[3] = {bytes[0], size == 2 ? bytes[1] : static_cast<unsigned char>(0), 0};
+  encodeScalar(rest, sizeof rest, text);
+  std::memset(text + size + 1, '=', 3 - size);
 }
 
 std::size_t decodeScalar(const char* text, std::size_t size, unsigned char* bytes) {
@@ -133,12 +132,8 @@ void encode(const unsigned char* bytes, std::size_t size, char* text) {
 }
 
 std::size_t decodeGroups(const char* text, std::size_t size, unsigned char* bytes) {
-  const std::size_t done = hasAvx2() ? decodeAvx2(text, size, bytes) : 0;
+  const std::size_t done = size >= 32 && hasAvx2() ? decodeAvx2(text, size, bytes) : 0;
   return done + decodeScalar(text + done, size - done, bytes + done / 4 * 3);
-}
-
-int decodeCharacter(int character) {
-  return character < 0 || character > 255 ? -1 : values[static_cast<unsigned>(character)];
 }
 
 } // namespace tarnwell::base64

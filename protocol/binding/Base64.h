@@ -18,7 +18,4 @@ inline constexpr std::size_t decodeSlack = 8;
 /// group go to `bytes`, which needs decodeSlack bytes more. Returns the number of characters taken.
 std::size_t decodeGroups(const char* text, std::size_t size, unsigned char* bytes);
 
-/// The six bits of one plain character, -1 of any other.
-int decodeCharacter(int character);
-
 } // namespace tarnwell::base64

@@ -24,68 +24,70 @@ bool makeRoom(struct soap* soap, OpenBlock& block) {
   return block.grow(decodedSize(end), decodedSize(more));
 }
 
-/// The bits collected so far, `count` bytes of them.
-bool append(struct soap* soap, OpenBlock& block, unsigned bits, std::size_t count) {
-  if (block.room() < decodedSize(0) && !makeRoom(soap, block))
-    return false;
-  for (std::size_t i = 0; i < count; ++i)
-    block.end()[i] = static_cast<unsigned char>(bits >> (16 - 8 * i));
-  block.extend(count);
-  return true;
+/// Decodes whole groups of four plain characters at the start of `text` to the end of `block`, where they do not count
+/// yet. Returns the number of characters; 0 with the context's error set: out of memory.
+std::size_t decode(struct soap* soap, OpenBlock& block, std::string_view text) {
+  if (block.room() < decodedSize(0) && !makeRoom(soap, block)) {
+    soap->error = SOAP_EOM;
+    return 0;
+  }
+  const std::size_t fitting = (block.room() - base64::decodeSlack) / 3 * 4;
+  return base64::decodeGroups(text.data(), std::min(text.size(), fitting), block.end());
 }
 
 /// Base64 text up to the element's end tag, or to its first child when there is no text. Blanks are allowed anywhere,
 /// padding at the end only.
 int readBase64(struct soap* soap, OpenBlock& block) {
-  unsigned group = 0;
-  int characters = 0;
+  char group[4];
+  std::size_t count = 0; // characters in it
   bool padded = false;
   for (;;) {
     if (unread(soap).empty() && soap_recv(soap))
       return soap->error = SOAP_CHK_EOF;
     const std::string_view next = unread(soap);
-    if (!soap->ahead && !soap->cdata && next.substr(0, 2) == "</")
+    if (readsBuffer(soap) && next.substr(0, 2) == "</")
       break;
-    if (characters == 0 && !padded && !soap->ahead && next.size() >= 4) {
-      if (block.room() < decodedSize(0) && !makeRoom(soap, block))
-        return soap->error = SOAP_EOM;
-      const std::size_t fitting = (block.room() - base64::decodeSlack) / 3 * 4;
-      const std::size_t taken = base64::decodeGroups(next.data(), std::min(next.size(), fitting), block.end());
+    if (count == 0 && !padded && !soap->ahead) {
+      const std::size_t taken = decode(soap, block, next);
+      if (soap->error)
+        return soap->error;
       block.extend(taken / 4 * 3);
       skipUnread(soap, taken);
-      if (taken == fitting || taken == next.size())
+      if (taken > 0 && (taken == next.size() || next[taken] == '<'))
         continue;
     }
     // One character the slow way: a blank, padding, an odd group at the buffer's edge, the end.
     const soap_wchar c = soap_get(soap);
     if (static_cast<int>(c) == EOF)
       return soap->error = SOAP_CHK_EOF;
-    if (c == endTagMark || (c == startTagMark && block.size() == 0 && characters == 0)) {
+    if (c == endTagMark || (c == startTagMark && block.size() == 0 && count == 0)) {
       soap_unget(soap, c);
       break;
     }
-    const int character = static_cast<int>(c & 0x7fffffff);
+    const int character = static_cast<int>(c & 0x7fffffff); // without the mark of a reference
     if (isBlank(character))
       continue;
-    const int bits = base64::decodeCharacter(character);
-    padded = padded || (character == '=' && characters >= 2);
-    if (padded && character == '=')
+    if (character == '=' && (padded || count >= 2)) {
+      padded = true;
       continue;
-    if (bits < 0 || padded)
+    }
+    if (padded || character > 'z')
       return soap->error = SOAP_TYPE;
-    group = group << 6 | static_cast<unsigned>(bits);
-    if (++characters < 4)
+    group[count++] = static_cast<char>(character);
+    if (count < sizeof group)
       continue;
-    if (!append(soap, block, group, 3))
-      return soap->error = SOAP_EOM;
-    characters = 0;
+    if (decode(soap, block, {group, count}) != count)
+      return soap->error = soap->error ? soap->error : SOAP_TYPE;
+    block.extend(3);
+    count = 0;
   }
-  if (characters == 1)
-    return soap->error = SOAP_TYPE;
+  if (count == 0)
+    return SOAP_OK;
   // Two characters left are one byte, three are two.
-  if (characters > 1 &&
-      !append(soap, block, group << (characters == 2 ? 12 : 6), static_cast<std::size_t>(characters - 1)))
-    return soap->error = SOAP_EOM;
+  std::fill(group + count, std::end(group), 'A');
+  if (count == 1 || decode(soap, block, {group, sizeof group}) == 0)
+    return soap->error = soap->error ? soap->error : SOAP_TYPE;
+  block.extend(count - 1);
   return SOAP_OK;
 }
 

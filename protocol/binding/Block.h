@@ -5,7 +5,7 @@
 #include "protocol/binding/SchemaObject.h"
 
 /// "xsd:base64Binary": a block of bytes. Inline unless `id` or `type` is set, which makes it an attachment.
-class xsd__base64Binary : public tarnwell::SchemaClass<xsd__base64Binary> {
+class xsd__base64Binary : public tarnwell::SchemaClass<xsd__base64Binary, SOAP_TYPE_xsd__base64Binary> {
 public:
   unsigned char* __ptr = nullptr;
   int __size = 0;
@@ -13,8 +13,6 @@ public:
   char* type = nullptr;
   char* options = nullptr;
   struct soap* soap = nullptr;
-
-  static constexpr int number = SOAP_TYPE_xsd__base64Binary;
 };
 
 namespace tarnwell {

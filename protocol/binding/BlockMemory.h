@@ -7,7 +7,7 @@
 
 namespace tarnwell {
 
-/// Memory for the bytes of one block after the other, of which one is open at a time.
+/// Memory for the bytes of blocks. One block at a time is open: its bytes are being read.
 class BlockMemory {
 public:
   BlockMemory() = default;
@@ -16,7 +16,7 @@ public:
   virtual ~BlockMemory() = default;
 
   /// Gives the open block room for `capacity` bytes, or opens one; keeps the `size` bytes that were written. Returns
-  /// where the bytes lie. Null: out of memory, and the block is as it was.
+  /// where the bytes lie. Null: out of memory; the block is unchanged.
   virtual unsigned char* reserve(std::size_t capacity, std::size_t size) noexcept = 0;
   /// Closes the open block, which has `size` bytes, and keeps it; `shrink`: without the room that is left. Returns
   /// where the bytes lie from now on. Null: out of memory.
@@ -25,7 +25,7 @@ public:
   virtual void discard() noexcept = 0;
 
   /// The answer has an element with an id, so that several references may lead to one block: from then on blocks are
-  /// read into memory of the context.
+  /// read into the context's own memory.
   bool hasReferences = false;
 };
 

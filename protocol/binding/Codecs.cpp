@@ -7,138 +7,65 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
+#include <cstdlib>
 #include <cstring>
-#include <limits>
+#include <string>
 
 namespace tarnwell {
 namespace {
 
-/// A short value as text, with room for every number and time.
-using Short = char[64];
-
-/// Reads a simple value: blanks around it do not count; an empty one keeps the default, except in strict mode.
-template <int (*parse)(struct soap*, const Type&, std::string_view, void*)>
+/// Reads a simple value: `parse` gets its text without the blanks around it. An empty one keeps the default, except in
+/// strict mode.
+template <class T, int (*parse)(struct soap*, const Type&, std::string_view, T*)>
 int readSimple(struct soap* soap, const Type& type, void* value) {
   Content content;
   if (content.read(soap))
     return soap->error;
   const std::string_view text = content.trimmed();
   if (!text.empty())
-    return parse(soap, type, text, value);
+    return parse(soap, type, text, static_cast<T*>(value));
   return soap->error = soap->mode & SOAP_XML_STRICT ? SOAP_EMPTY : SOAP_OK;
 }
 
-template <const char* (*format)(struct soap*, const Type&, const void*, Short&)>
-int writeSimple(struct soap* soap, const Type& type, const void* value) {
-  Short buffer;
-  return soap_send(soap, format(soap, type, value, buffer));
+template <class T, const char* (*format)(struct soap*, T)>
+int writeSimple(struct soap* soap, const Type&, const void* value) {
+  return soap_send(soap, format(soap, *static_cast<const T*>(value)));
 }
 
-/// A decimal number of the range of `Number`, with an optional sign and nothing after it.
-template <class Number> int parseNumber(struct soap* soap, std::string_view text, Number& number) {
-  if (text.size() > 1 && text[0] == '+' && text[1] != '-')
-    text.remove_prefix(1);
-  const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
-  return soap->error = failure == std::errc() && end == text.data() + text.size() ? SOAP_OK : SOAP_TYPE;
+template <class Integer, int (*convert)(struct soap*, const char*, Integer*)>
+int parseInteger(struct soap* soap, const Type&, std::string_view text, Integer* value) {
+  return convert(soap, std::string(text).c_str(), value);
 }
 
-template <class Integer, class Wide>
-int parseInteger(struct soap* soap, const Type&, std::string_view text, void* value) {
-  Wide number = 0;
-  if (parseNumber(soap, text, number))
-    return soap->error;
-  if (number < std::numeric_limits<Integer>::min() || number > std::numeric_limits<Integer>::max())
-    return soap->error = SOAP_TYPE;
-  *static_cast<Integer*>(value) = static_cast<Integer>(number);
-  return SOAP_OK;
+/// What scanf's "%g" takes, with a point in every locale: the number ends at the first character that does not fit.
+int parseFloat(struct soap* soap, const Type&, std::string_view text, float* value) {
+  const char* const last = text.data() + text.size();
+  if (const auto [to, failure] = std::from_chars(text.data(), last, *value); failure == std::errc() && to == last)
+    return SOAP_OK; // most numbers, in a third of the time of strtof
+  const std::string digits(text);
+  char* end = nullptr;
+  *value = strtof_l(digits.c_str(), &end, SOAP_LOCALE(soap));
+  return soap->error = end == digits.c_str() ? SOAP_TYPE : SOAP_OK;
 }
 
-template <class Integer, class Wide>
-const char* formatInteger(struct soap*, const Type&, const void* value, Short& buffer) {
-  *std::to_chars(buffer, buffer + sizeof buffer, static_cast<Wide>(*static_cast<const Integer*>(value))).ptr = '\0';
-  return buffer;
-}
-
-template <class Integer, class Wide> constexpr Codec integerCodec() {
-  return {readSimple<parseInteger<Integer, Wide>>, writeSimple<formatInteger<Integer, Wide>>, false};
-}
-
-/// Whether a decimal number that no float holds is too large, and not too small: by the power of ten of its first digit
-/// that is not 0.
-bool isLarge(std::string_view number) {
-  const std::size_t end = std::min(number.find_first_of("eE"), number.size());
-  const std::string_view digits = number.substr(0, end);
-  const auto point = static_cast<long>(std::min(digits.find('.'), digits.size()));
-  const auto first = static_cast<long>(digits.find_first_of("123456789"));
-  std::string_view exponent = number.substr(std::min(end + 1, number.size()));
-  if (exponent.substr(0, 1) == "+")
-    exponent.remove_prefix(1);
-  long power = 0;
-  if (std::from_chars(exponent.data(), exponent.data() + exponent.size(), power).ec == std::errc::result_out_of_range)
-    return exponent[0] != '-';
-  return power > first - point;
-}
-
-/// "INF", "+INF", "-INF", "NaN", or what scanf's "%g" takes, which stops at the first character that does not fit.
-int parseFloat(struct soap* soap, const Type&, std::string_view text, void* value) {
-  float& number = *static_cast<float*>(value);
-  if (text == "NaN") {
-    number = std::numeric_limits<float>::quiet_NaN();
-    return SOAP_OK;
-  }
-  if (text[0] == '+' && text.substr(1, 1) != "-")
-    text.remove_prefix(1);
-  const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (failure == std::errc::invalid_argument)
-    return soap->error = SOAP_TYPE;
-  if (failure == std::errc::result_out_of_range) { // what rounding makes of it
-    const bool isNegative = text[0] == '-';
-    const auto size = static_cast<std::size_t>(end - text.data());
-    const bool large = isLarge(text.substr(isNegative, size - isNegative));
-    number = std::copysign(large ? std::numeric_limits<float>::infinity() : 0.0F, isNegative ? -1.0F : 1.0F);
-  }
-  return SOAP_OK;
-}
-
-/// "%.9G" in every locale: enough digits to read the same value again.
-const char* formatFloat(struct soap*, const Type&, const void* value, Short& buffer) {
-  const float number = *static_cast<const float*>(value);
-  if (!std::isfinite(number))
-    return std::isnan(number) ? "NaN" : number < 0 ? "-INF" : "INF";
-  char* const end = std::to_chars(buffer, buffer + sizeof buffer, number, std::chars_format::general, 9).ptr;
-  *end = '\0';
-  if (char* const exponent = std::strchr(buffer, 'e'))
-    *exponent = 'E';
-  return buffer;
-}
-
-int parseBoolean(struct soap* soap, const Type& type, std::string_view text, void* value) {
-  bool& flag = *static_cast<bool*>(value);
+int parseBoolean(struct soap* soap, const Type&, std::string_view text, bool* value) {
   int number = text == "true" ? 1 : 0;
-  if (number == 0 && text != "false" && parseInteger<int, int>(soap, type, text, &number))
+  if (number == 0 && text != "false" && soap_s2int(soap, std::string(text).c_str(), &number))
     return soap->error;
   if (number != 0 && number != 1)
     return soap->error = SOAP_TYPE;
-  flag = number == 1;
+  *value = number == 1;
   return SOAP_OK;
 }
 
-const char* formatBoolean(struct soap*, const Type&, const void* value, Short&) {
-  return *static_cast<const bool*>(value) ? "true" : "false";
-}
+const char* formatBoolean(struct soap*, bool value) { return value ? "true" : "false"; }
 
-int parseTime(struct soap* soap, const Type&, std::string_view text, void* value) {
-  return soap->error = parseDateTime(text, *static_cast<std::time_t*>(value)) ? SOAP_OK : SOAP_TYPE;
-}
-
-int writeTime(struct soap* soap, const Type&, const void* value) {
-  char buffer[dateTimeSize];
-  return soap_send(soap, formatDateTime(*static_cast<const std::time_t*>(value), buffer));
+int parseTime(struct soap* soap, const Type&, std::string_view text, std::time_t* value) {
+  return soap->error = parseDateTime(text, *value) ? SOAP_OK : SOAP_TYPE;
 }
 
 int parseEnumeration(struct soap* soap, const Type& type, std::string_view text, void* value) {
-  return enumerationValue(soap, type, text, *static_cast<int*>(value));
+  return enumerationValue(soap, type, std::string(text).c_str(), value);
 }
 
 int writeEnumeration(struct soap* soap, const Type& type, const void* value) {
@@ -157,20 +84,17 @@ int writeWideText(struct soap* soap, const Type&, const void* value) {
   return writeText(soap, *static_cast<const std::wstring*>(value));
 }
 
-char* copyCharacters(struct soap* soap, std::string_view text) {
-  char* const copy = static_cast<char*>(soap_malloc(soap, text.size() + 1));
-  if (copy)
-    copy[text.copy(copy, text.size())] = '\0'; // unlike memcpy, takes an empty view without data
-  return copy;
-}
-
 int readCharacters(struct soap* soap, const Type&, void* value) {
   Content content;
   if (content.read(soap))
     return soap->error;
-  char* const copy = copyCharacters(soap, content.text());
+  const std::string_view text = content.text();
+  char* const copy = static_cast<char*>(soap_malloc(soap, text.size() + 1));
+  if (!copy)
+    return soap->error;
+  copy[text.copy(copy, text.size())] = '\0'; // unlike memcpy, takes an empty view without data
   *static_cast<char**>(value) = copy;
-  return copy ? SOAP_OK : soap->error;
+  return SOAP_OK;
 }
 
 int writeCharacters(struct soap* soap, const Type&, const void* value) {
@@ -200,20 +124,24 @@ bool declarePrefix(struct soap* soap, const Type& type, const void* value, const
   return !name || soap_QName2s(soap, name);
 }
 
+template <class Integer, int (*convert)(struct soap*, const char*, Integer*),
+          const char* (*format)(struct soap*, Integer)>
+constexpr Codec integerCodec = {readSimple<Integer, parseInteger<Integer, convert>>, writeSimple<Integer, format>};
+
 } // namespace
 
-constexpr Codec byteCodec = integerCodec<char, int>();
-constexpr Codec unsignedByteCodec = integerCodec<unsigned char, unsigned>();
-constexpr Codec intCodec = integerCodec<int, int>();
-constexpr Codec unsignedIntCodec = integerCodec<unsigned, unsigned>();
-constexpr Codec floatCodec = {readSimple<parseFloat>, writeSimple<formatFloat>, false};
-constexpr Codec booleanCodec = {readSimple<parseBoolean>, writeSimple<formatBoolean>, false};
-constexpr Codec dateTimeCodec = {readSimple<parseTime>, writeTime, false};
-constexpr Codec enumerationCodec = {readSimple<parseEnumeration>, writeEnumeration, false};
-constexpr Codec wideTextCodec = {readWideText, writeWideText, false};
+constexpr Codec byteCodec = integerCodec<char, soap_s2byte, soap_byte2s>;
+constexpr Codec unsignedByteCodec = integerCodec<unsigned char, soap_s2unsignedByte, soap_unsignedByte2s>;
+constexpr Codec intCodec = integerCodec<int, soap_s2int, soap_int2s>;
+constexpr Codec unsignedIntCodec = integerCodec<unsigned, soap_s2unsignedInt, soap_unsignedInt2s>;
+constexpr Codec floatCodec = {readSimple<float, parseFloat>, writeSimple<float, soap_float2s>};
+constexpr Codec booleanCodec = {readSimple<bool, parseBoolean>, writeSimple<bool, formatBoolean>};
+constexpr Codec dateTimeCodec = {readSimple<std::time_t, parseTime>, writeSimple<std::time_t, soap_dateTime2s>};
+constexpr Codec enumerationCodec = {readSimple<void, parseEnumeration>, writeEnumeration};
+constexpr Codec wideTextCodec = {readWideText, writeWideText};
 constexpr Codec charactersCodec = {readCharacters, writeCharacters, true};
 constexpr Codec qualifiedNameCodec = {readQualifiedName, writeQualifiedName, true, nullptr, declarePrefix};
-constexpr Codec recordCodec = {readRecord, writeRecord, false};
+constexpr Codec recordCodec = {readRecord, writeRecord};
 
 const char* enumerationText(struct soap* soap, const Type& type, int value) {
   for (std::size_t i = 0; i < type.nameCount; ++i)
@@ -222,20 +150,21 @@ const char* enumerationText(struct soap* soap, const Type& type, int value) {
   return soap_int2s(soap, value);
 }
 
-int enumerationValue(struct soap* soap, const Type& type, std::string_view text, int& value) {
-  for (std::size_t i = 0; i < type.nameCount; ++i) {
-    if (text == type.names[i].text) {
-      value = type.names[i].value;
-      return SOAP_OK;
-    }
-  }
+int enumerationValue(struct soap* soap, const Type& type, const char* text, void* value) {
+  if (!text)
+    return soap->error = SOAP_TYPE;
+  const Enumerator* const end = type.names + type.nameCount;
+  const Enumerator* const named =
+      std::find_if(type.names, end, [text](const Enumerator& name) { return std::strcmp(name.text, text) == 0; });
   int number = 0;
-  if (parseNumber(soap, text, number))
+  if (named != end)
+    number = named->value;
+  else if (soap_s2int(soap, text, &number))
     return soap->error;
   // The values are those from 0 on.
   if (soap->mode & SOAP_XML_STRICT && (number < 0 || number >= static_cast<int>(type.nameCount)))
     return soap->error = SOAP_TYPE;
-  value = number;
+  std::memcpy(value, &number, sizeof number);
   return SOAP_OK;
 }
 

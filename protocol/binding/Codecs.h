@@ -1,9 +1,8 @@
-// How the values of each kind of type are read and written between their tags. The type table (Types.cpp) names them.
+// How the values of each kind of type are read and written between their tags. The type table (TypeTable.cpp) names
+// them.
 #pragma once
 
 #include "protocol/binding/Type.h"
-
-#include <string_view>
 
 namespace tarnwell {
 
@@ -22,8 +21,8 @@ extern const Codec recordCodec;
 
 /// The text of an enumeration's value: its name, or the decimal number of a value without one.
 const char* enumerationText(struct soap* soap, const Type& type, int value);
-/// The value of a text: a name's, or a decimal number unchecked (in strict mode only a named value). Returns 0 or
-/// SOAP_TYPE, also set in the context.
-int enumerationValue(struct soap* soap, const Type& type, std::string_view text, int& value);
+/// Stores the value of a text in `value`, of an int's size: a name's, or a decimal number unchecked (in strict mode
+/// only a named value). Returns 0, or SOAP_TYPE for any other text and for null, also set in the context.
+int enumerationValue(struct soap* soap, const Type& type, const char* text, void* value);
 
 } // namespace tarnwell

@@ -6,17 +6,10 @@
 
 namespace tarnwell {
 
-/// Room for a written time: a year of eleven characters and the rest, with NUL.
-inline constexpr std::size_t dateTimeSize = 40;
-
 /// Reads a time to seconds since 1970 UTC. Six numbers as "Y-M-DTh:m:s", "YYYYMMDDTh:m:s" or "YYYYMMDDThhmmss", then
 /// a fraction, which is dropped, then "Z", "+hh:mm" or "+hhmm", or nothing, which deliberately means the local time of
-/// the machine. The year 1 is taken as 1970. False: the text has another form, or a number
-/// of more than nine characters.
+/// the machine. The year 1 is taken as 1970. False: the text has another form, or
+/// a number of more than nine characters.
 bool parseDateTime(std::string_view text, std::time_t& seconds);
-
-/// Writes `seconds` in UTC as "YYYY-MM-DDThh:mm:ssZ"; a time without a calendar date as "1969-12-31T23:59:59Z", so
-/// that the element is never empty. Returns `buffer`.
-const char* formatDateTime(std::time_t seconds, char (&buffer)[dateTimeSize]);
 
 } // namespace tarnwell

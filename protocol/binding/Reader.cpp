@@ -13,32 +13,28 @@
 namespace tarnwell {
 namespace {
 
-/// Of the rows not yet read, the one that the element peeked at belongs to; null if none. `next` is where to look
-/// first, as elements mostly come in order.
+/// The row of the element peeked at, among those not yet read; null if there is none. The search begins at `next`,
+/// since elements mostly come in order.
 const Row* findRow(struct soap* soap, const Type& type, unsigned long seen, std::size_t next) {
-  const char* const local = localPart(soap->tag);
+  const char* const colon = std::strchr(soap->tag, ':');
+  const char* const local = colon ? colon + 1 : soap->tag;
   for (std::size_t i = 0; i < type.rowCount; ++i) {
     const std::size_t at = next + i < type.rowCount ? next + i : next + i - type.rowCount;
     const Row& row = type.rows[at];
     if (*local == *row.local && !(seen >> at & 1) && std::strcmp(local, row.local) == 0 &&
-        hasName(soap, row.tag, row.local, local != soap->tag))
+        hasName(soap, row.tag, row.local, colon != nullptr))
       return &row;
   }
   return nullptr;
 }
 
-/// Whether an xsi:type fits: it names the type itself or has one of the local parts that the type accepts besides.
+/// Whether an xsi:type fits: it names the type itself or has another local part that the type accepts.
 bool typeFits(struct soap* soap, const char* name, const Type& type) {
   if (!*soap->type || !type.accepts || !name || !*name || soap_match_tag(soap, soap->type, name) == SOAP_OK)
     return true;
-  const char* const local = localPart(soap->type);
-  const std::size_t size = std::strlen(local);
-  for (const char* at = type.accepts; *at == ':'; at += std::strcspn(at + 1, ":") + 1)
-    if (std::strcspn(at + 1, ":") == size && std::memcmp(at + 1, local, size) == 0) {
-      soap->error = SOAP_OK; // an undeclared prefix left one
-      return true;
-    }
-  return false;
+  soap->error = SOAP_OK; // an undeclared prefix left one
+  const std::string local = localPart(soap->type);
+  return local.find(':') == local.npos && std::strstr(type.accepts, (':' + local + ':').c_str());
 }
 
 /// Takes the start tag `tag` (null: any).
@@ -83,14 +79,14 @@ void* readAfterTag(struct soap* soap, const char* tag, void* value, const char* 
   return open && endElement(soap, tag) ? nullptr : value;
 }
 
-/// Goes on after the start tag of readElement().
+/// The rest of readElement(), after the start tag.
 void* readElementAfterTag(struct soap* soap, const char* tag, void* value, const char* name, const Type& type) {
   if (!value && !(value = instantiate(soap, -1, type, nullptr)))
     return nullptr;
   return readAfterTag(soap, tag, value, name, type);
 }
 
-/// Goes on after the start tag of readPointer().
+/// The rest of readPointer(), after the start tag.
 void* readPointerAfterTag(struct soap* soap, const char* tag, void* slot, const char* name, const Type& type) {
   if (!slot && !(slot = soap_malloc(soap, sizeof(void*))))
     return nullptr;
@@ -140,7 +136,7 @@ int readMember(struct soap* soap, const Row& row, void* record) {
   return read(soap, row.tag, member, type.name, type) ? SOAP_OK : soap->error;
 }
 
-/// Takes the element peeked at: into the member of `row`, null when it is none of the record's.
+/// Reads the element peeked at into the member of `row`, or skips it when `row` is null.
 int readChild(struct soap* soap, const Row* row, void* record) {
   if (!row)
     return skipUnknown(soap);

@@ -73,25 +73,12 @@ constexpr const char* localPart(const char* name) {
   return name;
 }
 
-/// The row of a member, found by `member` in its record of class `Record`.
-template <class Record, auto member> constexpr Row row(const char* tag) {
-  using Traits = MemberTraits<decltype(member)>;
-  return {tag,
-          localPart(tag),
-          Traits::occurs,
-          typeNumber<typename Traits::Target>,
-          [](void* record) -> void* { return &(static_cast<Record*>(record)->*member); },
-          Traits::list};
-}
-
-/// The row of a member that holds characters, which its C++ type does not tell apart.
-template <class Record, auto member> constexpr Row charactersRow(const char* tag, int type, Occurs occurs) {
-  return {tag,
-          localPart(tag),
-          occurs,
-          type,
-          [](void* record) -> void* { return &(static_cast<Record*>(record)->*member); },
-          nullptr};
+/// The row of a member, found by `member` in its record of class `Record`. A member that holds characters names its
+/// type, which its C++ type does not tell.
+template <class Record, auto member, class Traits = MemberTraits<decltype(member)>>
+constexpr Row row(const char* tag, int type = typeNumber<typename Traits::Target>, Occurs occurs = Traits::occurs) {
+  constexpr auto memberOf = [](void* record) -> void* { return &(static_cast<Record*>(record)->*member); };
+  return {tag, localPart(tag), occurs, type, memberOf, Traits::list};
 }
 
 } // namespace tarnwell

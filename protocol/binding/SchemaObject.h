@@ -30,12 +30,14 @@ public:
   virtual ~SchemaObject() = default;
 };
 
-/// Gives `Class` its virtual operations; what they do follows from the rows beside the class.
-template <class Class> class SchemaClass : public SchemaObject {
+/// Gives `Class`, the type with this number, its virtual operations; what they do follows from the rows beside the
+/// class.
+template <class Class, int ownNumber> class SchemaClass : public SchemaObject {
 public:
   using Self = Class;
+  static constexpr int number = ownNumber;
 
-  int soap_type() const override { return Class::number; }
+  int soap_type() const override { return number; }
   void soap_default(struct soap* soap) override { type().setDefault(soap, self()); }
   void soap_serialize(struct soap* soap) const override { serialize(soap, self(), type()); }
   int soap_put(struct soap* soap, const char* tag, const char* name) const override {
@@ -51,8 +53,14 @@ public:
     return readElement(soap, tag, self(), name, type());
   }
 
+protected:
+  /// The row of a member (Row.h).
+  template <auto member, class... Rest> static constexpr Row row(const char* tag, Rest... rest) {
+    return tarnwell::row<Class, member>(tag, rest...);
+  }
+
 private:
-  static const Type& type() { return typeOf(Class::number); }
+  static const Type& type() { return typeOf(number); }
   Class* self() { return static_cast<Class*>(this); }
   const Class* self() const { return static_cast<const Class*>(this); }
 };

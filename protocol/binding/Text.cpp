@@ -12,23 +12,11 @@ namespace {
 constexpr unsigned lastCodePoint = 0x10ffff;
 
 void appendUtf8(std::string& text, unsigned c) {
-  char bytes[4];
-  std::size_t size = 0;
-  if (c < 0x80)
-    bytes[size++] = static_cast<char>(c);
-  if (c >= 0x80 && c < 0x800)
-    bytes[size++] = static_cast<char>(0xc0 | c >> 6);
-  if (c >= 0x800 && c < 0x10000)
-    bytes[size++] = static_cast<char>(0xe0 | c >> 12);
-  if (c >= 0x10000) {
-    bytes[size++] = static_cast<char>(0xf0 | c >> 18);
-    bytes[size++] = static_cast<char>(0x80 | (c >> 12 & 0x3f));
-  }
-  if (c >= 0x800)
-    bytes[size++] = static_cast<char>(0x80 | (c >> 6 & 0x3f));
-  if (c >= 0x80)
-    bytes[size++] = static_cast<char>(0x80 | (c & 0x3f));
-  text.append(bytes, size);
+  const int more = c < 0x80 ? 0 : c < 0x800 ? 1 : c < 0x10000 ? 2 : 3; // bytes behind the first
+  const unsigned mark = more == 0 ? 0 : 0xff00U >> (more + 1) & 0xff;
+  text.push_back(static_cast<char>(mark | c >> 6 * more));
+  for (int i = more - 1; i >= 0; --i)
+    text.push_back(static_cast<char>(0x80 | (c >> 6 * i & 0x3f)));
 }
 
 /// Characters between "&" and ";" that are looked at.
@@ -77,134 +65,126 @@ bool appendResolved(std::string& out, std::string_view text) {
   }
 }
 
-/// Collects character data byte by byte: the way that works for everything, across buffers.
+/// Collects character data byte by byte: the way that works for everything, across buffers. Functions return false when
+/// they fail, with the context's error set.
 class Collector {
 public:
   Collector(struct soap* soap, std::string& out) : m_soap(soap), m_out(out) {}
 
   /// Up to the end tag of the element that is open, whose "</" is given back to the runtime.
-  int run() {
-    for (int depth = 0; depth >= 0;) {
-      const int c = next();
-      if (c == EOF)
-        return truncated();
-      if (take(c, depth))
-        return m_soap->error;
-    }
+  bool run() {
+    char c = 0;
+    for (int depth = 0; depth >= 0;)
+      if (!next(c) || !take(c, depth))
+        return false;
     soap_unget(m_soap, endTagMark);
-    return SOAP_OK;
+    return true;
   }
 
 private:
-  int next() { return static_cast<int>(soap_get1(m_soap)); }
-  int truncated() { return m_soap->error = m_soap->error ? m_soap->error : SOAP_EOF; }
+  bool fail(int error) {
+    if (!m_soap->error)
+      m_soap->error = error;
+    return false;
+  }
 
-  int take(int c, int& depth) {
+  bool next(char& c) {
+    const soap_wchar got = soap_get1(m_soap);
+    c = static_cast<char>(got);
+    return static_cast<int>(got) != EOF || fail(SOAP_EOF);
+  }
+
+  bool take(char c, int& depth) {
     if (c == '<')
       return markup(depth);
     if (c == '&')
       return reference();
-    return character(c);
+    append(c);
+    return true;
   }
 
   /// Bytes of a message in ISO 8859-1 become UTF-8.
-  int character(int c) {
-    if (c >= 0x80 && m_soap->mode & SOAP_ENC_LATIN)
-      appendUtf8(m_out, static_cast<unsigned>(c));
+  void append(char c) {
+    if (m_soap->mode & SOAP_ENC_LATIN)
+      appendUtf8(m_out, static_cast<unsigned char>(c));
     else
-      m_out.push_back(static_cast<char>(c));
-    return SOAP_OK;
+      m_out.push_back(c);
   }
 
   /// What follows "<": an end tag lowers the depth, a start tag raises it, anything else leaves it.
-  int markup(int& depth) {
-    const int c = next();
-    if (c == '!')
+  bool markup(int& depth) {
+    char first = 0;
+    if (!next(first))
+      return false;
+    if (first == '!')
       return declaration();
-    if (c == '?')
+    if (first == '?')
       return skipPast("?>");
-    if (c == '/' && depth-- == 0)
-      return SOAP_OK;
+    if (first == '/' && depth-- == 0)
+      return true;
     m_out.push_back('<');
-    m_out.push_back(static_cast<char>(c));
-    const bool empty = copyTag();
-    if (c != '/' && !empty)
-      ++depth;
-    return m_soap->error;
-  }
-
-  /// Copies the rest of a tag; tells whether it ends with "/>". A failure shows in the context's error.
-  bool copyTag() {
-    int quote = 0;
-    for (int last = 0;;) {
-      const int c = next();
-      if (c == EOF) {
-        truncated();
-        return false;
+    append(first);
+    char quote = '\0';
+    for (char c = 0, last = 0; next(c); last = c) {
+      append(c);
+      if (c == '>' && !quote) {
+        depth += first != '/' && last != '/' ? 1 : 0;
+        return true;
       }
-      m_out.push_back(static_cast<char>(c));
-      if (c == '>' && !quote)
-        return last == '/';
-      if (c == '"' || c == '\'')
-        quote = !quote ? c : quote == c ? 0 : quote;
-      last = c;
+      if (!quote && (c == '"' || c == '\''))
+        quote = c;
+      else if (c == quote)
+        quote = '\0';
     }
+    return false;
   }
 
   /// "<!--comment-->" is left out, "<![CDATA[characters]]>" is not, of other declarations only the end is looked for.
-  int declaration() {
+  bool declaration() {
     std::string start;
-    while (start.size() < 7 && start != "--") {
-      const int c = next();
-      if (c == EOF)
-        return truncated();
-      start.push_back(static_cast<char>(c));
-      if (c == '>')
-        return SOAP_OK;
+    for (char c = 0; c != '>';) {
+      if (!next(c))
+        return false;
+      start.push_back(c);
+      if (start == "--")
+        return skipPast("-->");
+      if (start == "[CDATA[")
+        return copyPast("]]>");
     }
-    if (start == "[CDATA[")
-      return section();
-    return skipPast(start == "--" ? "-->" : ">");
+    return true;
   }
 
-  int section() {
+  /// Reads past `end`, and copies what stands before it.
+  bool copyPast(std::string_view end) {
     const std::size_t begin = m_out.size();
-    for (;;) {
-      const int c = next();
-      if (c == EOF)
-        return truncated();
-      character(c);
-      if (c == '>' && m_out.size() - begin >= 3 && m_out.compare(m_out.size() - 3, 3, "]]>") == 0) {
-        m_out.resize(m_out.size() - 3);
-        return SOAP_OK;
+    for (char c = 0; next(c);) {
+      append(c);
+      const std::size_t size = m_out.size() - begin;
+      if (c == end.back() && size >= end.size() && m_out.compare(m_out.size() - end.size(), end.size(), end) == 0) {
+        m_out.resize(m_out.size() - end.size());
+        return true;
       }
     }
+    return false;
   }
 
-  int skipPast(std::string_view end) {
-    std::string tail;
-    while (tail != end) {
-      const int c = next();
-      if (c == EOF)
-        return truncated();
-      if (tail.size() == end.size())
-        tail.erase(0, 1);
-      tail.push_back(static_cast<char>(c));
-    }
-    return SOAP_OK;
+  bool skipPast(std::string_view end) {
+    const std::size_t begin = m_out.size();
+    const bool found = copyPast(end);
+    m_out.resize(begin);
+    return found;
   }
 
   /// What follows "&", up to ";".
-  int reference() {
+  bool reference() {
     std::string name;
-    for (int c = next(); c != ';'; c = next()) {
-      if (c == EOF)
-        return truncated();
-      if (name.size() == longestReference)
-        return m_soap->error = SOAP_SYNTAX_ERROR;
-      name.push_back(static_cast<char>(c));
+    for (char c = 0; name.size() <= longestReference; name.push_back(c)) {
+      if (!next(c))
+        return false;
+      if (c == ';')
+        return appendReference(m_out, name) || fail(SOAP_SYNTAX_ERROR);
     }
-    return appendReference(m_out, name) ? SOAP_OK : m_soap->error = SOAP_SYNTAX_ERROR;
+    return fail(SOAP_SYNTAX_ERROR);
   }
 
   struct soap* m_soap;
@@ -217,38 +197,19 @@ constexpr bool isXmlCharacter(unsigned c) {
                    : c == '\t' || c == '\n' || c == '\r';
 }
 
-/// Collects output in pieces of a bounded size.
-class TextOut {
-public:
-  explicit TextOut(struct soap* soap) : m_soap(soap) {}
-
-  /// One code point, escaped.
-  int put(unsigned c) {
-    if (m_text.size() >= 1000 && flush())
-      return m_soap->error;
-    if (c == '&')
-      m_text += "&amp;";
-    else if (c == '<')
-      m_text += "&lt;";
-    else if (c == '>')
-      m_text += "&gt;";
-    else if (c == '\r')
-      m_text += "&#xD;";
-    else
-      appendUtf8(m_text, isXmlCharacter(c) ? c : 0xfffd);
-    return SOAP_OK;
-  }
-
-  int flush() {
-    const int result = soap_send_raw(m_soap, m_text.data(), m_text.size());
-    m_text.clear();
-    return result;
-  }
-
-private:
-  struct soap* m_soap;
-  std::string m_text;
-};
+/// Appends one code point of element content.
+void appendEscaped(std::string& text, unsigned c) {
+  if (c == '&')
+    text += "&amp;";
+  else if (c == '<')
+    text += "&lt;";
+  else if (c == '>')
+    text += "&gt;";
+  else if (c == '\r')
+    text += "&#xD;";
+  else
+    appendUtf8(text, isXmlCharacter(c) ? c : 0xfffd);
+}
 
 /// The code point that starts at `p`, whose sequence must end before `end`; moves `p` past it.
 unsigned takeCodePoint(const unsigned char*& p, const unsigned char* end) {
@@ -292,16 +253,20 @@ int Content::read(struct soap* soap) {
     }
   }
   m_collected.clear();
-  if (Collector(soap, m_collected).run())
+  if (!Collector(soap, m_collected).run())
     return soap->error;
   m_text = m_collected;
   return SOAP_OK;
 }
 
 std::string_view Content::trimmed() const {
-  constexpr std::string_view blanks = " \t\r\n";
-  const std::size_t first = m_text.find_first_not_of(blanks);
-  return first == m_text.npos ? std::string_view() : m_text.substr(first, m_text.find_last_not_of(blanks) + 1 - first);
+  const auto isSpace = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+  std::string_view text = m_text;
+  while (!text.empty() && isSpace(text.front()))
+    text.remove_prefix(1);
+  while (!text.empty() && isSpace(text.back()))
+    text.remove_suffix(1);
+  return text;
 }
 
 void decodeUtf8(std::string_view utf8, std::wstring& wide) {
@@ -322,11 +287,17 @@ void decodeUtf8(std::string_view utf8, std::wstring& wide) {
 }
 
 int writeText(struct soap* soap, const std::wstring& wide) {
-  TextOut out(soap);
-  for (const wchar_t c : wide)
-    if (out.put(static_cast<unsigned>(c)))
+  constexpr std::size_t pieceSize = 1000; // bytes: the text is not held a second time
+  std::string piece;
+  for (const wchar_t c : wide) {
+    appendEscaped(piece, static_cast<unsigned>(c));
+    if (piece.size() < pieceSize)
+      continue;
+    if (soap_send_raw(soap, piece.data(), piece.size()))
       return soap->error;
-  return out.flush();
+    piece.clear();
+  }
+  return soap_send_raw(soap, piece.data(), piece.size());
 }
 
 int writeText(struct soap* soap, std::string_view utf8) {

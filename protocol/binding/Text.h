@@ -30,8 +30,8 @@ private:
 void decodeUtf8(std::string_view utf8, std::wstring& wide);
 
 /// Writes text as element content: UTF-8 with "&", "<", ">" and carriage return (which readers would turn into a line
-/// feed) as references. What XML cannot carry becomes U+FFFD: one such character would cost the whole request. Returns
-/// 0 or the runtime's code.
+/// feed) as references. What XML cannot carry becomes U+FFFD: with it, the service would refuse the whole request.
+/// Returns 0 or the runtime's code.
 [[nodiscard]] int writeText(struct soap* soap, const std::wstring& wide);
 /// The same for text that is UTF-8 already.
 [[nodiscard]] int writeText(struct soap* soap, std::string_view utf8);

@@ -43,8 +43,8 @@ struct Type {
   std::size_t rowCount;
   const Enumerator* names; ///< of an enumeration; otherwise null
   std::size_t nameCount;
-  const char*
-      accepts; ///< local parts that an xsi:type may also have (":boolean"), each with its colon; null: not checked
+  /// Local parts that an xsi:type may also have, between colons (":int:short:"); null: an xsi:type is not checked.
+  const char* accepts;
   void (*setDefault)(struct soap* soap, void* value);
   void (*copy)(void* to, const void* from);
   /// New objects at their defaults; `count` below 0: one, else an array. Null: out of memory.
@@ -62,7 +62,7 @@ const Type* findTypeNamed(struct soap* soap, const char* name, const char* eleme
 
 /// Makes one object (`count` below 0) or an array in the context, which deletes it. `size`, if given, gets its bytes.
 void* instantiate(struct soap* soap, int count, const Type& type, std::size_t* size);
-/// The runtime's call-back for a resolved forward reference: copies *from over *to, or puts a list's entry in place.
+/// The runtime's call-back for a resolved forward reference: copies *from over *to if both are of one type.
 void resolve(struct soap* soap, int sourceType, int targetType, void* to, std::size_t index, const void* from,
              void** shared);
 

@@ -1,197 +1,157 @@
-// The request and response elements of the 23 operations. A request has one of twelve shapes; a response holds one
-// result. What a pointer member points to is not owned by the message.
+// The request and response elements of the 23 operations. A request is one of twelve shapes, each a sequence of groups
+// of elements; a response holds one result. What a pointer member points to is not owned by the message.
 #pragma once
 
 #include "protocol/schema/Operation.h"
 #include "protocol/schema/SchemaTypes.h"
 
+#include <tuple>
+
 namespace tarnwell {
 
-template <class Self> class CredentialsRequest : public SchemaClass<Self> {
-public:
+// The groups: members and rows in wire order. `Self` is the request that has the group.
+namespace request {
+
+struct Credentials {
   xsd__string* username = nullptr;
   xsd__string* pass = nullptr;
-  struct soap* soap = nullptr;
 
-  static constexpr auto rows() {
+  template <class Self> static constexpr auto rows() {
     return std::array{row<Self, &Self::username>("dsns:username"), row<Self, &Self::pass>("dsns:pass")};
   }
 };
 
-template <class Self> class ListRequest : public SchemaClass<Self> {
-public:
-  xsd__string* username = nullptr;
-  xsd__string* pass = nullptr;
+struct Map {
+  dsns__DesktopInfoClass* DesktopInfo = nullptr;
+
+  template <class Self> static constexpr auto rows() {
+    return std::array{row<Self, &Self::DesktopInfo>("dsns:DesktopInfo")};
+  }
+};
+
+struct Published {
   bool IsPublished = false;
-  struct soap* soap = nullptr;
 
-  static constexpr auto rows() {
-    return std::array{row<Self, &Self::username>("dsns:username"), row<Self, &Self::pass>("dsns:pass"),
-                      row<Self, &Self::IsPublished>("dsns:IsPublished")};
+  template <class Self> static constexpr auto rows() {
+    return std::array{row<Self, &Self::IsPublished>("dsns:IsPublished")};
   }
 };
 
-template <class Self> class ListBehaviourRequest : public SchemaClass<Self> {
-public:
-  xsd__string* username = nullptr;
-  xsd__string* pass = nullptr;
-  bool IsPublished = false;
-  xsd__string* behaviour = nullptr;
-  struct soap* soap = nullptr;
-
-  static constexpr auto rows() {
-    return std::array{row<Self, &Self::username>("dsns:username"), row<Self, &Self::pass>("dsns:pass"),
-                      row<Self, &Self::IsPublished>("dsns:IsPublished"), row<Self, &Self::behaviour>("dsns:behaviour")};
-  }
-};
-
-/// Also of rename, whose new name deliberately travels inside `DesktopInfo`.
-template <class Self> class MapRequest : public SchemaClass<Self> {
-public:
-  xsd__string* username = nullptr;
-  xsd__string* pass = nullptr;
-  dsns__DesktopInfoClass* DesktopInfo = nullptr;
-  struct soap* soap = nullptr;
-
-  static constexpr auto rows() {
-    return std::array{row<Self, &Self::username>("dsns:username"), row<Self, &Self::pass>("dsns:pass"),
-                      row<Self, &Self::DesktopInfo>("dsns:DesktopInfo")};
-  }
-};
-
-template <class Self> class MapBehaviourRequest : public SchemaClass<Self> {
-public:
-  xsd__string* username = nullptr;
-  xsd__string* pass = nullptr;
-  dsns__DesktopInfoClass* DesktopInfo = nullptr;
-  xsd__string* behaviour = nullptr;
-  struct soap* soap = nullptr;
-
-  static constexpr auto rows() {
-    return std::array{row<Self, &Self::username>("dsns:username"), row<Self, &Self::pass>("dsns:pass"),
-                      row<Self, &Self::DesktopInfo>("dsns:DesktopInfo"), row<Self, &Self::behaviour>("dsns:behaviour")};
-  }
-};
-
-template <class Self> class SaveRequest : public SchemaClass<Self> {
-public:
-  xsd__string* username = nullptr;
-  xsd__string* pass = nullptr;
-  dsns__DesktopInfoClass* DesktopInfo = nullptr;
+struct Forced {
   bool IsForced = false;
-  struct soap* soap = nullptr;
 
-  static constexpr auto rows() {
-    return std::array{row<Self, &Self::username>("dsns:username"), row<Self, &Self::pass>("dsns:pass"),
-                      row<Self, &Self::DesktopInfo>("dsns:DesktopInfo"), row<Self, &Self::IsForced>("dsns:IsForced")};
-  }
+  template <class Self> static constexpr auto rows() { return std::array{row<Self, &Self::IsForced>("dsns:IsForced")}; }
 };
 
-template <class Self> class SaveBehaviourRequest : public SchemaClass<Self> {
-public:
-  xsd__string* username = nullptr;
-  xsd__string* pass = nullptr;
-  dsns__DesktopInfoClass* DesktopInfo = nullptr;
-  bool IsForced = false;
+struct Behaviour {
   xsd__string* behaviour = nullptr;
-  struct soap* soap = nullptr;
 
-  static constexpr auto rows() {
-    return std::array{row<Self, &Self::username>("dsns:username"), row<Self, &Self::pass>("dsns:pass"),
-                      row<Self, &Self::DesktopInfo>("dsns:DesktopInfo"), row<Self, &Self::IsForced>("dsns:IsForced"),
-                      row<Self, &Self::behaviour>("dsns:behaviour")};
+  template <class Self> static constexpr auto rows() {
+    return std::array{row<Self, &Self::behaviour>("dsns:behaviour")};
   }
 };
 
-/// The formats deliberately come before the map.
-template <class Self> class ConvertRequest : public SchemaClass<Self> {
-public:
-  xsd__string* username = nullptr;
-  xsd__string* pass = nullptr;
+struct Formats {
   xsd__string* inFormat = nullptr;
   xsd__string* outFormat = nullptr;
-  dsns__DesktopInfoClass* DesktopInfo = nullptr;
-  struct soap* soap = nullptr;
 
-  static constexpr auto rows() {
-    return std::array{row<Self, &Self::username>("dsns:username"), row<Self, &Self::pass>("dsns:pass"),
-                      row<Self, &Self::inFormat>("dsns:inFormat"), row<Self, &Self::outFormat>("dsns:outFormat"),
-                      row<Self, &Self::DesktopInfo>("dsns:DesktopInfo")};
+  template <class Self> static constexpr auto rows() {
+    return std::array{row<Self, &Self::inFormat>("dsns:inFormat"), row<Self, &Self::outFormat>("dsns:outFormat")};
   }
 };
 
-template <class Self> class VersionRequest : public SchemaClass<Self> {
-public:
+struct ApplicationUpdate {
+  int applicationUpdateType = 0;
+
+  template <class Self> static constexpr auto rows() {
+    return std::array{row<Self, &Self::applicationUpdateType>("dsns:applicationUpdateType")};
+  }
+};
+
+struct Version {
   xsd__string* version = nullptr;
   int desktopLiveUpdateType = 0;
-  struct soap* soap = nullptr;
 
-  static constexpr auto rows() {
+  template <class Self> static constexpr auto rows() {
     return std::array{row<Self, &Self::version>("dsns:version"),
                       row<Self, &Self::desktopLiveUpdateType>("dsns:desktopLiveUpdateType")};
   }
 };
 
-/// The application's update type deliberately comes first.
-template <class Self> class ExtendedVersionRequest : public SchemaClass<Self> {
-public:
-  int applicationUpdateType = 0;
-  xsd__string* version = nullptr;
-  int desktopLiveUpdateType = 0;
-  struct soap* soap = nullptr;
-
-  static constexpr auto rows() {
-    return std::array{row<Self, &Self::applicationUpdateType>("dsns:applicationUpdateType"),
-                      row<Self, &Self::version>("dsns:version"),
-                      row<Self, &Self::desktopLiveUpdateType>("dsns:desktopLiveUpdateType")};
-  }
-};
-
-template <class Self> class FeedbackRequest : public SchemaClass<Self> {
-public:
+struct Sender {
   xsd__string* name = nullptr;
   xsd__string* email = nullptr;
-  xsd__string* subject = nullptr;
-  xsd__string* message = nullptr;
-  struct soap* soap = nullptr;
 
-  static constexpr auto rows() {
-    return std::array{row<Self, &Self::name>("dsns:name"), row<Self, &Self::email>("dsns:email"),
-                      row<Self, &Self::subject>("dsns:subject"), row<Self, &Self::message>("dsns:message")};
+  template <class Self> static constexpr auto rows() {
+    return std::array{row<Self, &Self::name>("dsns:name"), row<Self, &Self::email>("dsns:email")};
   }
 };
 
-/// Deliberately without name and mail address.
-template <class Self> class AttachmentRequest : public SchemaClass<Self> {
-public:
+struct Message {
   xsd__string* subject = nullptr;
   xsd__string* message = nullptr;
+
+  template <class Self> static constexpr auto rows() {
+    return std::array{row<Self, &Self::subject>("dsns:subject"), row<Self, &Self::message>("dsns:message")};
+  }
+};
+
+struct Attachment {
   xsd__base64Binary* bytes = nullptr;
   xsd__string* filename = nullptr;
+
+  template <class Self> static constexpr auto rows() {
+    return std::array{row<Self, &Self::bytes>("dsns:bytes"), row<Self, &Self::filename>("dsns:filename")};
+  }
+};
+
+} // namespace request
+
+/// A request `Self` with the elements of these groups, in this order.
+template <class Self, int number, class... Groups> class Request : public SchemaClass<Self, number>, public Groups... {
+public:
   struct soap* soap = nullptr;
 
   static constexpr auto rows() {
-    return std::array{row<Self, &Self::subject>("dsns:subject"), row<Self, &Self::message>("dsns:message"),
-                      row<Self, &Self::bytes>("dsns:bytes"), row<Self, &Self::filename>("dsns:filename")};
+    return std::apply([](auto... all) { return std::array{all...}; }, std::tuple_cat(Groups::template rows<Self>()...));
   }
 };
+
+template <class Self, int number> using CredentialsRequest = Request<Self, number, request::Credentials>;
+template <class Self, int number> using ListRequest = Request<Self, number, request::Credentials, request::Published>;
+template <class Self, int number>
+using ListBehaviourRequest = Request<Self, number, request::Credentials, request::Published, request::Behaviour>;
+/// Also of rename, whose new name deliberately travels inside `DesktopInfo`.
+template <class Self, int number> using MapRequest = Request<Self, number, request::Credentials, request::Map>;
+template <class Self, int number>
+using MapBehaviourRequest = Request<Self, number, request::Credentials, request::Map, request::Behaviour>;
+template <class Self, int number>
+using SaveRequest = Request<Self, number, request::Credentials, request::Map, request::Forced>;
+template <class Self, int number>
+using SaveBehaviourRequest =
+    Request<Self, number, request::Credentials, request::Map, request::Forced, request::Behaviour>;
+/// The formats deliberately come before the map.
+template <class Self, int number>
+using ConvertRequest = Request<Self, number, request::Credentials, request::Formats, request::Map>;
+template <class Self, int number> using VersionRequest = Request<Self, number, request::Version>;
+/// The application's update type deliberately comes first.
+template <class Self, int number>
+using ExtendedVersionRequest = Request<Self, number, request::ApplicationUpdate, request::Version>;
+template <class Self, int number> using FeedbackRequest = Request<Self, number, request::Sender, request::Message>;
+/// Deliberately without name and mail address.
+template <class Self, int number>
+using AttachmentRequest = Request<Self, number, request::Message, request::Attachment>;
 
 } // namespace tarnwell
 
 #define TARNWELL_OPERATION(Name, Wire, Shape, ResultClass)                                                             \
-  class _dsns__##Name : public tarnwell::Shape<_dsns__##Name> {                                                        \
-  public:                                                                                                              \
-    static constexpr int number = SOAP_TYPE__dsns__##Name;                                                             \
-  };                                                                                                                   \
-  class _dsns__##Name##Response : public tarnwell::SchemaClass<_dsns__##Name##Response> {                              \
+  class _dsns__##Name : public tarnwell::Shape<_dsns__##Name, SOAP_TYPE__dsns__##Name> {};                             \
+  class _dsns__##Name##Response                                                                                        \
+      : public tarnwell::SchemaClass<_dsns__##Name##Response, SOAP_TYPE__dsns__##Name##Response> {                     \
   public:                                                                                                              \
     ResultClass* Name##Result = nullptr;                                                                               \
     struct soap* soap = nullptr;                                                                                       \
-    static constexpr int number = SOAP_TYPE__dsns__##Name##Response;                                                   \
-    static constexpr auto rows() {                                                                                     \
-      return std::array{                                                                                               \
-          tarnwell::row<_dsns__##Name##Response, &_dsns__##Name##Response::Name##Result>("dsns:" Wire "Result")};      \
-    }                                                                                                                  \
+    static constexpr auto rows() { return std::array{row<&Self::Name##Result>("dsns:" Wire "Result")}; }               \
   };
 #include "protocol/schema/Operations.inc"
 #undef TARNWELL_OPERATION

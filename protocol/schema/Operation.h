@@ -1,6 +1,7 @@
 // The operations of the service as data: what clients, servers and documentation need to know of each.
 #pragma once
 
+#include "protocol/Deployment.h"
 #include "protocol/schema/TypeNumbers.h"
 
 #include <cstddef>
@@ -22,10 +23,19 @@ enum class OperationIndex : std::size_t {
 #define TARNWELL_OPERATION(Name, Wire, Shape, Result) Name,
 #include "protocol/schema/Operations.inc"
 #undef TARNWELL_OPERATION
-  count
 };
 
 /// All operations, in the slot order of the proxy.
-extern const Operation operations[static_cast<std::size_t>(OperationIndex::count)];
+inline constexpr Operation operations[] = {
+#define TARNWELL_OPERATION(Name, Wire, Shape, Result)                                                                  \
+  {Wire,                                                                                                               \
+   TARNWELL_SERVICE_NAMESPACE Wire,                                                                                    \
+   "dsns:" Wire,                                                                                                       \
+   "dsns:" Wire "Response",                                                                                            \
+   SOAP_TYPE__dsns__##Name,                                                                                            \
+   SOAP_TYPE__dsns__##Name##Response},
+#include "protocol/schema/Operations.inc"
+#undef TARNWELL_OPERATION
+};
 
 } // namespace tarnwell

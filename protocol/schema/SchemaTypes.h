@@ -23,19 +23,17 @@ template <> inline constexpr int typeNumber<dsns__DesktopMapAccess> = SOAP_TYPE_
 } // namespace tarnwell
 
 /// "dsns:DesktopLoginResponseClass"
-class dsns__DesktopLoginResponseClass : public tarnwell::SchemaClass<dsns__DesktopLoginResponseClass> {
+class dsns__DesktopLoginResponseClass
+    : public tarnwell::SchemaClass<dsns__DesktopLoginResponseClass, SOAP_TYPE_dsns__DesktopLoginResponseClass> {
 public:
   dsns__DesktopLoginEnumerators DesktopLoginValue = dsns__DesktopLoginEnumerators__NotAUser;
   struct soap* soap = nullptr;
 
-  static constexpr int number = SOAP_TYPE_dsns__DesktopLoginResponseClass;
-  static constexpr auto rows() {
-    return std::array{tarnwell::row<Self, &Self::DesktopLoginValue>("dsns:DesktopLoginValue")};
-  }
+  static constexpr auto rows() { return std::array{row<&Self::DesktopLoginValue>("dsns:DesktopLoginValue")}; }
 };
 
 /// "dsns:DesktopInfoClass": one map with its metadata and, depending on the operation, its content.
-class dsns__DesktopInfoClass : public tarnwell::SchemaClass<dsns__DesktopInfoClass> {
+class dsns__DesktopInfoClass : public tarnwell::SchemaClass<dsns__DesktopInfoClass, SOAP_TYPE_dsns__DesktopInfoClass> {
 public:
   xsd__string* MapName = nullptr;
   dsns2__guid MapId = nullptr;
@@ -56,98 +54,92 @@ public:
   xsd__string* Format_Header = nullptr;
   struct soap* soap = nullptr;
 
-  static constexpr int number = SOAP_TYPE_dsns__DesktopInfoClass;
   static constexpr auto rows() {
-    return std::array{tarnwell::row<Self, &Self::MapName>("dsns:MapName"),
-                      tarnwell::charactersRow<Self, &Self::MapId>("dsns:MapId", SOAP_TYPE_dsns2__guid,
-                                                                  tarnwell::Occurs::RequiredNillable),
-                      tarnwell::row<Self, &Self::Author>("dsns:Author"),
-                      tarnwell::row<Self, &Self::LastModified>("dsns:LastModified"),
-                      tarnwell::row<Self, &Self::Created>("dsns:Created"),
-                      tarnwell::row<Self, &Self::Description>("dsns:Description"),
-                      tarnwell::row<Self, &Self::Thumbnail>("dsns:Thumbnail"),
-                      tarnwell::row<Self, &Self::IsPublished>("dsns:IsPublished"),
-                      tarnwell::row<Self, &Self::MapContent>("dsns:MapContent"),
-                      tarnwell::row<Self, &Self::AllowInclusion>("dsns:AllowInclusion"),
-                      tarnwell::row<Self, &Self::Version>("dsns:Version"),
-                      tarnwell::row<Self, &Self::Preview>("dsns:Preview"),
-                      tarnwell::row<Self, &Self::OldTwlxBackUp>("dsns:OldTwlxBackUp"),
-                      tarnwell::row<Self, &Self::Format_IsTwlx>("dsns:Format_IsTwlx"),
-                      tarnwell::row<Self, &Self::Format_Type>("dsns:Format_Type"),
-                      tarnwell::row<Self, &Self::Format_Version>("dsns:Format_Version"),
-                      tarnwell::row<Self, &Self::Format_Header>("dsns:Format_Header")};
+    return std::array{row<&Self::MapName>("dsns:MapName"),
+                      row<&Self::MapId>("dsns:MapId", SOAP_TYPE_dsns2__guid, tarnwell::Occurs::RequiredNillable),
+                      row<&Self::Author>("dsns:Author"),
+                      row<&Self::LastModified>("dsns:LastModified"),
+                      row<&Self::Created>("dsns:Created"),
+                      row<&Self::Description>("dsns:Description"),
+                      row<&Self::Thumbnail>("dsns:Thumbnail"),
+                      row<&Self::IsPublished>("dsns:IsPublished"),
+                      row<&Self::MapContent>("dsns:MapContent"),
+                      row<&Self::AllowInclusion>("dsns:AllowInclusion"),
+                      row<&Self::Version>("dsns:Version"),
+                      row<&Self::Preview>("dsns:Preview"),
+                      row<&Self::OldTwlxBackUp>("dsns:OldTwlxBackUp"),
+                      row<&Self::Format_IsTwlx>("dsns:Format_IsTwlx"),
+                      row<&Self::Format_Type>("dsns:Format_Type"),
+                      row<&Self::Format_Version>("dsns:Format_Version"),
+                      row<&Self::Format_Header>("dsns:Format_Header")};
   }
 };
 
 /// "dsns:ArrayOfDesktopInfoClass"; a null entry is not written and stands for a nil one read.
-class dsns__ArrayOfDesktopInfoClass : public tarnwell::SchemaClass<dsns__ArrayOfDesktopInfoClass> {
+class dsns__ArrayOfDesktopInfoClass
+    : public tarnwell::SchemaClass<dsns__ArrayOfDesktopInfoClass, SOAP_TYPE_dsns__ArrayOfDesktopInfoClass> {
 public:
   std::vector<dsns__DesktopInfoClass*> DesktopInfoClass;
   struct soap* soap = nullptr;
 
-  static constexpr int number = SOAP_TYPE_dsns__ArrayOfDesktopInfoClass;
-  static constexpr auto rows() {
-    return std::array{tarnwell::row<Self, &Self::DesktopInfoClass>("dsns:DesktopInfoClass")};
-  }
+  static constexpr auto rows() { return std::array{row<&Self::DesktopInfoClass>("dsns:DesktopInfoClass")}; }
 };
 
 /// "dsns:CompleteDesktopResponse": the result of the list operations.
-class dsns__CompleteDesktopResponse : public tarnwell::SchemaClass<dsns__CompleteDesktopResponse> {
+class dsns__CompleteDesktopResponse
+    : public tarnwell::SchemaClass<dsns__CompleteDesktopResponse, SOAP_TYPE_dsns__CompleteDesktopResponse> {
 public:
   dsns__ArrayOfDesktopInfoClass* DesktopInfoObjectList = nullptr;
   dsns__DesktopLoginResponseClass* DesktopLoginResponseObject = nullptr;
   struct soap* soap = nullptr;
 
-  static constexpr int number = SOAP_TYPE_dsns__CompleteDesktopResponse;
   static constexpr auto rows() {
-    return std::array{tarnwell::row<Self, &Self::DesktopInfoObjectList>("dsns:DesktopInfoObjectList"),
-                      tarnwell::row<Self, &Self::DesktopLoginResponseObject>("dsns:DesktopLoginResponseObject")};
+    return std::array{row<&Self::DesktopInfoObjectList>("dsns:DesktopInfoObjectList"),
+                      row<&Self::DesktopLoginResponseObject>("dsns:DesktopLoginResponseObject")};
   }
 };
 
 /// "dsns:GetMapResponse": the result of the content operations.
-class dsns__GetMapResponse : public tarnwell::SchemaClass<dsns__GetMapResponse> {
+class dsns__GetMapResponse : public tarnwell::SchemaClass<dsns__GetMapResponse, SOAP_TYPE_dsns__GetMapResponse> {
 public:
   dsns__DesktopMapAccess DesktopMapAccess = dsns__DesktopMapAccess__DbError;
   dsns__DesktopLoginResponseClass* DesktopLoginResponseObject = nullptr;
   dsns__DesktopInfoClass* DesktopInfo = nullptr;
   struct soap* soap = nullptr;
 
-  static constexpr int number = SOAP_TYPE_dsns__GetMapResponse;
   static constexpr auto rows() {
-    return std::array{tarnwell::row<Self, &Self::DesktopMapAccess>("dsns:DesktopMapAccess"),
-                      tarnwell::row<Self, &Self::DesktopLoginResponseObject>("dsns:DesktopLoginResponseObject"),
-                      tarnwell::row<Self, &Self::DesktopInfo>("dsns:DesktopInfo")};
+    return std::array{row<&Self::DesktopMapAccess>("dsns:DesktopMapAccess"),
+                      row<&Self::DesktopLoginResponseObject>("dsns:DesktopLoginResponseObject"),
+                      row<&Self::DesktopInfo>("dsns:DesktopInfo")};
   }
 };
 
 /// "dsns:MapActionResponse": the result of save, rename, delete and feedback. Its map is deliberately named
 /// otherwise than that of dsns__GetMapResponse.
-class dsns__MapActionResponse : public tarnwell::SchemaClass<dsns__MapActionResponse> {
+class dsns__MapActionResponse
+    : public tarnwell::SchemaClass<dsns__MapActionResponse, SOAP_TYPE_dsns__MapActionResponse> {
 public:
   dsns__DesktopMapAccess DesktopMapAccess = dsns__DesktopMapAccess__DbError;
   dsns__DesktopLoginResponseClass* DesktopLoginResponseObject = nullptr;
   dsns__DesktopInfoClass* DesktopInfoClass = nullptr;
   struct soap* soap = nullptr;
 
-  static constexpr int number = SOAP_TYPE_dsns__MapActionResponse;
   static constexpr auto rows() {
-    return std::array{tarnwell::row<Self, &Self::DesktopMapAccess>("dsns:DesktopMapAccess"),
-                      tarnwell::row<Self, &Self::DesktopLoginResponseObject>("dsns:DesktopLoginResponseObject"),
-                      tarnwell::row<Self, &Self::DesktopInfoClass>("dsns:DesktopInfoClass")};
+    return std::array{row<&Self::DesktopMapAccess>("dsns:DesktopMapAccess"),
+                      row<&Self::DesktopLoginResponseObject>("dsns:DesktopLoginResponseObject"),
+                      row<&Self::DesktopInfoClass>("dsns:DesktopInfoClass")};
   }
 };
 
 /// "dsns:DesktopVersioningClass": the result of the version checks. `Version` is deliberately a text here.
-class dsns__DesktopVersioningClass : public tarnwell::SchemaClass<dsns__DesktopVersioningClass> {
+class dsns__DesktopVersioningClass
+    : public tarnwell::SchemaClass<dsns__DesktopVersioningClass, SOAP_TYPE_dsns__DesktopVersioningClass> {
 public:
   xsd__string* Path = nullptr;
   xsd__string* Version = nullptr;
   struct soap* soap = nullptr;
 
-  static constexpr int number = SOAP_TYPE_dsns__DesktopVersioningClass;
   static constexpr auto rows() {
-    return std::array{tarnwell::row<Self, &Self::Path>("dsns:Path"),
-                      tarnwell::row<Self, &Self::Version>("dsns:Version")};
+    return std::array{row<&Self::Path>("dsns:Path"), row<&Self::Version>("dsns:Version")};
   }
 };

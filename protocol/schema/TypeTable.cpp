@@ -36,12 +36,14 @@ template <class T> constexpr bool hasRows<T, std::void_t<decltype(T::rows())>> =
 /// The rows of a record as static data.
 template <class T> constexpr auto rowsOf = T::rows();
 
-/// What is the same for all types held as `T`.
-template <class T> constexpr Type describe(int number, const char* name, const Codec& codec) {
+/// A type held as `T`. `accepts`, of a simple type: local parts that its xsi:type may have besides its own name.
+template <class T>
+constexpr Type describe(int number, const char* name, const Codec& codec, const char* accepts = nullptr) {
   Type type{};
   type.number = number;
   type.name = name;
   type.codec = &codec;
+  type.accepts = accepts;
   type.size = sizeof(T);
   type.setDefault = [](struct soap* soap, void* value) {
     *static_cast<T*>(value) = T();
@@ -70,16 +72,9 @@ template <class T> constexpr Type describe(int number, const char* name, const C
   return type;
 }
 
-/// A simple type; `accepts`: local parts that its xsi:type may have besides its own name.
-template <class T> constexpr Type simple(int number, const char* name, const Codec& codec, const char* accepts) {
-  Type type = describe<T>(number, name, codec);
-  type.accepts = accepts;
-  return type;
-}
-
 template <class T, std::size_t count>
 constexpr Type enumeration(int number, const char* name, const Enumerator (&names)[count]) {
-  Type type = simple<T>(number, name, enumerationCodec, "");
+  Type type = describe<T>(number, name, enumerationCodec, "");
   type.names = names;
   type.nameCount = count;
   return type;
@@ -98,18 +93,18 @@ template <class T> constexpr Type message(const char* element) {
 /// The type table, by number.
 constexpr Type types[] = {
     {},
-    simple<char>(SOAP_TYPE_xsd__byte, "xsd:byte", byteCodec, ":byte"),
-    simple<unsigned char>(SOAP_TYPE_xsd__unsignedByte, "xsd:unsignedByte", unsignedByteCodec, ":unsignedByte"),
-    simple<int>(SOAP_TYPE_xsd__int, "xsd:int", intCodec, ":int:short:byte"),
-    simple<unsigned>(SOAP_TYPE_xsd__unsignedInt, "xsd:unsignedInt", unsignedIntCodec,
-                     ":unsignedInt:unsignedShort:unsignedByte"),
-    simple<float>(SOAP_TYPE_xsd__float, "xsd:float", floatCodec, ":float"),
-    simple<bool>(SOAP_TYPE_xsd__boolean, "xsd:boolean", booleanCodec, ":boolean"),
-    simple<std::time_t>(SOAP_TYPE_xsd__dateTime, "xsd:dateTime", dateTimeCodec, ":dateTime"),
+    describe<char>(SOAP_TYPE_xsd__byte, "xsd:byte", byteCodec, ":byte:"),
+    describe<unsigned char>(SOAP_TYPE_xsd__unsignedByte, "xsd:unsignedByte", unsignedByteCodec, ":unsignedByte:"),
+    describe<int>(SOAP_TYPE_xsd__int, "xsd:int", intCodec, ":int:short:byte:"),
+    describe<unsigned>(SOAP_TYPE_xsd__unsignedInt, "xsd:unsignedInt", unsignedIntCodec,
+                       ":unsignedInt:unsignedShort:unsignedByte:"),
+    describe<float>(SOAP_TYPE_xsd__float, "xsd:float", floatCodec, ":float:"),
+    describe<bool>(SOAP_TYPE_xsd__boolean, "xsd:boolean", booleanCodec, ":boolean:"),
+    describe<std::time_t>(SOAP_TYPE_xsd__dateTime, "xsd:dateTime", dateTimeCodec, ":dateTime:"),
     describe<std::wstring>(SOAP_TYPE_xsd__string, "xsd:string", wideTextCodec),
     describe<char*>(SOAP_TYPE_xsd__QName, "xsd:QName", qualifiedNameCodec),
     describe<char*>(SOAP_TYPE_string, "xsd:string", charactersCodec),
-    simple<xsd__base64Binary>(SOAP_TYPE_xsd__base64Binary, "xsd:base64Binary", blockCodec, ":base64Binary:base64"),
+    describe<xsd__base64Binary>(SOAP_TYPE_xsd__base64Binary, "xsd:base64Binary", blockCodec, ":base64Binary:base64:"),
     record<SOAP_ENV__Header>("SOAP-ENV:Header", headerCodec),
     record<SOAP_ENV__Code>("SOAP-ENV:Code"),
     record<SOAP_ENV__Reason>("SOAP-ENV:Reason", reasonCodec),
@@ -179,36 +174,18 @@ void resolve(struct soap*, int sourceType, int targetType, void* to, std::size_t
 
 } // namespace tarnwell
 
-using tarnwell::enumerationText;
-using tarnwell::enumerationValue;
-using tarnwell::typeOf;
-
-namespace {
-
-template <class Enumeration> int textToEnumerator(struct soap* soap, int type, const char* text, Enumeration& value) {
-  if (!text)
-    return soap->error = SOAP_TYPE;
-  int number = 0;
-  if (enumerationValue(soap, typeOf(type), text, number))
-    return soap->error;
-  value = static_cast<Enumeration>(number);
-  return SOAP_OK;
-}
-
-} // namespace
-
 const char* soap_dsns__DesktopLoginEnumerators2s(struct soap* soap, dsns__DesktopLoginEnumerators value) {
-  return enumerationText(soap, typeOf(SOAP_TYPE_dsns__DesktopLoginEnumerators), value);
+  return tarnwell::enumerationText(soap, tarnwell::typeOf(SOAP_TYPE_dsns__DesktopLoginEnumerators), value);
 }
 
 const char* soap_dsns__DesktopMapAccess2s(struct soap* soap, dsns__DesktopMapAccess value) {
-  return enumerationText(soap, typeOf(SOAP_TYPE_dsns__DesktopMapAccess), value);
+  return tarnwell::enumerationText(soap, tarnwell::typeOf(SOAP_TYPE_dsns__DesktopMapAccess), value);
 }
 
 int soap_s2dsns__DesktopLoginEnumerators(struct soap* soap, const char* text, dsns__DesktopLoginEnumerators* value) {
-  return textToEnumerator(soap, SOAP_TYPE_dsns__DesktopLoginEnumerators, text, *value);
+  return tarnwell::enumerationValue(soap, tarnwell::typeOf(SOAP_TYPE_dsns__DesktopLoginEnumerators), text, value);
 }
 
 int soap_s2dsns__DesktopMapAccess(struct soap* soap, const char* text, dsns__DesktopMapAccess* value) {
-  return textToEnumerator(soap, SOAP_TYPE_dsns__DesktopMapAccess, text, *value);
+  return tarnwell::enumerationValue(soap, tarnwell::typeOf(SOAP_TYPE_dsns__DesktopMapAccess), text, value);
 }

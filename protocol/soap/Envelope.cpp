@@ -80,9 +80,9 @@ int writeDetail(struct soap* soap, const Type&, const void* value) {
 
 } // namespace
 
-constexpr Codec headerCodec = {readHeader, writeHeader, false};
-constexpr Codec reasonCodec = {readReason, writeReason, false};
-constexpr Codec detailCodec = {readDetail, writeDetail, false};
+constexpr Codec headerCodec = {readHeader, writeHeader};
+constexpr Codec reasonCodec = {readReason, writeReason};
+constexpr Codec detailCodec = {readDetail, writeDetail};
 
 const char* faultCode(const struct soap* soap) {
   const SOAP_ENV__Fault* const fault = soap->fault;

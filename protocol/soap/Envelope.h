@@ -31,8 +31,7 @@ struct SOAP_ENV__Code {
   using Self = SOAP_ENV__Code;
   static constexpr int number = SOAP_TYPE_SOAP_ENV__Code;
   static constexpr auto rows() {
-    return std::array{tarnwell::charactersRow<Self, &Self::SOAP_ENV__Value>("SOAP-ENV:Value", SOAP_TYPE_xsd__QName,
-                                                                            tarnwell::Occurs::Optional),
+    return std::array{tarnwell::row<Self, &Self::SOAP_ENV__Value>("SOAP-ENV:Value", SOAP_TYPE_xsd__QName),
                       tarnwell::row<Self, &Self::SOAP_ENV__Subcode>("SOAP-ENV:Subcode")};
   }
 };
@@ -41,10 +40,10 @@ struct SOAP_ENV__Code {
 struct SOAP_ENV__Reason {
   char* SOAP_ENV__Text = nullptr;
 
+  using Self = SOAP_ENV__Reason;
   static constexpr int number = SOAP_TYPE_SOAP_ENV__Reason;
   static constexpr auto rows() {
-    return std::array{tarnwell::charactersRow<SOAP_ENV__Reason, &SOAP_ENV__Reason::SOAP_ENV__Text>(
-        "SOAP-ENV:Text", SOAP_TYPE_string, tarnwell::Occurs::Optional)};
+    return std::array{tarnwell::row<Self, &Self::SOAP_ENV__Text>("SOAP-ENV:Text", SOAP_TYPE_string)};
   }
 };
 
@@ -73,17 +72,15 @@ struct SOAP_ENV__Fault {
   using Self = SOAP_ENV__Fault;
   static constexpr int number = SOAP_TYPE_SOAP_ENV__Fault;
   static constexpr auto rows() {
-    using tarnwell::charactersRow;
     using tarnwell::row;
-    constexpr auto optional = tarnwell::Occurs::Optional;
-    return std::array{charactersRow<Self, &Self::faultcode>("faultcode", SOAP_TYPE_xsd__QName, optional),
-                      charactersRow<Self, &Self::faultstring>("faultstring", SOAP_TYPE_string, optional),
-                      charactersRow<Self, &Self::faultactor>("faultactor", SOAP_TYPE_string, optional),
+    return std::array{row<Self, &Self::faultcode>("faultcode", SOAP_TYPE_xsd__QName),
+                      row<Self, &Self::faultstring>("faultstring", SOAP_TYPE_string),
+                      row<Self, &Self::faultactor>("faultactor", SOAP_TYPE_string),
                       row<Self, &Self::detail>("detail"),
                       row<Self, &Self::SOAP_ENV__Code>("SOAP-ENV:Code"),
                       row<Self, &Self::SOAP_ENV__Reason>("SOAP-ENV:Reason"),
-                      charactersRow<Self, &Self::SOAP_ENV__Node>("SOAP-ENV:Node", SOAP_TYPE_string, optional),
-                      charactersRow<Self, &Self::SOAP_ENV__Role>("SOAP-ENV:Role", SOAP_TYPE_string, optional),
+                      row<Self, &Self::SOAP_ENV__Node>("SOAP-ENV:Node", SOAP_TYPE_string),
+                      row<Self, &Self::SOAP_ENV__Role>("SOAP-ENV:Role", SOAP_TYPE_string),
                       row<Self, &Self::SOAP_ENV__Detail>("SOAP-ENV:Detail")};
   }
 };

@@ -145,9 +145,9 @@ int readDeclaration(struct soap* soap) {
   return SOAP_OK;
 }
 
-/// Whether the runtime may have the settings. Of another scheme it waits for ever or sends the envelope, with the
-/// password, to a bare socket; a control character ends the request's first line, a blank begins another endpoint; and
-/// a port is taken modulo 65536.
+/// Whether the runtime may be given these settings. With another scheme it waits for ever, or sends the envelope, with
+/// the password, to a socket without HTTP; a control character ends the request's first line, a blank begins another
+/// endpoint; and it takes a port modulo 65536.
 bool canConnect(const struct soap* soap, const char* endpoint) {
   constexpr char scheme[] = "http://";
   constexpr std::size_t schemeSize = sizeof scheme - 1;

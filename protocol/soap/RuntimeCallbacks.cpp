@@ -25,12 +25,11 @@ SOAP_ENV__Fault* requireFault(struct soap* soap) {
 
 bool isVersion12(const struct soap* soap) { return soap->version == 2; }
 
-/// Where a text goes for which there is no memory: the runtime writes through what the functions below return without a
-/// test. In the context, since several threads would write to a common place.
-const char** placeWithoutMemory(struct soap* soap) { return new (&soap->data[1]) const char*(nullptr); }
-
-// The runtime declares its functions with pointers to constant text where the structures hold writable text.
-const char** constant(char** text) { return const_cast<const char**>(text); }
+/// The place of a text of the fault, as the runtime declares it. Null, for want of memory: the runtime writes there
+/// without a test, so it gets a place in the context, since several threads would write to a common one.
+const char** place(struct soap* soap, char** text) {
+  return text ? const_cast<const char**>(text) : new (&soap->data[1]) const char*(nullptr);
+}
 
 } // namespace
 
@@ -81,17 +80,17 @@ void soap_serializefault(struct soap* soap) {
 
 const char** soap_faultcode(struct soap* soap) {
   SOAP_ENV__Fault* const fault = requireFault(soap);
-  if (!fault)
-    return placeWithoutMemory(soap);
-  return constant(fault->SOAP_ENV__Code ? &fault->SOAP_ENV__Code->SOAP_ENV__Value : &fault->faultcode);
+  if (fault && fault->SOAP_ENV__Code)
+    return place(soap, &fault->SOAP_ENV__Code->SOAP_ENV__Value);
+  return place(soap, fault ? &fault->faultcode : nullptr);
 }
 
 const char** soap_faultsubcode(struct soap* soap) {
   SOAP_ENV__Fault* const fault = requireFault(soap);
   if (!fault || !fault->SOAP_ENV__Code)
-    return fault ? constant(&fault->faultcode) : placeWithoutMemory(soap);
+    return place(soap, fault ? &fault->faultcode : nullptr);
   SOAP_ENV__Code* const subcode = require(soap, fault->SOAP_ENV__Code->SOAP_ENV__Subcode);
-  return subcode ? constant(&subcode->SOAP_ENV__Value) : placeWithoutMemory(soap);
+  return place(soap, subcode ? &subcode->SOAP_ENV__Value : nullptr);
 }
 
 const char* soap_fault_subcode(struct soap* soap) {
@@ -103,9 +102,9 @@ const char* soap_fault_subcode(struct soap* soap) {
 
 const char** soap_faultstring(struct soap* soap) {
   SOAP_ENV__Fault* const fault = requireFault(soap);
-  if (!fault)
-    return placeWithoutMemory(soap);
-  return constant(fault->SOAP_ENV__Reason ? &fault->SOAP_ENV__Reason->SOAP_ENV__Text : &fault->faultstring);
+  if (fault && fault->SOAP_ENV__Reason)
+    return place(soap, &fault->SOAP_ENV__Reason->SOAP_ENV__Text);
+  return place(soap, fault ? &fault->faultstring : nullptr);
 }
 
 const char* soap_fault_string(struct soap* soap) { return *soap_faultstring(soap); }
@@ -113,9 +112,9 @@ const char* soap_fault_string(struct soap* soap) { return *soap_faultstring(soap
 const char** soap_faultdetail(struct soap* soap) {
   SOAP_ENV__Fault* const fault = requireFault(soap);
   if (!fault)
-    return placeWithoutMemory(soap);
+    return place(soap, nullptr);
   SOAP_ENV__Detail* const detail = require(soap, isVersion12(soap) ? fault->SOAP_ENV__Detail : fault->detail);
-  return detail ? constant(&detail->__any) : placeWithoutMemory(soap);
+  return place(soap, detail ? &detail->__any : nullptr);
 }
 
 const char* soap_fault_detail(struct soap* soap) { // asking makes none

@@ -24,6 +24,6 @@ void soap_delelement(const void* value, int type);
 int soap_getindependent(struct soap* soap);
 /// Writes the elements of objects that are referred to more than once, where SOAP 1.1 has them.
 int soap_putindependent(struct soap* soap);
-/// Skips an element that nobody asked for. One with an id is read by its own type and kept as a target of references.
+/// Skips an element that no reader takes. One with an id is read by its own type and kept as a target of references.
 /// Refused: one that must be understood, one of the envelope's namespace, in strict mode any.
 int soap_ignore_element(struct soap* soap);

@@ -1,7 +1,7 @@
-// All that copies or relies on the inside of the runtime: its receive and send buffers, its list of objects, and faster
-// equivalents of some of its functions, each beside the name of the one that it replaces. A new release of the runtime
-// means reading this pair of files. One thread at a time, as the context. Functions that return int return 0 or the
-// runtime's error code, which they also set in the context.
+// Everything that copies or relies on the inside of the runtime: its receive and send buffers, its list of objects, and
+// faster equivalents of some of its functions, each beside the name of the one that it replaces. A new release of the
+// runtime means reading this pair of files. One thread at a time, as the context. Functions that return int return 0 or
+// the runtime's error code, which they also set in the context.
 #pragma once
 
 #include "protocol/soap/Runtime.h"
@@ -21,7 +21,8 @@ constexpr bool isBlank(int character) { return character >= 0 && character <= ' 
 
 // --- Receiving
 
-/// What has arrived and was not read. At the end of an answer the runtime may stand before its buffer.
+/// The bytes that have arrived and are not read yet. At the end of an answer the runtime may have stepped back to
+/// before its buffer.
 inline std::string_view unread(const struct soap* soap) {
   const bool some = soap->bufidx < soap->buflen;
   return {soap->buf + (some ? soap->bufidx : 0), some ? soap->buflen - soap->bufidx : 0};

@@ -1,4 +1,4 @@
-// The least rate of a transfer: clients that are slower hold a thread for too long. One thread.
+// The minimum rate of a transfer: a slower client would occupy a thread for too long. One thread.
 #pragma once
 
 #include <chrono>
@@ -6,18 +6,20 @@
 
 namespace localservice {
 
-/// Counts time from its construction: 160 KiB have to be moved in each period of ten seconds.
-class Pace {
+/// Requires 160 KiB in each period of ten seconds. The first period begins with the construction, and each other one
+/// when the 160 KiB were moved.
+class MinimumRate {
 public:
-  /// What is left of the period; 0 when the transfer is too slow.
+  /// Time that is left of the period; 0 when the transfer is too slow.
   int millisecondsLeft() const {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now()).count();
     return left > 0 ? static_cast<int>(left) : 0;
   }
+  /// Counts `size` bytes that were received or sent.
   void moved(std::size_t size) {
     bytes += size;
     if (bytes >= leastBytes)
-      *this = Pace();
+      *this = MinimumRate();
   }
 
 private:

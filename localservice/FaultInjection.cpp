@@ -1,4 +1,4 @@
-#include "localservice/Rehearsal.h"
+#include "localservice/FaultInjection.h"
 
 #include <algorithm>
 #include <iterator>
@@ -16,8 +16,8 @@ tarnwell::OperationIndex operationNamed(const std::string& name) {
   return static_cast<tarnwell::OperationIndex>(found - std::begin(tarnwell::operations));
 }
 
-/// Sets `value` to the value of the enumeration's text. False: it has no such text.
-template <class Enumeration> bool setNamed(int number, const std::string& text, Enumeration& value) {
+/// Sets `value` to the enumeration's value with this text. False: there is none.
+template <class Enumeration> bool setByText(int number, const std::string& text, Enumeration& value) {
   const tarnwell::Type& type = tarnwell::typeOf(number);
   for (std::size_t i = 0; i < type.nameCount; ++i) {
     if (text != type.names[i].text)
@@ -28,35 +28,35 @@ template <class Enumeration> bool setNamed(int number, const std::string& text, 
   return false;
 }
 
-bool setResult(tarnwell::OperationIndex index, const std::string& text, RehearsedAnswer& answer) {
+bool setResult(tarnwell::OperationIndex index, const std::string& text, InjectedAnswer& answer) {
   const tarnwell::Operation& operation = tarnwell::operations[static_cast<std::size_t>(index)];
   const int result = tarnwell::typeOf(operation.response).rows->type;
   const bool hasAccess = result == SOAP_TYPE_dsns__GetMapResponse || result == SOAP_TYPE_dsns__MapActionResponse;
-  if (hasAccess && setNamed(SOAP_TYPE_dsns__DesktopMapAccess, text, answer.access))
+  if (hasAccess && setByText(SOAP_TYPE_dsns__DesktopMapAccess, text, answer.access))
     return true;
   return result != SOAP_TYPE_dsns__DesktopVersioningClass &&
-         setNamed(SOAP_TYPE_dsns__DesktopLoginEnumerators, text, answer.login);
+         setByText(SOAP_TYPE_dsns__DesktopLoginEnumerators, text, answer.login);
 }
 
 } // namespace
 
-void Rehearsal::add(const std::string& rule) {
+void FaultInjection::add(const std::string& rule) {
   const std::size_t equals = rule.find('=');
   if (equals == std::string::npos)
     throw std::invalid_argument("--fail takes OPERATION=RESULT, OPERATION=fault or OPERATION=drop");
   const tarnwell::OperationIndex index = operationNamed(rule.substr(0, equals));
   const std::string text = rule.substr(equals + 1);
-  RehearsedAnswer answer;
+  InjectedAnswer answer;
   if (text == "fault")
-    answer.kind = RehearsedAnswer::Fault;
+    answer.kind = InjectedAnswer::Fault;
   else if (text == "drop")
-    answer.kind = RehearsedAnswer::Drop;
+    answer.kind = InjectedAnswer::Drop;
   else if (!setResult(index, text, answer))
     throw std::invalid_argument("--fail: " + rule.substr(0, equals) + " has no result " + text);
   answers[index] = answer;
 }
 
-const RehearsedAnswer* Rehearsal::find(tarnwell::OperationIndex index) const {
+const InjectedAnswer* FaultInjection::find(tarnwell::OperationIndex index) const {
   const auto found = answers.find(index);
   return found == answers.end() ? nullptr : &found->second;
 }
