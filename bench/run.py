@@ -103,7 +103,7 @@ class Bench:
         """The value beside its bar, as text for a table; over is what misses it by more than the tolerance."""
         met = value <= bar * tolerance
         self.met = self.met and met
-        return "%s%.3g (%s %g)" % ("" if met else "**over** ", value, "≤" if value <= bar else ">", bar)
+        return "%s%s (%s %s)" % ("" if met else "**over** ", figure(value), "≤" if value <= bar else ">", figure(bar))
 
     def compare(self, case, rounds):
         """One row of the first table."""
@@ -136,8 +136,12 @@ class Bench:
     def count(self, case):
         """One row of the third table."""
         per_unit = {peer: self.instructions(peer, case) / case.units for peer in PEERS}
-        return (case.name, case.unit, "%.2f" % per_unit["generated"], "%.2f" % per_unit["limit"],
+        return (case.name, case.unit, figure(per_unit["generated"]), figure(per_unit["limit"]),
                 self.against(per_unit["ours"], case.bar))
+
+
+def figure(value):
+    return "{:,.0f}".format(value) if value >= 1000 else "%.3g" % value
 
 
 def print_row(cells):
