@@ -135,7 +135,7 @@ TEST_F(LocalServiceTest, SaysWhenTheDatabaseFails) {
   EXPECT_EQ(call("CheckDesktopVersion").substr(0, 17), "SOAP-ENV:Receiver");
 }
 
-TEST_F(LocalServiceTest, AnswersAsRehearsed) {
+TEST_F(LocalServiceTest, AnswersAsTheCommandLineAsks) {
   EXPECT_EQ(stop().status, 0);
   start({"--fail", "Login=NotPremiumAccount", "--fail", "SaveDesktopMap=FileExists", "--fail",
          "DeleteDesktopMap=NotAUser", "--fail", "GetDesktopMapsList=DbError", "--fail", "ConvertMap=fault", "--fail",

@@ -40,6 +40,7 @@ const char* const records = R"(
 <Thumbnail xsi:type="x:base64Binary">QUJD</Thumbnail>                                            | {Thumbnail=3:ABC}
 <Thumbnail xsi:type="enc:base64">QUJD</Thumbnail>                                                | {Thumbnail=3:ABC}
 <Thumbnail xsi:type="x:hexBinary">QUJD</Thumbnail>                                               | error 4
+<Thumbnail xsi:type="x:base64Binary:base64">QUJD</Thumbnail>                                     | error 4
 )";
 TEST(Reading, TakesAndSkipsElements) {
   forEachArrival(records, [](WireClient& client, const auto& row) {
@@ -121,6 +122,7 @@ const char* const strictResults = R"(
 <DesktopMapAccess>6</DesktopMapAccess><DesktopInfo>@@</DesktopInfo>        | error 3
 <DesktopMapAccess>6</DesktopMapAccess><DesktopInfo xsi:nil="true"/>        | 6 no login null
 <DesktopMapAccess xsi:nil="true"/>                                         | error 23
+<DesktopMapAccess></DesktopMapAccess>                                      | error 52
 <DesktopMapAccess>7</DesktopMapAccess>                                     | error 4
 <DesktopMapAccess>-1</DesktopMapAccess>                                    | error 4
 )";

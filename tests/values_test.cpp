@@ -64,7 +64,7 @@ xsd:unsignedInt | 4294967295 => 4294967295 | 4294967296 => error 4
 xsd:float | ¶1.5¶ => 1.5 | ¶·¶ => 0 | 1.5 => 1.5 | -2e3 => -2000 | INF => INF | +INF => INF | -INF => -INF | NaN => NaN | seven => error 4 | => 0
 xsd:float | 0.1 => 0.100000001 | 1e10 => 1E+10 | 123456789 => 123456792 | 1e-5 => 9.99999975E-06 | - => error 4
 xsd:float | 0.001e50 => INF | 0.001e-60 => 0 | -1e99999999999999999999 => -INF | 1e-99999999999999999999 => 0 | +-1.5 => error 4
-xsd:float | 1000000000000000000000000000000000000000000000000000000000000e-60 => 1 | 1e39 => INF | -1e39 => -INF | 1e-60 => 0 | 3.4028235e38 => 3.40282347E+38 | 1e-45 => 1.40129846E-45 | 16777217 => 16777216
+xsd:float | 1000000000000000000000000000000000000000000000000000000000000e-60 => 1 | 1e39 => INF | -1e39 => -INF | 1e-60 => 0 | 3.4028235e38 => 3.40282347E+38 | 1e-45 => 1.40129846E-45 | 16777217 => 16777216 | 0x10 => 16 | 1.5kg => 1.5
 xsd:dateTime | 2012-03-04T05:06:07Z => 2012-03-04T05:06:07Z | 2012-03-04T05:06:07+02:00 => 2012-03-04T03:06:07Z
 xsd:dateTime | 2012-03-04T05:06:07+0200 => 2012-03-04T03:06:07Z | 2012-03-04T05:06:07-05:30 => 2012-03-04T10:36:07Z
 xsd:dateTime | 2012-03-04T05:06:07-0530 => 2012-03-04T10:36:07Z | 2012-03-04T05:06:07 => 2012-03-04T01:36:07Z
@@ -79,10 +79,10 @@ xsd:dateTime | 2012-03-04 => error 4 | 2012-03-04T05:06 => error 4 | 2012-03-04T
 xsd:dateTime | 05:06:07 => error 4 | 1 => error 4 | => 1970-01-01T00:00:00Z | 0001-01-01T00:00:09Z => 1970-01-01T00:00:09Z
 xsd:dateTime | 0001-01-01T00:00:00 => 1969-12-31T20:30:00Z | 9999-12-31T23:59:59Z => 9999-12-31T23:59:59Z
 xsd:string | ·a·b· => ·a·b· | plain => plain | => | a&lt;&gt;&amp;&quot;&apos;b => a&lt;&gt;&amp;"'b | é€😀 => é€😀 | ]] => ]]
-xsd:string | &#233;&#xE9;&#x20AC; => éé€ | a&#x1F600;b => a😀b | &#128512; => 😀 | &amp;amp; => &amp;amp; | &#13; => &#xD;
+xsd:string | &#233;&#xE9;&#x20AC; => éé€ | a&#x1F600;b => a😀b | &#128512; => 😀 | &#x10000; => 𐀀 | &#00000000065; => A | &amp;amp; => &amp;amp; | &#13; => &#xD;
 xsd:string | a&nope;b => error 5 | a&#12x;b => error 5 | &#x110000; => error 5 | &#; => error 5 | &#0000000000065; => error 5
-xsd:string | a&#1;&#31;&#xFFFF;z => a���z | a<b c="/>">x</b>&lt; => a&lt;b c="/&gt;"&gt;x&lt;/b&gt;&lt;
-xsd:string | a<![CDATA[b<&amp;]]]]>c => ab&lt;&amp;amp;]]c | <![CDATA[]]> => | a<!-- <b> -->c => ac | a<?b c?>d => ad
+xsd:string | a&#1;&#31;&#xFFFF;z => a���z | a<b c="/>">x</b>&lt; => a&lt;b c="/&gt;"&gt;x&lt;/b&gt;&lt; | <b c='>"'/> => &lt;b c='&gt;"'/&gt;
+xsd:string | a<![CDATA[b<&amp;]]]]>c => ab&lt;&amp;amp;]]c | <![CDATA[]]> => | a<!-- <b> -->c => ac | a<?b >c?>d => ad
 dsns2:guid | {67C8770B-44f1}? => {67C8770B-44f1}? | a&amp;b<![CDATA[<]]>é => a&amp;b&lt;é
 xsd:QName | s:Sender => SOAP-ENV:Sender | q:Quota => _1:Quota
 dsns:DesktopLoginEnumerators | NotAUser => NotAUser | 1 => NotPremiumAccount | 2 => Success | 3 => DbError | 4 => None | 5 => 5
@@ -90,7 +90,7 @@ dsns:DesktopMapAccess | 0 => DbError | FileExists => FileExists | 2 => Success |
 dsns:DesktopMapAccess | ¶2· => Success | 5 => OngoingCollaboration | MapRemoved => MapRemoved | 9 => 9 | -1 => -1 | noaccess => error 4
 xsd:base64Binary | ¶·QU¶·JD¶· => QUJD | QUJD => QUJD | QUI= => QUI= | QQ== => QQ== | => | QU JD  RA = = => QUJDRA== | +/+/ => +/+/
 xsd:base64Binary | QU<!-- J -->JD => QUJD | <![CDATA[QUJD]]> => QUJD | <![CDATA[QUJD</]]> => error 4
-xsd:base64Binary | QUJD* => error 4 | Q*JDQUJD => error 4 | QU-D => error 4 | QUJDQ => error 4 | QQ==QQ== => error 4 | Q=== => error 4 | QUJé => error 4 | =QUJ => error 4
+xsd:base64Binary | QUJD* => error 4 | Q*JDQUJD => error 4 | QU-D => error 4 | QUJDQ => error 4 | QQ==QQ== => error 4 | Q=== => error 4 | QUJé => error 4 | =QUJ => error 4 | = => error 4 | QUJ&#x151; => error 4
 )";
 /// Texts and what is written of them, by the type's name.
 const auto examples = [] {
