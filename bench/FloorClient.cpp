@@ -1,7 +1,7 @@
-// The peer `limit`, a floor: the whole job, Qt values in and out, without any SOAP or XML library. It trusts the reply:
-// no check of namespaces or form, no references between elements, no types, the five predefined entities only. The
-// request's length is computed, base64 is encoded and decoded in place in the connection's buffer, and the reply is
-// scanned once, tag by tag.
+// The peer `limit`: does the whole job, from Qt values to Qt values, without any SOAP or XML library. It trusts the
+// reply: it does not check namespaces or form, follows no references, ignores xsi:type, and knows the five predefined
+// entities only. It computes the request's length, encodes and decodes base64 in the connection's buffer, and scans the
+// reply once, tag by tag.
 #include "bench/FloorConnection.h"
 #include "bench/Harness.h"
 #include "protocol/Deployment.h"
@@ -110,7 +110,7 @@ QDateTime toDate(std::string_view text) {
 
 QUuid toId(std::string_view text) { return QUuid(QLatin1String(text.data(), static_cast<int>(text.size()))); }
 
-/// Appends the bytes of `text` to `bytes`, of which `used` are in use. The caller has made room.
+/// Appends the bytes of `text` behind the first `used` bytes of `bytes`. The caller has made room.
 void decode(std::string_view text, QByteArray& bytes, int& used) {
   auto* to = reinterpret_cast<unsigned char*>(bytes.data()) + used;
   const std::size_t taken = tarnwell::base64::decodeGroups(text.data(), text.size(), to);
@@ -150,7 +150,8 @@ QByteArray receiveBytes(FloorConnection& connection, long long limit) {
   return bytes;
 }
 
-/// The values that are read from a reply. `map` collects the description being read; a list gets each when it ends.
+/// The values that are read from a reply. `map` is the description that is being read; at its end it is appended to the
+/// list.
 struct Reply {
   bool loggedIn = false;
   bool accessible = false;
@@ -195,7 +196,7 @@ const Field* findField(std::string_view name) {
   return nullptr;
 }
 
-/// Takes the content of element `name`, up to its first tag. False when the reply ends in it.
+/// Stores the content of element `name`, up to its first tag. False when the reply ends before.
 bool takeContent(FloorConnection& connection, std::string_view name, long long length, Reply& reply) {
   if (name == "MapContent") {
     reply.map.setMapContent(receiveBytes(connection, length));

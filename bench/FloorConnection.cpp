@@ -33,7 +33,7 @@ void FloorConnection::put(const std::string& text) {
 void FloorConnection::putBase64(const QByteArray& bytes) {
   const auto* from = reinterpret_cast<const unsigned char*>(bytes.constData());
   auto left = static_cast<std::size_t>(bytes.size());
-  while (left > 0) { // whole groups of three bytes, but at the end
+  while (left > 0) { // whole groups of three bytes, except at the end
     const std::size_t size = std::min(left, (bufferSize - m_used) / 4 * 3);
     tarnwell::base64::encode(from, size, m_buffer + m_used);
     m_used += tarnwell::base64::encodedSize(size);

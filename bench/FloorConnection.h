@@ -1,4 +1,4 @@
-// A blocking connection for the floor. Requests are composed and replies scanned in one buffer, which stays in the
+// A blocking connection for the peer `limit`. It composes requests and scans replies in one buffer, which stays in the
 // processor's cache. IPv4 addresses only.
 #pragma once
 

@@ -1,5 +1,5 @@
-// The peer `generated`: the same conversions and calls as the plug-in's over the binding that the toolkit's generators
-// make of the service's description.
+// The peer `generated`: makes the same conversions and calls as the plug-in, by the binding that the toolkit's
+// generators make from the service's WSDL.
 #include "bench/Harness.h"
 
 #include <QtCore/QFile>
@@ -33,7 +33,7 @@ template <class Result> bool accessible(const Result* result) {
          result->DesktopMapAccess == dsns__DesktopMapAccess__Success;
 }
 
-/// A block of the context with a copy of the bytes. Its owner frees it.
+/// A block in the context with a copy of the bytes, which are freed with this object.
 class Block {
 public:
   Block(struct soap* soap, const QByteArray& bytes)

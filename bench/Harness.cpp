@@ -19,7 +19,7 @@ long long nanoseconds(clockid_t clock) {
   return time.tv_sec * 1000000000LL + time.tv_nsec;
 }
 
-/// Resident memory of this process in KiB: now, and at its highest.
+/// Resident memory of this process in KiB: now, and the highest so far.
 struct Memory {
   long resident = 0;
   long peak = 0;
@@ -84,7 +84,7 @@ Outcome perform(Peer& peer, const std::string& operation, const char* file) {
     outcome.code = peer.get(map);
   } else {
     outcome.code = peer.save(QString::fromLocal8Bit(file), map, sampleThumbnail());
-    // The plug-in's save also takes over the file's owner and date, which the other peers leave.
+    // The plug-in's save also stores the file's owner and date in the record; the other peers do not.
     map.setMapAuthor(sampleMap().mapAuthor());
     map.setMapModificationDate(sampleMap().mapModificationDate());
   }

@@ -1,5 +1,5 @@
-// What all bench clients share: the operations that are measured, the command line, the clock. Each client is a process
-// of one thread that measures one peer, from Qt values to Qt values.
+// Code of all bench clients: the measured operations, the command line, the clock. Each client is a process with one
+// thread and measures one peer, from Qt values to Qt values.
 #pragma once
 
 #include "service/MapInfo.h"
@@ -24,8 +24,8 @@ public:
 };
 
 /// A client's main: CLIENT ENDPOINT login|list|get|save REPEAT [FILE]. Prints one line of key=value pairs per
-/// operation: time in nanoseconds (CPU: of the process, user and system), resident memory in KiB before the first
-/// operation, at its highest since and now, the operation's code, and with BENCH_DIGEST set a digest of every value
+/// operation: wall time and CPU time (user and system) in nanoseconds; resident memory in KiB before the first
+/// operation, the highest since then, and now; the operation's code; with BENCH_DIGEST set, a digest of every value
 /// that it delivered.
 int run(int argc, char** argv, std::unique_ptr<Peer> (*connect)(const char* endpoint));
 

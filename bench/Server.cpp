@@ -1,6 +1,6 @@
 // The bench server on 127.0.0.1: reads a request by its Content-Length, discards the body in the kernel, and answers
-// with bytes that it prepared once, so that its own work hardly counts in a measurement. One connection at a
-// time; prints its port. The path of the request picks the answer:
+// with bytes that it prepared once, so that its own work hardly counts in a measurement. It serves one connection at a
+// time and prints its port. The path of the request selects the answer:
 //   /login        a successful login
 //   /list/N/T     N maps, each with a thumbnail of T bytes (0: none)
 //   /get/M        a map of M MiB

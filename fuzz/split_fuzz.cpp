@@ -1,7 +1,7 @@
-// Feeds the same bytes to an operation of the host interface and to one of the client twice, as an answer that arrives
-// whole and in pieces, the second time perhaps without the host's memory for blocks. The first byte is the size of the
-// pieces and, by its highest bit, whose memory; the answer's text picks the operations. A finding is a difference in
-// what they give, a next call that fails, a crash or a leak.
+// Feeds the same bytes to an operation of the host interface and to one of the client twice: as an answer that arrives
+// whole, and in pieces. The first byte is the size of the pieces; its highest bit says whether the second answer is
+// read without the host's memory for blocks. The answer's text selects the operations. A finding is a difference
+// between the two results, a next call that fails, a crash or a leak.
 //   split_fuzz -max_len=20000 -dict=fuzz/reply.dict CORPUS fuzz/corpus
 #include "protocol/binding/BlockMemory.h"
 #include "tests/HostOperations.h"
@@ -9,7 +9,7 @@
 
 namespace {
 
-/// The row whose response `text` names, or the first.
+/// The row whose response element `text` contains; if there is none, the first row.
 template <class Rows> const auto& named(const Rows& all, const std::string& text) {
   const auto found = std::find_if(std::begin(all), std::end(all), [&text](const auto& row) {
     return text.find(std::string(row.name) + "Response") != text.npos;

@@ -19,7 +19,7 @@ void expect(const char* what, bool isRight) {
   exit(1);
 }
 
-/// The response to a call: `Request` carries anna's credentials and what `fill` adds.
+/// The response to a call. The request has anna's credentials and the values that `fill` sets.
 template <class Request, class Response, class Fill>
 Response call(Proxy& proxy, int (Proxy::*operation)(Request*, Response&), Fill fill) {
   std::string user = "anna", password = "correct horse";

@@ -20,7 +20,7 @@ void expect(const char* what, bool isRight) {
   exit(1);
 }
 
-/// The answer's result: `Request` carries anna's credentials and what `fill` adds.
+/// The answer's result. The request has anna's credentials and the values that `fill` sets.
 template <class Request, class Response, class Fill>
 Response call(Response (DesktopService::*operation)(const Request&), Fill fill) {
   Request request;

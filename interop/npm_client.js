@@ -8,7 +8,7 @@ const content = Buffer.concat([...Array(1200).fill(Buffer.from(Array.from({ leng
 const thumbnail = Buffer.from("\x89PNG\0", "latin1");
 const anna = { username: "anna", pass: "correct horse" };
 
-// Without an identifier, xsi:nil says so: the client leaves out what is null.
+// The client leaves out an element whose value is null; a missing identifier therefore needs xsi:nil.
 const record = (identifier, mapName, more) => ({
   MapName: mapName, MapId: identifier ?? { attributes: { "xsi:nil": "true" } }, ...(more?.Author && { Author: more.Author }),
   LastModified: written.toISOString(), Created: written.toISOString(),
@@ -20,7 +20,7 @@ const record = (identifier, mapName, more) => ({
 async function main(wsdl) {
   const client = await soap.createClientAsync(wsdl, { forceSoap12Headers: true });
   const call = async (operation, values) => (await client[operation + "Async"]({ ...anna, ...values }))[0][operation + "Result"];
-  // Depending on its version, the client makes arrays, dates and booleans by the description, or leaves that to us.
+  // Some versions of the client make arrays, dates and booleans by the WSDL; with others they are texts.
   const maps = async () => {
     const answer = await call("GetMapsList_NEW_DESKTOP", { IsPublished: false });
     return [].concat(answer.DesktopInfoObjectList?.DesktopInfoClass ?? []);

@@ -6,14 +6,14 @@ const soap = require("soap");
 const maps = new Map();
 const success = { DesktopMapAccess: "Success" };
 
-/** How the login goes; the user "fault" gets a fault. */
+/** The login outcome; the user "fault" gets a fault. */
 const login = ({ username, pass }) => {
   if (username === "fault")
     throw { Fault: { Code: { Value: "soap:Receiver" }, Reason: { Text: "no <maps> today" } } };
   return { DesktopLoginValue: username === "anna" && pass === "correct horse" ? "Success" : "NotAUser" };
 };
 
-/** An operation with anna's credentials: how the login went, and what `act` makes of the request. */
+/** An operation with anna's credentials: the login outcome, and the result of `act` for the request. */
 const forAnna = (operation, act) => (request) => {
   const DesktopLoginResponseObject = login(request);
   const isKnown = DesktopLoginResponseObject.DesktopLoginValue === "Success";

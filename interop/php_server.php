@@ -13,7 +13,7 @@ class Service {
     $this->maps = @unserialize((string) @file_get_contents(getenv("INTEROP_STATE"))) ?: [];
   }
 
-  /** How the login went; for "Success", $act also says what becomes of the map. The user "fault" gets a fault. */
+  /** The login outcome; after "Success", $act returns the result for the map. The user "fault" gets a fault. */
   private function answer(object $request, string $operation, callable $act): array {
     if ($request->username === "fault")
       throw new SoapFault("Receiver", "no <maps> today");

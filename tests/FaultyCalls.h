@@ -1,5 +1,5 @@
-// Puts this program's own functions before those of the C library that get memory or talk to the system, so that a
-// chosen call of one thread fails. Included by one file of a test program.
+// Replaces functions of the C library that allocate memory or call the system, so that a chosen call of one thread
+// fails. Included by one file of a test program.
 #pragma once
 
 #include <bitset>
@@ -12,13 +12,13 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-/// What the calls of a thread meet while `meets` points here.
+/// The faults of a thread's calls while `meets` points here.
 struct Faults {
-  /// Waiting: whatever a signal interrupts.
+  /// Waiting: calls that a signal interrupts.
   enum Kind { None, Memory, System, Waiting } kind = None;
   long position = 0;     ///< of the first call that fails, from 0
   bool andAll = false;   ///< so do all after it
-  int error = ENOMEM;    ///< what the system says of it
+  int error = ENOMEM;    ///< errno after it
   std::size_t piece = 0; ///< bytes that one send, receive or read moves at most; 0: any number
 
   long calls = 0;                  ///< of this kind
@@ -37,7 +37,7 @@ thread_local Faults* Faults::meets = nullptr;
 
 namespace {
 
-/// The function behind the one of this program, which is called `name`.
+/// The C library's function called `name`.
 template <auto function> auto behind(const char* name) {
   static const auto real = reinterpret_cast<decltype(function)>(dlsym(RTLD_NEXT, name));
   return real;

@@ -1,5 +1,5 @@
-// Every networked operation of the host interface as a row, and all that a host has from a service: for whatever runs
-// all of them, tests and fuzzers.
+// Every networked operation of the host interface as a row, and a host that shows all that a service gave it. For tests
+// and fuzzers that run all operations.
 #pragma once
 
 #include "service/TarnwellService.h"
@@ -51,7 +51,7 @@ inline QString savedFile() {
   return file.fileName();
 }
 
-/// A host with a record, a list and what earlier calls left, that sees into the context of its service.
+/// A host with a record, a list and values of earlier calls. It has access to the context of its service.
 class Host : public TarnwellService {
 public:
   QList<MapInfo> maps{known()};

@@ -4,14 +4,14 @@
 #include <QtCore/QByteArray>
 #include <string>
 
-/// What a service does with one connection.
+/// How a service handles one connection.
 struct Reply {
   std::string bytes;                     ///< the whole reply, header included
   std::size_t reads = std::string::npos; ///< bytes of the request that are read before the reply; npos: all of it
   bool stalls = false;                   ///< replies only when the service ends
 };
 
-/// A reply whose length is told by `framing`, a header line; `headers` are further lines, each with its line end.
+/// A reply; `framing` is the header line that gives its length, `headers` are further lines, each with its line end.
 inline Reply framed(const std::string& framing, const std::string& body, int status = 200,
                     const std::string& headers = {}) {
   const bool hasType = headers.find("Content-Type:") != std::string::npos;

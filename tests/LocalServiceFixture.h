@@ -1,4 +1,4 @@
-// The local service as a process of its own, on a database of its own, called by raw bytes. One thread.
+// The local service as a process with its own database. Tests send it raw bytes. One thread.
 #pragma once
 
 #include "tests/Messages.h"
@@ -17,7 +17,7 @@
 
 constexpr int patience = 30000; // milliseconds; nothing here takes more than a fraction
 
-/// How a process ended.
+/// Exit status and output of a process.
 struct Ended {
   int status = -1; // -1: not by itself
   QByteArray out;
@@ -48,7 +48,7 @@ public:
       EXPECT_EQ(administer(QStringList{"--add-account"} + account, "secretü\n"), "");
     start();
   }
-  ~LocalService() { EXPECT_EQ(stop().status, 0); } // also tells of leaks, where they are looked for
+  ~LocalService() { EXPECT_EQ(stop().status, 0); } // with the leak sanitizer, the status also tells of leaks
 
   /// What the program prints, or "status" and its exit status when that is not 0. Without "--db" in `arguments` it uses
   /// this database.
@@ -67,7 +67,7 @@ public:
     endpoint = QString::fromUtf8(process.readLine()).trimmed();
     ASSERT_GT(port(), 0) << endpoint.toStdString();
   }
-  /// Stops it as people do.
+  /// Stops it by SIGTERM.
   Ended stop() {
     process.terminate();
     return finish(process);
@@ -81,7 +81,7 @@ public:
   QString endpoint;
 };
 
-/// A raw connection to the service, of which every wait is bounded.
+/// A raw connection to the service. Every wait is bounded.
 class Connection : public QTcpSocket {
 public:
   Connection(int port, const std::string& bytes) {
@@ -112,7 +112,7 @@ inline std::string post(const std::string& body, const std::string& fields = soa
 
 class LocalServiceTest : public testing::Test, protected LocalService {
 protected:
-  /// A request of an operation; of elements that stand twice in it, the service reads the first.
+  /// A request of an operation. The service reads the first of two elements with one name.
   static std::string request(const std::string& operation, const std::string& elements = {}) {
     const std::string account = "<username>anna</username><pass>secretü</pass>";
     return post(message::envelope(element(operation, elements + account)));

@@ -1,5 +1,5 @@
-// The service's messages as texts, written as servers of other makes write them: prefix "soap:" for the envelope, the
-// service's namespace as default namespace, other prefixes than ours.
+// The service's messages as texts, as other servers write them: prefix "soap:" for the envelope, the service's
+// namespace as default namespace, other prefixes than ours.
 #pragma once
 
 #include "protocol/Deployment.h"

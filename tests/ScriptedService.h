@@ -1,7 +1,7 @@
-// A scripted HTTP service on loopback: listens before its constructor returns, gives its replies in the order in which
-// they stand (the last one again and again) and records every request. As an HTTP proxy it is simply a second one,
-// which records the request with its absolute URI and answers itself. One connection at a time, served by a thread of
-// its own; members may be called from any thread. Every wait is bounded.
+// A scripted HTTP service on loopback. It listens before its constructor returns, sends its replies in their order (the
+// last one again and again) and records every request. A second one serves as HTTP proxy: it records the request with
+// its absolute URI and answers itself. Its thread serves one connection at a time; members may be called from any
+// thread. Every wait is bounded.
 #pragma once
 
 #include "tests/Http.h"
@@ -89,5 +89,5 @@ private:
   std::vector<Request> m_requests;
   std::atomic<bool> m_stops{false};
   quint16 m_port = 0;
-  std::unique_ptr<QThread> m_thread; ///< one of Qt's, since it uses Qt's sockets
+  std::unique_ptr<QThread> m_thread; ///< a QThread, because Qt's sockets need one
 };

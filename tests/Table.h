@@ -29,7 +29,7 @@ inline std::string replaced(const std::string& text, const std::string& what, co
   return QByteArray::fromStdString(text).replace(what.c_str(), by.c_str()).toStdString();
 }
 
-/// Bytes as of a packed file, others with every call.
+/// Random bytes, different in each call, that cannot be compressed.
 inline std::string randomBytes(std::size_t size) {
   static std::mt19937 random(1);
   std::string bytes(size, '\0');

@@ -1,5 +1,5 @@
-// Exchanges without sockets: what arrives is a text in pieces of a given size, what is sent is kept. For tests that
-// need thousands of exchanges or exact control of what arrives at once.
+// Exchanges without sockets: the answer is a text that arrives in pieces of a given size; sent bytes are kept. For
+// tests that need thousands of exchanges or exact control over each received piece.
 #pragma once
 
 #include "client/DesktopServiceSoap12.h"
@@ -9,7 +9,7 @@
 
 #include <algorithm>
 
-// What was read as short texts, so that a table row can say it and a failure shows all of it.
+// Values as short texts, for table rows and failure messages.
 
 /// " name=value"; nothing for a default. Texts stand in quotes, blocks as their size and bytes.
 template <class Value> std::string shown(const char* name, const Value& value) {
@@ -142,7 +142,7 @@ public:
     return isFailed ? "error " + std::to_string(soap->error) : sent;
   }
 
-  /// Each is answered with `body`, or if there is none with `reply`.
+  /// Each gets `body` as its answer, or `reply` when there is no body.
   std::string ask(const std::string& name, const std::string& body = {}, int status = 200) {
     if (!body.empty())
       reply = ::reply(status, body).bytes;

@@ -1,4 +1,4 @@
-// Answers that are cut off, torn or damaged: never a crash, and what is read is right or the call fails.
+// Answers that are cut off, torn or damaged: no crash; the values are right or the call fails.
 #include "tests/HostOperations.h"
 #include "tests/Table.h"
 #include "tests/WireClient.h"
@@ -14,7 +14,7 @@ TEST(Damage, CutOffAnswersFail) {
     for (const Reply& whole : {reply(200, operation.answer()), chunks(11, 200, operation.answer())}) {
       Host refused("http://127.0.0.1:1/");
       const int result = operation.call(refused);
-      const std::size_t complete = whole.bytes.rfind('>') + 1; // after it there is only the chunks' own end
+      const std::size_t complete = whole.bytes.rfind('>') + 1; // only the last chunk follows
       for (std::size_t size = 0; size < complete; ++size) {
         Host host("http://service.example/");
         Wire wire(host.context());

@@ -1,4 +1,4 @@
-// Which code a call returns when the body holds something else than the answer.
+// The code that a call returns when the body does not hold the response element.
 #include "tests/Table.h"
 #include "tests/WireClient.h"
 
@@ -61,7 +61,7 @@ TEST(Fault, BodyWithoutTheAnswer) {
   EXPECT_STREQ("SOAP-ENV:Sender", *soap_faultcode(client.soap)) << "recorded when no fault was read";
 }
 
-// Parts of a fault, and what stays of them in the context: code, subcode, reason, and the literal XML of the detail.
+// Parts of a fault, and their values in the context: code, subcode, reason, and the literal XML of the detail.
 const char* const faults = R"(
 <R><T xml:lang="en">too much</T></R><C><S><V>d:Quota</V></S><V>soap:Sender</V></C> | SOAP-ENV:Sender dsns:Quota too much -
 <C><V>soap:Sender</V></C><D>full &amp; <b>more</b></D>                             | SOAP-ENV:Sender - - full &amp; <b>more</b>
@@ -106,7 +106,7 @@ TEST(Fault, DeepNestingNeedsNoDeepStack) {
     for (const auto& [body, read] : deep)
       EXPECT_EQ(read, WireClient().login(message::envelope(body)).substr(0, read.size()));
   }));
-  thread->setStackSize(256 << 10); // as small as those of a host's worker threads may be
+  thread->setStackSize(256 << 10); // as small as in worker threads of some hosts
   thread->start();
   thread->wait();
 }

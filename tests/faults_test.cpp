@@ -1,5 +1,5 @@
-// Every networked operation while memory, the system or the host's own threads fail it: it fails wholly or succeeds
-// wholly, and the next one works.
+// Every networked operation while memory, the system or the host's own threads fail: it changes everything or nothing,
+// and the next operation works.
 #include "host/CallMonitor.h"
 #include "tests/FaultyCalls.h"
 #include "tests/ServiceUnderTest.h"
@@ -14,7 +14,7 @@
 
 namespace {
 
-/// What `operation` returns and the host has after it, while its calls meet `faults`.
+/// The result of `operation`, whose calls meet `faults`, and all values of the host after it.
 std::string outcome(const HostOperation& operation, Host& host, Faults& faults) {
   Faults::meets = &faults;
   const int result = operation.call(host);
@@ -22,10 +22,10 @@ std::string outcome(const HostOperation& operation, Host& host, Faults& faults) 
   return std::to_string(result) + "\n" + host.seen();
 }
 
-/// That `host` can go on: nothing is left open, a listing sends what was the last login and succeeds.
+/// Expects that `host` is usable: no descriptor is open; a listing sends the last login's user and succeeds.
 void expectUsable(Host& host, const Faults& faults) {
   const HostOperation& listing = hostOperations()[2];
-  // Never destroyed: its thread needs what the end of the program takes down.
+  // Never destroyed: at the end of the program its thread would use objects that are gone.
   static ScriptedService& server =
       *new ScriptedService(reply(200, replaced(listing.answer(), "<soap:Body>", "<soap:Header/><soap:Body>")));
   EXPECT_EQ(0U, faults.descriptors.count());
@@ -42,7 +42,7 @@ const Faults modes[] = {{Faults::Memory, 0, false},        {Faults::Memory, 0, t
                         {Faults::None, 0, false, 0, 1},    {Faults::None, 0, false, 0, 3}};
 
 TEST(Faults, EveryCallFailsOnce) {
-  QFile::resize(savedFile(), 0); // as one is saved that cannot be opened
+  QFile::resize(savedFile(), 0); // as a file that cannot be opened is saved
   for (const HostOperation& operation : hostOperations())
     for (const std::string& answer : {operation.answer(), message::fault("soap:Receiver")}) {
       const ScriptedService server(reply(200, answer));
@@ -68,7 +68,7 @@ TEST(Faults, EveryCallFailsOnce) {
     }
 }
 
-// A thousand signals a second, without SA_RESTART: whatever waits is interrupted. And two objects share nothing.
+// A thousand signals a second, without SA_RESTART, interrupt every wait. The two objects share nothing.
 TEST(Faults, SignalsAndOtherThreadsInterruptNothing) {
   struct sigaction ignoring {
   }, before;
@@ -133,7 +133,7 @@ TEST(Faults, ClientTellsAnException) {
   EXPECT_EQ(-1, code);
 }
 
-// Nor do they read or write elsewhere: without a socket, the runtime would take the standard streams.
+// They do not use other descriptors either: without a socket, the runtime would use the standard streams.
 TEST(Faults, ImpossibleEndpointsFailWithoutASocket) {
   const std::string endpoints = "soap.udp://127.0.0.1:9/|ftp://127.0.0.1/|127.0.0.1/|https://127.0.0.1/|http:///x|"
                                 "http://:80/|http://|http:/127.0.0.1/|http://127.0.0.1/a\r\nb: c|"
@@ -162,7 +162,7 @@ TEST(Faults, CancelledThreadsLeaveAUsableObject) {
     for (const std::size_t read : {std::string::npos, std::size_t{0}}) {
       const ScriptedService server(Reply{"", read, true});
       Host host(server.url());
-      host.bytes.fill('b', read ? 1 : 16 << 20); // more than sockets hold
+      host.bytes.fill('b', read ? 1 : 16 << 20); // more than the buffers of a socket hold
       Faults faults;
       std::thread caller([&] { outcome(operation, host, faults); });
       while (server.requests().empty())
@@ -174,7 +174,7 @@ TEST(Faults, CancelledThreadsLeaveAUsableObject) {
 }
 
 TEST(CallMonitor, EndsTheWatchedCallAlone) {
-  std::future<int> other, watched; // end with the service
+  std::future<int> other, watched; // both return when the service ends
   const ScriptedService silent(Reply{"", std::string::npos, true});
   tarnwell::CallMonitor monitor(silent.port());
   const auto call = [url = silent.url()] { return hostOperations()[0].call(*std::make_unique<Host>(url)); };

@@ -1,5 +1,5 @@
 // The console host: exit statuses, messages for people and documents for programs, files, and calls that do not end.
-// scripts/demo, which scripts/test runs, has what is not here: every command in use, and a proxy.
+// scripts/demo, which scripts/test runs, covers the rest: every command, and a proxy.
 #include "host/Listing.h"
 #include "host/Text.h"
 #include "tests/LocalServiceFixture.h"
@@ -25,7 +25,7 @@ protected:
     write("empty", "");
     write("small", content.left(5000));
     write("largest", "");
-    ASSERT_TRUE(QFile::resize(service->path("largest"), 2147483001)); // takes no space
+    ASSERT_TRUE(QFile::resize(service->path("largest"), 2147483001)); // a sparse file
     ASSERT_EQ(mkfifo(qPrintable(service->path("pipe")), 0600), 0);
     ASSERT_TRUE(QDir(service->path("")).mkdir("tarnwell"));
     write("tarnwell/tarnwell.ini", "timeout=9\n[work]\ntimeout=5\n");
@@ -200,7 +200,7 @@ TEST_F(HostTest, FailureNamesItsCause) {
 }
 
 TEST_F(HostTest, CallsEndAtOnceByTimeLimitAndSignal) {
-  QTcpServer silent; // its kernel takes connections, nobody answers
+  QTcpServer silent; // the kernel accepts connections, nobody answers
   ASSERT_TRUE(silent.listen(QHostAddress::LocalHost));
   const QString url = QString("http://127.0.0.1:%1/").arg(silent.serverPort());
   const Ended limited = tarnwell({"login", "--timeout", "0.2", "--endpoint", url});
@@ -213,8 +213,8 @@ TEST_F(HostTest, CallsEndAtOnceByTimeLimitAndSignal) {
   ASSERT_TRUE(silent.waitForNewConnection(patience));
   kill(static_cast<pid_t>(process.processId()), SIGINT);
   ASSERT_TRUE(process.waitForFinished(patience));
-  EXPECT_EQ(process.exitStatus(), QProcess::CrashExit);                    // the signal's, so that a shell's loop ends
-  EXPECT_TRUE(process.readAllStandardError().contains("exit status 130")); // said before
+  EXPECT_EQ(process.exitStatus(), QProcess::CrashExit); // by the signal, so that a loop in a shell ends
+  EXPECT_TRUE(process.readAllStandardError().contains("exit status 130")); // printed before
 }
 
 TEST(TableTest, FitsTheTerminal) {

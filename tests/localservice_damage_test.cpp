@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Peak of the process's resident memory; sanitizers have their own on top.
+/// Peak of the process's resident memory; sanitizers add their own.
 [[maybe_unused]] long peakMebibytes(const QProcess& process) {
   const QByteArray status = contentOf(QString("/proc/%1/status").arg(process.processId()));
   return QRegularExpression("VmHWM:\\s+(\\d+)").match(status).captured(1).toLong() / 1024;
@@ -33,7 +33,7 @@ TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
     fields += "X: y\r\n";
     elements += "<a b" + std::to_string(i) + "=''/>";
   }
-  const bool open = true; // the client goes on waiting
+  const bool open = true; // the client waits on
   const struct {
     const char* what;
     std::string bytes;

@@ -13,7 +13,7 @@ std::string described(const std::string& map, bool forced = false) {
   return element("DesktopInfo", map) + (forced ? "<IsForced>true</IsForced>" : "");
 }
 
-// Operations, elements of the request, answer. In capitals: what replacements() has.
+// Operations, elements of the request, answer. Words in capitals: see replacements().
 const char* const dailyUse = R"(
 SaveDesktopMap          | <M>PLAN ONE</M>                           | Success Success KEPT Version=1
 SaveDesktopMap          | <M>PLAN ONE</M>                           | FileExists Success
@@ -58,7 +58,7 @@ TEST_F(LocalServiceTest, KeepsMaps) {
       EXPECT_EQ(call(operation, replacements(row[1])), replacements(row[2])) << operation << " " << row[1];
 }
 
-// User, password, map, login outcome, outcome of what concerns a map.
+// User, password, map, login outcome, map-access outcome.
 const char* const refusals = R"(
 nobody | secretü | Mine    | NotAUser          | None
 anna   | Secretü | Mine    | NotAUser          | None

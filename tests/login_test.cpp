@@ -6,8 +6,8 @@ namespace {
 Reply answered(const std::string& value) { return reply(200, message::answer("Login", message::loginValue(value))); }
 const Reply success = answered("Success"), refusal = answered("NotAUser");
 
-// The answer, result, whether the user is logged in afterwards ("as before": the call failed before an answer was read,
-// whatever broke it).
+// The answer, result, whether the user is logged in afterwards ("as before": the call failed before an answer was
+// read).
 const std::tuple<Reply, int, const char*> logins[] = {
     {success, ResultOk, "in"},
     {answered("2"), ResultOk, "in"},

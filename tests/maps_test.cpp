@@ -140,7 +140,7 @@ TEST(Saving, NeedsAFile) {
 
 TEST(Saving, SendsNothingOfAFileThatCannotBeRead) {
   const QTemporaryDir folder;
-  QLocalServer socket; // in the file system it exists, is no directory and cannot be opened, not even by root
+  QLocalServer socket; // a file that exists, is no directory and cannot be opened, not even by root
   ASSERT_TRUE(socket.listen(folder.filePath("s")));
   ServiceUnderTest tested(save.name, message::outcome("Success", "Success") + element("DesktopInfoClass", stored));
   MapInfo info;

@@ -1,5 +1,5 @@
-// All operations of the service, through both families of stubs and the proxy. Which elements their requests have, and
-// in which order, stands in protocol/schema/desktopservice.wsdl, which another test compares with the rows.
+// All operations of the service, through both families of stubs and the proxy. protocol/schema/desktopservice.wsdl has
+// the elements of their requests in their order; another test compares it with the rows.
 #include "tests/WireClient.h"
 
 #include <QtCore/QRegularExpression>
@@ -9,7 +9,7 @@
 
 namespace {
 
-// What each kind of result reads of one that holds the elements of all.
+// The values that each kind of result reads from an answer with the elements of all kinds.
 const std::string map = "<MapName>m</MapName>";
 const std::string all = message::outcome("DbError", "NoAccess") + element("DesktopInfo", map) +
                         element("DesktopInfoClass", map) +

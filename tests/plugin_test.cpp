@@ -15,8 +15,8 @@
 #include <sstream>
 #include <unistd.h>
 
-// The host uses the shared gSOAP runtime itself, with a namespace table and a header of its own. Of what the runtime's
-// library asks every program for, it supplies what it uses.
+// The host uses the shared gSOAP runtime itself, with its own namespace table and header. Of the functions that the
+// runtime expects from every program, it supplies only those that it uses.
 struct Namespace namespaces[] = {{"SOAP-ENV", "http://schemas.xmlsoap.org/soap/envelope/", nullptr, nullptr},
                                  {"SOAP-ENC", "http://schemas.xmlsoap.org/soap/encoding/", nullptr, nullptr},
                                  {"own", "urn:host", nullptr, nullptr},
@@ -116,7 +116,7 @@ TEST(Plugin, ResultsOutliveIt) {
   EXPECT_EQ("ABC", copy->mapThumbnail());
 }
 
-/// What the plug-in `file` sends and gets: its own messages, whoever else is in the process.
+/// The plug-in `file` sends and gets its own messages, whatever else is loaded in the process.
 std::string exchangeOfPlugin(const QString& file) {
   const ScriptedService server({reply(500, message::fault("soap:Receiver")), reply(200, mapList)});
   const Plugin plugin(file);

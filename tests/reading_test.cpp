@@ -1,5 +1,5 @@
-// Records: which elements are taken, skipped, refused or given by reference, what is left out in writing, and data that
-// travels beside the message. Every row arrives whole and byte by byte.
+// Records: elements that are read, skipped, refused or given by reference; elements that are not written; attachments.
+// Every row arrives whole and byte by byte.
 #include "tests/Table.h"
 #include "tests/WireClient.h"
 
@@ -13,7 +13,7 @@ namespace {
 std::string answer(const std::string& result) { return message::answer("GetMapContent_NEW_DESKTOP", result); }
 std::string mapAnswer(const std::string& children) { return answer("<DesktopInfo>" + children + "</DesktopInfo>"); }
 
-// Children of the map in an answer, and what is read of them.
+// Children of the map in an answer, and the values that are read.
 const char* const records = R"(
 <MapName xsi:nil="1"/><Thumbnail xsi:nil="true"/><MapId xsi:nil="true"/>                         | {}
 <MapName xsi:nil="false">n</MapName>                                                             | {MapName='n'}
@@ -86,8 +86,7 @@ TEST(Reference, IsResolved) {
   });
 }
 
-// What must not happen is a crash or a value from nowhere: such a call fails, or reads what the third column begins
-// with.
+// No crash and no invented value: such a call fails, or its value begins with the third column.
 const char* const unresolved = R"(
 <M href="#none"/>                                            |                                          |
 <M ><MapName href="#none"/></M>                              |                                          | {} end
@@ -139,7 +138,7 @@ TEST(Reading, StrictMode) {
   }
 }
 
-// What stands in the place of "utf-8" in the XML declaration, and what is read of the bytes C3 A9.
+// Encodings in the XML declaration, and the text that is read from the bytes C3 A9.
 const char* const encodings = R"(
 UTF-8        | {MapName='é'}
 iso-8859-1   | {MapName='Ã©'}
@@ -159,7 +158,7 @@ TEST(Reading, AnswersOfOtherKinds) {
   EXPECT_EQ("error 3", client.login("<LoginResponse xmlns=\"" TARNWELL_SERVICE_NAMESPACE "\"/>")) << "no envelope";
 }
 
-// Outside an exchange: a document that ends behind its element.
+// Outside an exchange: a document that ends after its element.
 TEST(Reading, DocumentsOfOneElement) {
   WireClient client;
   for (const char* body : {"<v>7</v>", "<v>7</v> \n", "<v>7"}) {
@@ -218,7 +217,7 @@ TEST(Writing, ABlockWithIdOrTypeTravelsAsAttachment) {
     block.type = blockType;
     const auto send = std::exchange(client.soap->fsend, [](auto...) { return SOAP_EOF; });
     EXPECT_EQ(SOAP_EOF, client.__dsns4__SendFeedbackWithAttachment(&request, &response));
-    client.soap->fsend = send; // what failed attempts left behind must not count
+    client.soap->fsend = send; // bytes of failed attempts must not count
     EXPECT_EQ(0, client.__dsns4__SendFeedbackWithAttachment(&request, &response));
     const auto sends = [&](const char* text) { return client.sent.find(text) != std::string::npos; };
     const bool isInline = !blockId && !blockType;

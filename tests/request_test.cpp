@@ -1,4 +1,4 @@
-// What a request is on the wire: envelope, HTTP header, proxy; and the client's settings behind it.
+// A request on the wire: envelope, HTTP header, proxy; and the client's settings.
 #include "protocol/schema/Namespaces.h"
 #include "tests/ServiceUnderTest.h"
 #include "tests/WireClient.h"
@@ -9,7 +9,7 @@ namespace {
 
 const std::string success = message::answer("Login", message::loginValue("Success"));
 
-/// How an envelope begins that declares the namespaces of `table`.
+/// The start of an envelope that declares the namespaces of `table`.
 std::string envelopeOf(const Namespace* table) {
   std::string start = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<SOAP-ENV:Envelope";
   for (const Namespace* row = table; row->id; ++row)

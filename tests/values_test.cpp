@@ -1,5 +1,5 @@
-// What a value is read as, shown by what is written of it again. Every text arrives whole, in single bytes and in HTTP
-// chunks, because the reader's fast and slow paths have to give the same value.
+// Values that are read and written again. Every text arrives whole, in single bytes and in HTTP chunks, because the
+// reader's fast and slow paths have to give the same value.
 #include "protocol/binding/BlockMemory.h"
 #include "tests/Table.h"
 #include "tests/WireClient.h"
@@ -20,7 +20,7 @@ namespace {
 
 using tarnwell::Type;
 
-/// What is written of `value` between the tags of an element, or the error.
+/// The text of `value` between the tags of an element as it is written, or the error.
 std::string written(WireClient& client, const void* value, const Type& type) {
   const std::string all =
       client.written([&](struct soap* soap) { return tarnwell::writeElement(soap, "v", -1, value, nullptr, type); });
@@ -32,7 +32,7 @@ std::string document(const std::string& content) {
   return "<v xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" xmlns:q=\"urn:q\" xmlns:s=\"" +
          message::envelopeNamespace + "\" xmlns:dsns=\"" TARNWELL_SERVICE_NAMESPACE "\">" + content + "</v>";
 }
-/// What is written of what is read from `bytes`, or the error of reading.
+/// The text of a value that was read from `bytes` and written again, or the error of reading.
 std::string rewritten(WireClient& client, const std::string& bytes, const Type& type) {
   client.rewind();
   client.reply = bytes;
@@ -52,7 +52,7 @@ void expectRewritten(const Type& type, const std::string& content, const std::st
     EXPECT_EQ(expected, rewritten(client, chunks(size, 200, document(content)).bytes, type)) << "in chunks of " << size;
 }
 
-// Types, then texts and what is written of them. "·" is a blank and a tabulator, "¶" a line end.
+// Types, then texts, each with the text that is written again. "·" is a blank and a tabulator, "¶" a line end.
 const char* const values = R"(
 xsd:boolean | true => true | 1 => true | false => false | 0 => false | 2 => error 4 | -1 => error 4 | => false
 xsd:boolean | yes => error 4 | True => error 4 | truely => error 4 | 1x => error 4 | <!-- 0 -->1 => true | &#49; => true
@@ -92,7 +92,7 @@ xsd:base64Binary | ¶·QU¶·JD¶· => QUJD | QUJD => QUJD | QUI= => QUI= | QQ==
 xsd:base64Binary | QU<!-- J -->JD => QUJD | <![CDATA[QUJD]]> => QUJD | <![CDATA[QUJD</]]> => error 4
 xsd:base64Binary | QUJD* => error 4 | Q*JDQUJD => error 4 | QU-D => error 4 | QUJDQ => error 4 | QQ==QQ== => error 4 | Q=== => error 4 | QUJé => error 4 | =QUJ => error 4 | = => error 4 | QUJ&#x151; => error 4
 )";
-/// Texts and what is written of them, by the type's name.
+/// Texts, each with the text that is written again, by the type's name.
 const auto examples = [] {
   std::map<std::string, std::vector<std::pair<std::string, std::string>>> all;
   const auto blanks = [](const std::string& cell) { return replaced(replaced(cell, "·", " \t"), "¶", "\r\n"); };
@@ -183,9 +183,9 @@ TEST(Values, BlocksOfTwoGigabytesOrInLittleMemory) {
 /// Content of a record.
 struct Content {
   std::string given;   ///< elements in any order, some repeated
-  std::string written; ///< as the library writes it: of those of one name, the first stands
+  std::string written; ///< as the library writes it: of several elements with one name, the first
 };
-/// At random; simple types by the table's examples.
+/// Random content; simple types take the table's examples.
 Content randomContent(const Type& type, std::mt19937& random) {
   if (const auto found = examples.find(type.name); found != examples.end()) {
     std::string text = "error";
