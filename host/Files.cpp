@@ -90,7 +90,8 @@ CommandResult writeOutput(CommandResult result, const QString& file, const QByte
 
 QString fileNameFor(const QString& name) {
   constexpr int longest = 60; // UTF-16 units, at most 180 bytes; file systems allow 255 bytes
-  QString safe = printable(name.left(longest)).replace('/', '_').trimmed();
+  const bool cutsPair = name.size() > longest && name[longest - 1].isHighSurrogate();
+  QString safe = printable(name.left(cutsPair ? longest - 1 : longest)).replace('/', '_').trimmed();
   if (safe.startsWith('.'))
     safe.replace(0, 1, '_');
   return safe.isEmpty() ? QString("unnamed") : safe;

@@ -117,6 +117,7 @@ TEST(Values, AreReadAndWrittenWhateverTheLocale) {
     if (const auto found = examples.find(tarnwell::findType(number)->name); found != examples.end())
       for (const auto& [text, rewrittenText] : found->second)
         expectRewritten(tarnwell::typeOf(number), text, rewrittenText);
+  expectRewritten(tarnwell::typeOf(SOAP_TYPE_xsd__int), std::string("1\0x", 3), "error 4");
   std::setlocale(LC_NUMERIC, "C");
 }
 TEST(Values, OfEveryLength) {

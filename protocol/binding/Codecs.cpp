@@ -22,6 +22,8 @@ int readSimple(struct soap* soap, const Type& type, void* value) {
   if (content.read(soap))
     return soap->error;
   const std::string_view text = content.trimmed();
+  if (text.find('\0') != text.npos) // some parsers would stop there
+    return soap->error = SOAP_TYPE;
   if (!text.empty())
     return parse(soap, type, text, static_cast<T*>(value));
   return soap->error = soap->mode & SOAP_XML_STRICT ? SOAP_EMPTY : SOAP_OK;

@@ -3,12 +3,8 @@
 #include "protocol/binding/BlockMemory.h"
 #include "protocol/soap/RuntimeInternals.h"
 
-#include <algorithm>
-#include <cstdint>
-#include <cstdio>
 #include <cstring>
 #include <string>
-#include <string_view>
 
 namespace tarnwell {
 namespace {
