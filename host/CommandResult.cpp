@@ -4,6 +4,7 @@
 
 #include <QtCore/QJsonDocument>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 
@@ -96,22 +97,20 @@ void explain(const CommandResult& result) {
 
 } // namespace
 
-CommandResult failure(int status, const QString& message, const QString& advice) {
-  CommandResult result;
-  result.status = status;
-  result.message = message;
-  result.advice = advice;
-  return result;
+void fail(int status, const QString& message, const QString& advice, const QJsonObject& data) {
+  throw CommandResult{status, message, advice, {}, {}, data};
 }
 
-int show(const CommandResult& result, const QString& command, bool json) {
-  const QByteArray output = json ? toJson(result, command) : result.text.toUtf8() + result.bytes;
+int show(const CommandResult& result, const OutputStyle& style) {
+  const QByteArray output = style.isJson ? toJson(result, style.command) : result.text.toUtf8() + result.bytes;
   if (!writeOut(output)) {
     writeError(QString("tarnwell: cannot write to standard output: %1").arg(std::strerror(errno)));
     return LocalError;
   }
-  if (!json && !result.message.isEmpty())
+  if (!style.isJson && !result.message.isEmpty())
     explain(result);
+  if (result.status >= FirstSignalStatus)
+    std::raise(result.status - FirstSignalStatus + 1);
   return result.status;
 }
 

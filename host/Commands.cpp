@@ -1,5 +1,10 @@
 #include "host/Commands.h"
 
+#include "host/Command.h"
+#include "host/Completion.h"
+#include "host/MapCommands.h"
+#include "host/SaveCommand.h"
+#include "host/ServiceCommands.h"
 #include "host/Text.h"
 
 #include <algorithm>
@@ -17,11 +22,17 @@ QCommandLineOption option(const QStringList& names, const char* help, const char
   return {names, help, valueName, fallback};
 }
 
-CommandResult textResult(const QString& text) {
-  CommandResult result;
-  result.text = text;
-  result.data["help"] = text;
-  return result;
+/// A success with `text` for people, and for programs as the member `key`.
+CommandResult textResult(const char* key, const QString& text) { return {ResultOk, {}, {}, text, {}, {{key, text}}}; }
+
+const std::vector<Command>& commands();
+
+QList<QCommandLineOption> generalOptions() {
+  return settingOptions() + QList<QCommandLineOption>{
+                                option({"json"}, "Print one JSON document for programs, also after a failure."),
+                                option({"h", "help"}, "Show this help, or that of the command."),
+                                option({"v", "version"}, "Show the version."),
+                            };
 }
 
 QString programHelp() {
@@ -62,16 +73,25 @@ const Command* findCommand(const QString& name) {
   return found == commands().end() ? nullptr : &*found;
 }
 
-CommandResult noCommand(const QString& name) {
-  return failure(UsageError, name.isEmpty() ? "no command given" : QString("there is no command %1").arg(quoted(name)));
+[[noreturn]] void failCommand(const QString& name) {
+  fail(UsageError, name.isEmpty() ? "no command given" : QString("there is no command %1").arg(quoted(name)));
 }
 
 CommandResult showHelp(CommandRun& run) {
   const QString name = run.argument(0);
   if (name.isEmpty())
-    return textResult(programHelp());
+    return textResult("help", programHelp());
   const Command* const command = findCommand(name);
-  return command == nullptr ? noCommand(name) : textResult(commandHelp(*command));
+  if (command == nullptr)
+    failCommand(name);
+  return textResult("help", commandHelp(*command));
+}
+
+CommandResult showCompletion(CommandRun& run) {
+  const QString script = completionScript(run.argument(0), commands(), generalOptions());
+  if (script.isEmpty())
+    fail(UsageError, QString("there is no completion for %1").arg(quoted(run.argument(0))), "use bash, zsh or fish");
+  return textResult("script", script);
 }
 
 /// Why `count` positional arguments do not fit, or an empty text.
@@ -86,8 +106,6 @@ QString wrongCount(const Command& command, int count) {
     return "too many arguments";
   return count < most - optional ? QString("%1 is missing").arg(arguments[static_cast<size_t>(count)].name) : QString();
 }
-
-} // namespace
 
 const std::vector<Command>& commands() {
   static const std::vector<Command> table{
@@ -171,42 +189,48 @@ const std::vector<Command>& commands() {
   return table;
 }
 
-QList<QCommandLineOption> generalOptions() {
-  return settingOptions() + QList<QCommandLineOption>{
-                                option({"json"}, "Print one JSON document for programs, also after a failure."),
-                                option({"h", "help"}, "Show this help, or that of the command."),
-                                option({"v", "version"}, "Show the version."),
-                            };
-}
-
-CommandResult runCommandLine(const QStringList& commandLine, QString& command) {
+/// Carries out the command line and sets `style` as soon as it is known.
+CommandResult carryOut(const QStringList& commandLine, OutputStyle& style) {
   // Only general options may stand before the command: a command's own options are not known before it is found.
   QCommandLineParser parser;
-  parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions); // "-dash" is not "-d -a -s -h"
   parser.addOptions(generalOptions());
   bool isParsed = parser.parse(commandLine);
-  command = parser.positionalArguments().value(0);
-  const Command* const found = findCommand(command);
+  style.command = parser.positionalArguments().value(0);
+  const Command* const found = findCommand(style.command);
   if (found != nullptr) {
     parser.addOptions(found->options);
     isParsed = parser.parse(commandLine);
   }
-  const QString advice = found == nullptr ? QString() : QString("see 'tarnwell help %1'").arg(command);
-  if (!isParsed && (found != nullptr || command.isEmpty()))
-    return failure(UsageError, printable(parser.errorText()), advice);
-  if (found == nullptr && !command.isEmpty())
-    return noCommand(command);
+  style.isJson = parser.isSet("json");
+  const QString advice = found == nullptr ? QString() : QString("see 'tarnwell help %1'").arg(style.command);
+  if (!isParsed && (found != nullptr || style.command.isEmpty()))
+    fail(UsageError, printable(parser.errorText()), advice);
+  if (found == nullptr && !style.command.isEmpty())
+    failCommand(style.command);
   if (parser.isSet("help"))
-    return textResult(found == nullptr ? programHelp() : commandHelp(*found));
+    return textResult("help", found == nullptr ? programHelp() : commandHelp(*found));
   if (parser.isSet("version"))
-    return textResult(QString("tarnwell %1\n").arg(TARNWELL_VERSION));
+    return textResult("help", QString("tarnwell %1\n").arg(TARNWELL_VERSION));
   if (found == nullptr)
-    return noCommand(command);
+    failCommand(style.command);
   const QString wrong = wrongCount(*found, parser.positionalArguments().size() - 1);
   if (!wrong.isEmpty())
-    return failure(UsageError, wrong, advice);
-  CommandRun run(parser, parser.positionalArguments());
+    fail(UsageError, wrong, advice);
+  CommandRun run(parser, style);
   return found->run(run);
+}
+
+} // namespace
+
+int runCommandLine(const QStringList& commandLine) {
+  OutputStyle style;
+  CommandResult result;
+  try {
+    result = carryOut(commandLine, style);
+  } catch (const CommandResult& failed) {
+    result = failed;
+  }
+  return show(result, style);
 }
 
 } // namespace tarnwell

@@ -4,18 +4,14 @@
 
 namespace tarnwell {
 
-CommandResult readPassword(const char* variable, const QString& prompt, QString& password) {
-  if (qEnvironmentVariableIsSet(variable)) {
-    password = QString::fromUtf8(qgetenv(variable));
-    return {};
-  }
+QString readPassword(const char* variable, const QString& prompt) {
+  if (qEnvironmentVariableIsSet(variable))
+    return QString::fromUtf8(qgetenv(variable));
   std::string typed;
-  if (!terminal::askPassword(prompt.toStdString(), typed)) {
-    return failure(UsageError, "no password could be read from the terminal",
-                   QString("set the environment variable %1").arg(variable));
-  }
-  password = QString::fromStdString(typed);
-  return {};
+  if (!terminal::askPassword(prompt.toStdString(), typed))
+    fail(UsageError, "no password could be read from the terminal",
+         QString("set the environment variable %1").arg(variable));
+  return QString::fromStdString(typed);
 }
 
 } // namespace tarnwell

@@ -6,8 +6,8 @@
 
 namespace tarnwell {
 
-/// Sets `password` to the environment variable `variable`, which may be empty. When it is not set, asks with `prompt`
-/// on the controlling terminal. Returns a UsageError, with `password` unchanged, when there is no terminal either.
-[[nodiscard]] CommandResult readPassword(const char* variable, const QString& prompt, QString& password);
+/// The value of the environment variable `variable`, which may be empty. When it is not set, asks with `prompt` on the
+/// controlling terminal. Fails with a UsageError when there is no terminal either.
+[[nodiscard]] QString readPassword(const char* variable, const QString& prompt);
 
 } // namespace tarnwell

@@ -15,8 +15,8 @@ namespace {
 /// Bytes that fit into a QByteArray.
 constexpr qint64 mostBytes = 2147483000;
 
-CommandResult readFailure(const QString& file, const QString& reason) {
-  return failure(LocalError, QString("cannot read %1: %2").arg(quoted(file), reason), "check the file");
+[[noreturn]] void failReading(const QString& file, const QString& reason) {
+  fail(LocalError, QString("cannot read %1: %2").arg(quoted(file), reason), "check the file");
 }
 
 bool writeWhole(QFileDevice& target, const QByteArray& bytes) {
@@ -26,53 +26,54 @@ bool writeWhole(QFileDevice& target, const QByteArray& bytes) {
 
 } // namespace
 
-CommandResult readFile(const QString& file, QByteArray& bytes) {
+QByteArray readFile(const QString& file) {
   QFile source(file);
   if (!source.open(QIODevice::ReadOnly))
-    return readFailure(file, source.errorString());
+    failReading(file, source.errorString());
   if (source.size() > mostBytes)
-    return readFailure(file, "it is larger than 2 GiB");
+    failReading(file, "it is larger than 2 GiB");
   QByteArray content = source.readAll();
   if (source.error() != QFileDevice::NoError)
-    return readFailure(file, source.errorString());
-  bytes.swap(content);
-  return {};
+    failReading(file, source.errorString());
+  return content;
 }
 
-CommandResult checkMapFile(const QString& file, qint64& size) {
+qint64 checkMapFile(const QString& file) {
   const QFileInfo info(file);
   if (!info.exists() || info.isDir())
-    return failure(ResultNoSuchFile, QString("cannot save %1").arg(quoted(file)));
+    fail(ResultNoSuchFile, QString("cannot save %1").arg(quoted(file)));
   if (!info.isFile())
-    return readFailure(file, "it is not a regular file");
+    failReading(file, "it is not a regular file");
   QFile source(file);
   if (!source.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-    return readFailure(file, source.errorString());
+    failReading(file, source.errorString());
   if (source.size() > mostBytes)
-    return readFailure(file, "a map of more than 2 GiB cannot be saved");
+    failReading(file, "a map of more than 2 GiB cannot be saved");
   QByteArray piece(1 << 20, Qt::Uninitialized);
-  qint64 count = 0;
-  for (size = 0; (count = source.read(piece.data(), piece.size())) > 0; size += count) {
-  }
-  return source.error() == QFileDevice::NoError ? CommandResult() : readFailure(file, source.errorString());
+  qint64 size = 0;
+  for (qint64 count = 0; (count = source.read(piece.data(), piece.size())) > 0;)
+    size += count;
+  if (source.error() != QFileDevice::NoError)
+    failReading(file, source.errorString());
+  return size;
 }
 
-CommandResult writeFile(const QString& file, const QByteArray& bytes) {
-  const auto failed = [&file](const QString& reason) {
-    return failure(LocalError, QString("cannot write %1: %2").arg(quoted(file), reason));
+void writeFile(const QString& file, const QByteArray& bytes) {
+  const auto check = [&file](bool isWritten, const QIODevice& device) {
+    if (!isWritten)
+      fail(LocalError, QString("cannot write %1: %2").arg(quoted(file), device.errorString()));
   };
   const QFileInfo existing(file);
   if (existing.exists() && !existing.isFile() && !existing.isDir()) {
     std::signal(SIGPIPE, SIG_IGN); // when the reader closes the pipe, the write fails and this program goes on
     QFile pipe(file);
-    return pipe.open(QIODevice::WriteOnly) && writeWhole(pipe, bytes) ? CommandResult() : failed(pipe.errorString());
+    return check(pipe.open(QIODevice::WriteOnly) && writeWhole(pipe, bytes), pipe);
   }
   QSaveFile target(file);
-  if (!target.open(QIODevice::WriteOnly) || !writeWhole(target, bytes))
-    return failed(target.errorString());
+  check(target.open(QIODevice::WriteOnly) && writeWhole(target, bytes), target);
   if (fsync(target.handle()) != 0)
-    return failed(qt_error_string());
-  return target.commit() ? CommandResult() : failed(target.errorString());
+    fail(LocalError, QString("cannot write %1: %2").arg(quoted(file), qt_error_string()));
+  check(target.commit(), target);
 }
 
 CommandResult writeOutput(CommandResult result, const QString& file, const QByteArray& bytes) {
@@ -81,9 +82,7 @@ CommandResult writeOutput(CommandResult result, const QString& file, const QByte
     result.bytes = bytes.isNull() ? QByteArray("") : bytes;
     return result;
   }
-  CommandResult written = writeFile(file, bytes);
-  if (written.failed())
-    return written;
+  writeFile(file, bytes);
   result.data["file"] = file;
   return result;
 }

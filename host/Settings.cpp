@@ -36,15 +36,15 @@ constexpr SettingKind settingKinds[] = {
      nullptr, ""},
 };
 
-/// A message about an unknown key in the current group of `file`; empty when there is none.
-QString unknownKey(const QSettings& file) {
+/// Fails for an unknown key in the current group of `file`.
+void checkKeys(const QSettings& file) {
   for (const QString& key : file.childKeys()) {
     const bool isKnown = std::any_of(std::begin(settingKinds), std::end(settingKinds),
                                      [&key](const SettingKind& kind) { return key == kind.name; });
     if (!isKnown)
-      return QString("%1 has an unknown key %2").arg(quoted(file.fileName()), quoted(key));
+      fail(UsageError, QString("%1 has an unknown key %2").arg(quoted(file.fileName()), quoted(key)),
+           "the keys are the names of the options: endpoint, user, proxy and so on");
   }
-  return {};
 }
 
 /// The text of a key. QSettings reads a value with commas as a list.
@@ -65,32 +65,31 @@ Setting settingOf(const SettingKind& kind, const QCommandLineParser& options, co
   return {name, kind.fallback, {}};
 }
 
-CommandResult readEndpoint(const QString& text, QUrl& endpoint) {
+QUrl readEndpoint(const QString& text) {
   constexpr char advice[] = "give a URL such as http://maps.example/service/desktopservice.asmx";
   if (std::any_of(text.begin(), text.end(), [](QChar unit) { return unit.isSpace() || !unit.isPrint(); }))
-    return failure(UsageError, "the endpoint has blanks or control characters", advice);
-  endpoint = QUrl(text.isEmpty() ? TARNWELL_PRODUCTION_ENDPOINT : text, QUrl::StrictMode);
+    fail(UsageError, "the endpoint has blanks or control characters", advice);
+  const QUrl endpoint(text.isEmpty() ? TARNWELL_PRODUCTION_ENDPOINT : text, QUrl::StrictMode);
   if (!endpoint.userInfo().isEmpty() || text.contains('@'))
-    return failure(UsageError, "the endpoint has a user name or password, which no call would use", advice);
+    fail(UsageError, "the endpoint has a user name or password, which no call would use", advice);
   if (!endpoint.isValid() || endpoint.host().isEmpty())
-    return failure(UsageError, QString("the endpoint %1 is no URL with a host").arg(quoted(text)), advice);
+    fail(UsageError, QString("the endpoint %1 is no URL with a host").arg(quoted(text)), advice);
   if (endpoint.scheme() != "http") // QUrl has it in lower case
-    return failure(UsageError, QString("the endpoint %1 does not begin with http://").arg(quoted(text)), advice);
-  return {};
+    fail(UsageError, QString("the endpoint %1 does not begin with http://").arg(quoted(text)), advice);
+  return endpoint;
 }
 
 /// `text`: "HOST:PORT", an IPv6 address in brackets; empty for no proxy.
-CommandResult readProxy(const QString& text, ServiceAddress& address) {
+void readProxy(const QString& text, ServiceAddress& address) {
   if (text.isEmpty())
-    return {};
+    return;
   const QUrl url("http://" + text, QUrl::StrictMode);
   address.proxyHost = url.host();
   address.proxyPort = url.port(0);
   if (address.proxyHost.isEmpty() || address.proxyPort < 1 || !url.userInfo().isEmpty() || !url.path().isEmpty()) {
-    return failure(UsageError, QString("%1 is no proxy address").arg(quoted(withoutUserInfo(text))),
-                   "give host and port, as in --proxy proxy.example:3128, and a user with --proxy-user");
+    fail(UsageError, QString("%1 is no proxy address").arg(quoted(withoutUserInfo(text))),
+         "give host and port, as in --proxy proxy.example:3128, and a user with --proxy-user");
   }
-  return {};
 }
 
 } // namespace
@@ -109,7 +108,8 @@ QList<QCommandLineOption> settingOptions() {
   return options;
 }
 
-CommandResult readSettings(const QCommandLineParser& options, Settings& settings) {
+Settings readSettings(const QCommandLineParser& options) {
+  Settings settings;
   QSettings file(QSettings::IniFormat, QSettings::UserScope, "tarnwell", "tarnwell");
   file.setFallbacksEnabled(false);
   file.setIniCodec("UTF-8");
@@ -117,41 +117,37 @@ CommandResult readSettings(const QCommandLineParser& options, Settings& settings
   settings.profiles = file.childGroups();
   const QFileInfo info(settings.file);
   if (file.status() != QSettings::NoError || (info.exists() && !info.isReadable()))
-    return failure(LocalError, QString("cannot read the configuration file %1").arg(quoted(settings.file)),
-                   "check its permissions and its form: KEY=VALUE lines below [PROFILE] headings");
+    fail(LocalError, QString("cannot read the configuration file %1").arg(quoted(settings.file)),
+         "check its permissions and its form: KEY=VALUE lines below [PROFILE] headings");
   const QString profile = options.value("profile");
   if (options.isSet("profile") && !settings.profiles.contains(profile))
-    return failure(UsageError, QString("%1 has no profile %2").arg(quoted(settings.file), quoted(profile)),
-                   "'tarnwell config' lists the profiles");
-  QString wrong = unknownKey(file);
+    fail(UsageError, QString("%1 has no profile %2").arg(quoted(settings.file), quoted(profile)),
+         "'tarnwell config' lists the profiles");
+  checkKeys(file);
   file.beginGroup(profile);
-  if (wrong.isEmpty())
-    wrong = unknownKey(file);
+  checkKeys(file);
   file.endGroup();
-  if (!wrong.isEmpty())
-    return failure(UsageError, wrong, "the keys are the names of the options: endpoint, user, proxy and so on");
   for (const SettingKind& kind : settingKinds)
     settings.all += settingOf(kind, options, file);
-  return {};
+  return settings;
 }
 
-CommandResult readAddress(const Settings& settings, ServiceAddress& address) {
-  CommandResult read = readEndpoint(settings.value("endpoint"), address.endpoint);
-  if (!read.failed())
-    read = readProxy(settings.value("proxy"), address);
-  if (!read.failed() && !settings.value("proxy-user").isEmpty() && !address.hasProxy())
-    return failure(UsageError, "--proxy-user needs --proxy");
-  return read;
+ServiceAddress readAddress(const Settings& settings) {
+  ServiceAddress address;
+  address.endpoint = readEndpoint(settings.value("endpoint"));
+  readProxy(settings.value("proxy"), address);
+  if (!settings.value("proxy-user").isEmpty() && !address.hasProxy())
+    fail(UsageError, "--proxy-user needs --proxy");
+  return address;
 }
 
-CommandResult readTimeout(const Settings& settings, double& seconds) {
+double readTimeout(const Settings& settings) {
   const QString text = settings.value("timeout");
   bool isNumber = true;
-  seconds = text.isEmpty() ? 0 : text.toDouble(&isNumber);
+  const double seconds = text.isEmpty() ? 0 : text.toDouble(&isNumber);
   if (!isNumber || (!text.isEmpty() && !(seconds > 0 && seconds < 1e6)))
-    return failure(UsageError, QString("--timeout takes seconds, not %1").arg(quoted(text)),
-                   "for example --timeout 30");
-  return {};
+    fail(UsageError, QString("--timeout takes seconds, not %1").arg(quoted(text)), "for example --timeout 30");
+  return seconds;
 }
 
 QString withoutUserInfo(const QString& value) {

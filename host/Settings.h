@@ -48,17 +48,17 @@ struct ServiceAddress {
 /// The options for settings, which every command takes.
 [[nodiscard]] QList<QCommandLineOption> settingOptions();
 
-/// Reads all settings, and does not check their values. Returns a UsageError for a profile that does not exist or an
-/// unknown key in the file, a LocalError for a file that cannot be read.
-[[nodiscard]] CommandResult readSettings(const QCommandLineParser& options, Settings& settings);
+/// Reads all settings, and does not check their values. Fails with a UsageError for a profile that does not exist or an
+/// unknown key in the file, and with a LocalError for a file that cannot be read.
+[[nodiscard]] Settings readSettings(const QCommandLineParser& options);
 
-/// Sets `address` from the settings. Returns a UsageError for an endpoint that is not http, has blanks, control
+/// The address of the settings. Fails with a UsageError for an endpoint that is not http, has blanks, control
 /// characters, a user name or a password, for a proxy that is not HOST:PORT, and for a proxy's user without a proxy.
 /// The message has no text that may contain a password.
-[[nodiscard]] CommandResult readAddress(const Settings& settings, ServiceAddress& address);
+[[nodiscard]] ServiceAddress readAddress(const Settings& settings);
 
-/// Sets `seconds` to --timeout, 0 for none. Returns a UsageError unless it is more than 0 and less than 1,000,000.
-[[nodiscard]] CommandResult readTimeout(const Settings& settings, double& seconds);
+/// The seconds of --timeout, 0 for none. Fails with a UsageError unless it is more than 0 and less than 1,000,000.
+[[nodiscard]] double readTimeout(const Settings& settings);
 
 /// `value` with "..." in place of the user name and password that an address may have.
 [[nodiscard]] QString withoutUserInfo(const QString& value);

@@ -286,6 +286,53 @@ TEST_F(HostTest, FilesAreWrittenWholeOrNotAtAll) {
   EXPECT_EQ(tarnwell({"get", "Goals", "--json"}).data()["maps"].toArray().size(), 1);
 }
 
+TEST_F(HostTest, EachMapGetsAFileOfItsOwnInTheFolder) {
+  save("../x", "anna");
+  save("Pair", "anna");
+  save("Half", "anna", "@small");
+  ASSERT_EQ(tarnwell({"save", "@small", "Half", "--force", "--name", "pair"}).status, 0);
+  ASSERT_TRUE(QDir(service->path("")).mkdir("folder"));
+  // A refused map does not stop the others.
+  const Ended run = tarnwell({"get", "@../x", "@Foreign", "@Pair", "@Half", "-o", "@folder", "--json"});
+  EXPECT_EQ(run.status, 7);
+  EXPECT_EQ(run.data()["maps"].toArray().size(), 3);
+  const QDir folder(service->path("folder"));
+  const QString second = "pair " + resolved("@Half") + ".twlx";
+  EXPECT_EQ(folder.entryList(QDir::Files).join('|').toStdString(),
+            ("_._x.twlx|" + second + "|Pair.twlx").toStdString());
+  EXPECT_EQ(contentOf(folder.filePath("Pair.twlx")), content);
+  EXPECT_EQ(contentOf(folder.filePath(second)), content.left(5000));
+}
+
+TEST_F(HostTest, ProgramsGetAllTheyNeed) {
+  const QString content64 = QString::fromLatin1(content.toBase64());
+  EXPECT_EQ(tarnwell({"get", "Goals", "--json"}).data()["content"].toString(), content64);
+  const QString digits = resolved("@Goals").left(8);
+  EXPECT_EQ(tarnwell({"get", digits}).out, content);
+  EXPECT_EQ(tarnwell({"get", digits.left(7)}).status, 2);
+
+  save("a\tb", "anna");
+  const QStringList lines = QString::fromUtf8(tarnwell({"list", "--format", "tsv"}).out).split('\n');
+  EXPECT_EQ(lines[0], "name\tauthor\tmodified\tpublished\tpreview\tidentifier");
+  const QRegularExpression cells("^a b\t[^\t]+\t[0-9-]{10}T[0-9:]{8}Z\tno\t0\t" + resolved("@a\tb") + "$");
+  EXPECT_EQ(lines.filter(cells).size(), 1) << lines.join('\n').toStdString();
+}
+
+TEST_F(HostTest, SaveTellsThatTheFileHasChanged) {
+  write("changing", "before");
+  QProcess process;
+  start(process, {"save", "@changing", "--thumbnail", "@pipe"});
+  QFile pipe(service->path("pipe"));
+  ASSERT_TRUE(pipe.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
+  // More than a pipe holds: once it is written, the host reads the thumbnail, and has read the map before.
+  ASSERT_EQ(pipe.write(content.left(70000)), 70000);
+  write("changing", "afterwards");
+  pipe.close();
+  const Ended run = finish(process);
+  EXPECT_EQ(run.status, 3);
+  EXPECT_TRUE(run.err.contains("changed while it was saved: it had 6 bytes, and 10")) << run.err.toStdString();
+}
+
 TEST_F(HostTest, SettingsComeFromTheFirstThatHasThem) {
   const std::pair<QStringList, const char*> rows[] = {{{"--profile", "work", "--timeout", "3"}, "3 option"},
                                                       {{"--profile", "work"}, "5 profile work"},
