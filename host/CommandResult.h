@@ -47,11 +47,17 @@ struct OutputStyle {
   QString command;
   /// One JSON document on standard output instead of texts.
   bool isJson = false;
+  /// The result code also after a success.
+  bool isVerbose = false;
 };
 
-/// Writes output to standard output, and messages to standard error, with the result code, its name and its meaning as
-/// the last line; or all of it as JSON. Returns the exit status: that of `result`, or LocalError when standard output
-/// cannot be written. If a signal ended the command, it ends the process too, so that a loop in a shell stops.
+/// Writes a line to standard error.
+void writeError(const QString& line);
+
+/// Writes output to standard output, and messages to standard error, after a failure with advice and with the result
+/// code, its name and its meaning as the last line; or all of it as JSON. Returns the exit status: that of `result`, or
+/// LocalError when standard output cannot be written. If a signal ended the command, it ends the process too, so that a
+/// loop in a shell stops.
 [[nodiscard]] int show(const CommandResult& result, const OutputStyle& style);
 
 } // namespace tarnwell

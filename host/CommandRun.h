@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/Diagnosis.h"
+#include "host/WatchedCall.h"
 #include "service/ITarnwellService.h"
 
 #include <QtCore/QStringList>
@@ -10,19 +11,19 @@
 
 namespace tarnwell {
 
-/// Texts about a call, for while it runs and for its failure.
+/// A call of the service, for messages.
 struct CallText {
   /// A participle, for the terminal: "listing maps".
-  const char* activity;
-  /// The operation's name on the wire.
-  const char* operation;
-  /// For messages: "cannot list the maps".
+  QString activity;
+  /// "cannot list the maps".
   QString failure;
+  /// The call changes nothing on the service: --retries repeats it.
+  bool isRepeatable = false;
+  /// What to try after ResultFileExists; empty: what the table of results says.
+  const char* conflictAdvice = "";
 };
 
-struct CallEnd;
-
-/// One run of one command.
+/// One run of one command. Everything that fails throws a CommandResult, see fail().
 class CommandRun {
 public:
   /// `options` must outlive the run; its first positional argument is the command's name. Loads and sends nothing; a
@@ -42,18 +43,22 @@ public:
   /// The user that logIn() logged in.
   [[nodiscard]] QString user() const { return m_settings.value("user"); }
 
+  /// Shows people a line now, on standard error.
+  void note(const QString& line) const;
+
   /// Loads the plug-in and points it at the endpoint and proxy of the settings. Sends nothing.
   void open();
   /// Opens and logs in. A failure carries the login's own result.
   void logIn();
 
-  /// Makes `call`, which returns a ServiceResult, on another thread, and waits for it. After a ResultFailed it finds
-  /// out the cause, for which it connects to the service again; the message names cause, time-out or signal. `size`:
-  /// about as many bytes as the call sends. Shows the result and ends the process when the call does not return
-  /// although it was ended. Needs open() or logIn() before.
+  /// Makes `call`, which returns a ServiceResult, on another thread, and waits for it. Fails with the call's result and
+  /// the cause, a time limit or a signal. `size`: the bytes that the call sends at least, for the progress. Shows the
+  /// result and ends the process when the call does not return although it was ended. Needs open() or logIn() before.
   void perform(const CallText& text, const std::function<int(ITarnwellService&)>& call, qint64 size = 0);
-  /// Whether the latest perform() failed although the service answers.
-  [[nodiscard]] bool isServiceAnswering() const { return m_isAnswering; }
+  /// Why the latest perform() failed; without a cause after any other result than ResultFailed.
+  [[nodiscard]] const Diagnosis& diagnosis() const { return m_diagnosis; }
+  /// Whether the service may have got the whole request of the latest perform().
+  [[nodiscard]] bool isRequestSent() const { return m_isRequestSent; }
   /// Limits the time of each following call to `seconds`, unless its limit is shorter already.
   void limitTime(double seconds);
 
@@ -62,8 +67,8 @@ public:
 
 private:
   void useProxy();
-  [[noreturn]] void failWithCause(const CallText& text, qint64 size);
-  /// Fails because a time-out or a signal has ended a call.
+  void performOnce(const CallText& text, const std::function<int(ITarnwellService&)>& call, qint64 size);
+  /// Fails because a time limit or a signal has ended a call.
   [[noreturn]] void failEnded(const CallText& text, const CallEnd& end) const;
   /// The same; shows the result and ends the process without destructors, because a thread may still use the objects.
   [[noreturn]] void finishEnded(const CallText& text, const CallEnd& end) const;
@@ -73,9 +78,10 @@ private:
   QStringList m_arguments;
   Settings m_settings;
   ServiceAddress m_address;
-  ProxyLogin m_proxyLogin;
-  double m_limit = 0; // seconds for each call; 0: none
-  bool m_isAnswering = false;
+  TimeLimits m_limits;
+  int m_retries = 0;
+  Diagnosis m_diagnosis;
+  bool m_isRequestSent = false;
   std::unique_ptr<ITarnwellService> m_service;
 };
 

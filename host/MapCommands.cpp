@@ -6,6 +6,7 @@
 #include "host/MapLookup.h"
 #include "host/Text.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 #include <algorithm>
 #include <sys/ioctl.h>
@@ -21,49 +22,98 @@ int terminalWidth() {
   return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
-/// Logs in; the maps that `texts` name, or all maps when there are no texts.
+/// Logs in; the maps that `texts` name, each once, or all maps when there are no texts.
 QList<MapInfo> fetchMaps(CommandRun& run, const QStringList& texts) {
   run.logIn();
   const QList<MapInfo> listed = run.list(true, false);
   QList<MapInfo> found;
-  for (const QString& text : texts)
-    found += findMap(listed, text);
+  for (const QString& text : texts) {
+    const MapInfo map = findMap(listed, text);
+    if (!found.contains(map))
+      found += map;
+  }
   return texts.isEmpty() ? listed : found;
 }
 
-/// Calls `each` for every map. A failure that concerns this map alone does not stop the others; the first failure is
-/// the result. `done`: a participle for the message, "downloaded".
-template <typename Each> CommandResult forEachMap(QList<MapInfo>& maps, const QString& done, Each each) {
+/// Whether the failure concerns one map alone, so that the others can be tried.
+bool isAboutMap(const CommandRun& run, const CommandResult& failed) {
+  const bool isOutcome = failed.status > ResultNotPremiumAccount && failed.status <= ResultMapRemoved;
+  return isOutcome || (failed.status == ResultFailed && run.diagnosis().isAnswered);
+}
+
+/// "downloading the map", or "downloading the map, 3 of 20".
+QString progressText(const QString& activity, int number, int count) {
+  return count == 1 ? activity : QString("%1, %2 of %3").arg(activity).arg(number).arg(count);
+}
+
+/// Calls `each` for the only map.
+template <typename Each> CommandResult forOneMap(MapInfo& map, Each each) {
+  CommandResult one = each(map, 1);
+  one.data = {{"maps", QJsonArray{one.data}}};
+  return one;
+}
+
+/// Calls `each` for every map, with its number from 1 on. A failure that concerns this map alone does not stop the
+/// others; the first failure decides about the result. `done`: a participle for messages, "downloaded".
+template <typename Each>
+CommandResult forEachMap(CommandRun& run, QList<MapInfo>& maps, const QString& done, Each each) {
   CommandResult all;
   QJsonArray records;
-  for (MapInfo& map : maps) {
-    CommandResult one;
+  QJsonArray failures;
+  for (int i = 0; i < maps.size(); i++) {
     try {
-      one = each(map);
+      const CommandResult one = each(maps[i], i + 1);
       records += one.data;
+      run.note(one.message);
     } catch (const CommandResult& failed) {
-      one = failed;
+      run.note("tarnwell: " + failed.message);
+      failures += QJsonObject{{"id", maps[i].mapID().toString(QUuid::WithoutBraces)},
+                              {"name", maps[i].mapName()},
+                              {"exitStatus", failed.status},
+                              {"message", failed.message}};
       if (!all.failed())
         all = failed;
-      if (one.status < ResultNoAccess || one.status > ResultMapRemoved)
+      if (!isAboutMap(run, failed))
         break;
     }
-    if (maps.size() == 1)
-      all = one;
-    else
-      all.text += (one.failed() ? "tarnwell: " : "") + one.message + '\n';
   }
-  all.data = {{"maps", records}};
-  if (all.failed() && maps.size() > 1)
-    all.message += QString("; %1 %2 of %3 maps").arg(done).arg(records.size()).arg(maps.size());
-  else if (maps.size() != 1)
-    all.message = done + ' ' + mapCount(maps);
+  all.message = all.failed() ? QString("%1 %2 of %3 maps").arg(done).arg(records.size()).arg(maps.size())
+                             : done + ' ' + mapCount(maps);
+  all.data = {{"maps", records}, {"failures", failures}};
   return all;
 }
 
+/// The files in `folder` for `maps`, in their order: no two have the same name, whatever case the file system ignores.
+QStringList chooseFiles(const QString& folder, const QList<MapInfo>& maps) {
+  QStringList files;
+  for (const MapInfo& map : maps) {
+    const QString start = folder + '/' + fileNameFor(map.mapName());
+    QString file = start + ".twlx";
+    for (int copy = 1; files.contains(file, Qt::CaseInsensitive); copy++) {
+      const QString number = copy == 1 ? QString() : QString(" %1").arg(copy);
+      file = QString("%1 %2%3.twlx").arg(start, map.mapID().toString(QUuid::WithoutBraces), number);
+    }
+    files += file;
+  }
+  return files;
+}
+
+/// Removes from `maps` and `files` those whose file exists, and says so. Returns the files.
+QStringList leaveExisting(const CommandRun& run, QList<MapInfo>& maps, QStringList& files) {
+  QStringList left;
+  for (int i = files.size() - 1; i >= 0; i--) {
+    if (!QFileInfo::exists(files[i]) && !QFileInfo(files[i]).isSymLink())
+      continue;
+    run.note(QString("left %1 as it is").arg(quoted(files[i])));
+    left.prepend(files.takeAt(i));
+    maps.removeAt(i);
+  }
+  return left;
+}
+
 /// Downloads `info` to `file`, "-" for standard output.
-CommandResult download(CommandRun& run, MapInfo& info, const QString& file) {
-  run.perform({"downloading the map", "GetMapContent_NEW_DESKTOP", "cannot download " + mapTitle(info)},
+CommandResult download(CommandRun& run, const QString& activity, MapInfo& info, const QString& file) {
+  run.perform({activity, "cannot download " + mapTitle(info), true},
               [&info](ITarnwellService& service) { return service.getMap(info); });
   CommandResult result;
   result.message = QString("downloaded %1, %2").arg(mapTitle(info), humanSize(info.mapContent().size()));
@@ -74,13 +124,28 @@ CommandResult download(CommandRun& run, MapInfo& info, const QString& file) {
   return result;
 }
 
-/// A file in `folder` for `info` whose name is not in `taken`. Adds its name to `taken`.
-QString chooseFile(const QString& folder, const MapInfo& info, QStringList& taken) {
-  QString name = fileNameFor(info.mapName());
-  if (taken.contains(name, Qt::CaseInsensitive))
-    name += ' ' + info.mapID().toString(QUuid::WithoutBraces);
-  taken += name;
-  return QString("%1/%2.twlx").arg(folder, name);
+/// Downloads the maps into `folder`, which is made if its parent exists.
+CommandResult downloadInto(CommandRun& run, const QString& folder, QList<MapInfo>& maps) {
+  if (!QFileInfo(folder).isDir() && !QDir().mkdir(folder))
+    fail(LocalError, QString("cannot make the folder %1").arg(quoted(folder)),
+         "-o takes a folder that exists or whose parent folder exists");
+  QStringList files = chooseFiles(folder, maps);
+  const QStringList left = run.isSet("overwrite") ? QStringList() : leaveExisting(run, maps, files);
+  const auto downloadOne = [&](MapInfo& info, int number) {
+    return download(run, progressText("downloading the map", number, maps.size()), info, files[number - 1]);
+  };
+  if (left.isEmpty() && maps.size() == 1)
+    return forOneMap(maps.first(), downloadOne);
+  CommandResult result = forEachMap(run, maps, "downloaded", downloadOne);
+  if (left.isEmpty())
+    return result;
+  result.data["left"] = QJsonArray::fromStringList(left);
+  result.message += QString("; left %1 existing %2").arg(left.size()).arg(left.size() == 1 ? "file" : "files");
+  if (!result.failed()) {
+    result.status = LocalError;
+    result.advice = "replace them with --overwrite, or name another folder with -o";
+  }
+  return result;
 }
 
 } // namespace
@@ -107,18 +172,19 @@ CommandResult getMaps(CommandRun& run) {
   if (run.arguments().isEmpty() != isAll)
     fail(UsageError, isAll ? "--all takes no MAP" : "MAP is missing", "see 'tarnwell get --help'");
   const QString output = run.isSet("output") ? run.value("output") : "-";
-  const bool isFolder = QFileInfo(output).isDir();
-  if (!isFolder && (isAll || run.arguments().size() > 1))
-    fail(UsageError, "several maps need an existing folder", "name the folder with -o");
+  const bool isSeveral = isAll || run.arguments().size() > 1;
+  const bool isFolder = QFileInfo(output).isDir() || output.endsWith('/') || isSeveral;
+  if (isSeveral && output == "-")
+    fail(UsageError, "several maps need a folder", "name the folder with -o");
   if (output == "-" && !run.isSet("output") && !run.isSet("json") && isatty(STDOUT_FILENO) != 0) {
     fail(UsageError, "a terminal cannot show the bytes of a map",
          "name a file with -o, or redirect the output; -o - prints them nevertheless");
   }
   QList<MapInfo> maps = fetchMaps(run, run.arguments());
-  QStringList taken;
-  return forEachMap(maps, "downloaded", [&](MapInfo& info) {
-    return download(run, info, isFolder ? chooseFile(output, info, taken) : output);
-  });
+  if (isFolder)
+    return downloadInto(run, output, maps);
+  return forOneMap(maps.first(),
+                   [&](MapInfo& info, int) { return download(run, "downloading the map", info, output); });
 }
 
 CommandResult renameMap(CommandRun& run) {
@@ -126,7 +192,8 @@ CommandResult renameMap(CommandRun& run) {
   if (newName.isEmpty())
     fail(UsageError, "a map needs a name, and NEWNAME is empty");
   MapInfo info = fetchMaps(run, {run.argument(0)}).first();
-  run.perform({"renaming the map", "RenameDesktopMap", "cannot rename " + mapTitle(info)},
+  run.perform({"renaming the map", "cannot rename " + mapTitle(info), false,
+               "choose another NEWNAME, or rename or delete the other map first"},
               [&](ITarnwellService& service) { return service.renameMap(info, newName); });
   CommandResult result;
   result.message = QString("renamed %1 to %2").arg(mapTitle(info), quoted(newName));
@@ -137,14 +204,15 @@ CommandResult renameMap(CommandRun& run) {
 
 CommandResult deleteMaps(CommandRun& run) {
   QList<MapInfo> maps = fetchMaps(run, run.arguments());
-  return forEachMap(maps, "deleted", [&run](MapInfo& info) {
-    run.perform({"deleting the map", "DeleteDesktopMap", "cannot delete " + mapTitle(info)},
+  const auto deleteOne = [&](MapInfo& info, int number) {
+    run.perform({progressText("deleting the map", number, maps.size()), "cannot delete " + mapTitle(info)},
                 [&info](ITarnwellService& service) { return service.deleteMap(info); });
     CommandResult one;
     one.message = "deleted " + mapTitle(info);
     one.data = mapToJson(info, false);
     return one;
-  });
+  };
+  return maps.size() == 1 ? forOneMap(maps.first(), deleteOne) : forEachMap(run, maps, "deleted", deleteOne);
 }
 
 CommandResult makeGallery(CommandRun& run) {

@@ -9,7 +9,20 @@ namespace tarnwell {
 
 namespace {
 
-constexpr int fewestDigits = 8;
+/// The identifier that `text` is, with or without braces; null for a text that is anything else. QUuid alone would take
+/// a text that only begins with an identifier.
+QUuid identifierOf(const QString& text) {
+  const QUuid identifier(text);
+  const QString lower = text.toLower();
+  return lower == identifier.toString() || lower == identifier.toString(QUuid::WithoutBraces) ? identifier : QUuid();
+}
+
+/// Whether `text` is the beginning of the map's identifier, long enough to name it.
+bool isBeginning(const QString& text, const MapInfo& map) {
+  constexpr int fewestDigits = 8;
+  return text.size() >= fewestDigits && !map.mapID().isNull() &&
+         map.mapID().toString(QUuid::WithoutBraces).startsWith(text, Qt::CaseInsensitive);
+}
 
 template <typename Condition> QList<MapInfo> mapsWith(const QList<MapInfo>& maps, Condition condition) {
   QList<MapInfo> matches;
@@ -30,25 +43,20 @@ void failAmbiguous(const QString& text, const QList<MapInfo>& matches) {
 }
 
 MapInfo findMap(const QList<MapInfo>& maps, const QString& text) {
-  const QUuid identifier(text);
-  QList<MapInfo> matches = identifier.isNull()
-                               ? mapsNamed(maps, text)
-                               : mapsWith(maps, [&](const MapInfo& map) { return map.mapID() == identifier; });
-  if (matches.isEmpty() && !identifier.isNull()) {
-    matches += MapInfo();
-    matches.last().setMapID(identifier);
-  }
-  if (matches.isEmpty() && text.size() >= fewestDigits) {
-    matches = mapsWith(maps, [&text](const MapInfo& map) {
-      return map.mapID().toString(QUuid::WithoutBraces).startsWith(text, Qt::CaseInsensitive);
-    });
-  }
-  if (matches.isEmpty())
-    fail(UsageError, QString("no map is named %1").arg(quoted(text)),
-         "'tarnwell list' shows names and identifiers; a name with blanks needs quotes");
+  const QUuid identifier = identifierOf(text);
+  QList<MapInfo> matches = mapsWith(maps, [&](const MapInfo& map) {
+    return map.mapName() == text || (!identifier.isNull() && map.mapID() == identifier) || isBeginning(text, map);
+  });
   if (matches.size() > 1)
     failAmbiguous(text, matches);
-  return matches.first();
+  if (matches.isEmpty() && identifier.isNull()) {
+    fail(UsageError, QString("no map is named %1").arg(quoted(text)),
+         "'tarnwell list' shows names and identifiers; a name with blanks needs quotes");
+  }
+  MapInfo found = matches.value(0);
+  if (matches.isEmpty())
+    found.setMapID(identifier);
+  return found;
 }
 
 } // namespace tarnwell

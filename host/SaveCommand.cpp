@@ -14,6 +14,8 @@ namespace {
 
 /// A save.
 struct Upload {
+  /// As given, and where the plug-in finds it.
+  QString name;
   QString file;
   qint64 size = 0;
   MapInfo info;
@@ -22,18 +24,28 @@ struct Upload {
   MapInfo stored;
 };
 
-/// Checks the options and reads the files. Sends nothing.
-Upload prepare(const CommandRun& run) {
+[[noreturn]] void failNameless() {
+  fail(UsageError, "a map needs a name, and this one has none", "name it with --name");
+}
+
+/// Checks the options and reads the files. Sends nothing. `copy`: for a map that comes from standard input.
+Upload prepare(const CommandRun& run, QTemporaryFile& copy) {
   for (const auto& [one, other] : {std::pair{"thumbnail", "no-thumbnail"}, {"published", "unpublished"}}) {
     if (run.isSet(one) && run.isSet(other))
       fail(UsageError, QString("--%1 and --%2 exclude each other").arg(one, other));
   }
-  if (run.isSet("name") && run.value("name").isEmpty())
-    fail(UsageError, "a map needs a name, and --name is empty");
   Upload upload;
-  upload.file = run.argument(0);
-  upload.info.setMapName(run.isSet("name") ? run.value("name") : QFileInfo(upload.file).completeBaseName());
+  upload.name = run.argument(0);
+  const bool isInput = upload.name == "-";
+  const QString ofFile = isInput ? QString() : QFileInfo(upload.name).completeBaseName();
+  const QString name = run.isSet("name") ? run.value("name") : ofFile;
+  if (name.isEmpty() && (run.isSet("name") || isInput))
+    failNameless();
+  upload.info.setMapName(name);
+  upload.file = isInput ? copyStandardInput(copy) : upload.name;
   upload.size = checkMapFile(upload.file);
+  if (name.isEmpty() && run.argument(1).isEmpty())
+    failNameless();
   if (run.isSet("thumbnail"))
     upload.thumbnail = readFile(run.value("thumbnail"));
   return upload;
@@ -62,24 +74,32 @@ void keepStored(CommandRun& run, Upload& upload) {
   info.setVersion(upload.stored.version());
   if (!run.isSet("name") && !upload.stored.mapName().isEmpty())
     info.setMapName(upload.stored.mapName());
+  if (info.mapName().isEmpty())
+    failNameless();
   info.setMapDescription(run.isSet("description") ? run.value("description") : upload.stored.mapDescription());
   info.setMapPublished(run.isSet("published") || (upload.stored.mapPublished() && !run.isSet("unpublished")));
 }
 
-/// Lists the maps again after an upload that failed. Returns one clause: whether the service has stored the map.
-QString checkWhetherStored(CommandRun& run, const QList<MapInfo>& before, const Upload& upload) try {
+/// After an upload that failed: one clause that says whether the service has stored the map. Lists the maps again,
+/// unless it is certain that the service has not.
+QString whatIsStored(CommandRun& run, const QList<MapInfo>& before, const Upload& upload) try {
+  const bool isNew = upload.stored.mapID().isNull();
+  const QString no = isNew ? "the map is not stored" : "the stored map is as before";
+  if (!run.isRequestSent() || run.diagnosis().isRefused)
+    return no;
   constexpr double limit = 10; // seconds
   run.limitTime(limit);
-  const auto isNew = [&before](const MapInfo& map) {
-    return std::none_of(before.begin(), before.end(), [&map](const MapInfo& old) {
-      return old.mapID() == map.mapID() && qFuzzyCompare(old.version(), map.version());
-    });
+  const auto isThatOf = [](const MapInfo& left) {
+    return [&left](const MapInfo& right) {
+      return left.mapID() == right.mapID() && qFuzzyCompare(left.version(), right.version());
+    };
   };
   for (const MapInfo& map : run.list(true, false)) {
-    if (upload.stored.mapID().isNull() ? map.mapName() == upload.info.mapName() : map.mapID() == upload.stored.mapID())
-      return isNew(map) ? "the map is stored all the same" : "the stored map is as before";
+    const bool isMeant = isNew ? map.mapName() == upload.info.mapName() : map.mapID() == upload.stored.mapID();
+    if (isMeant && std::none_of(before.begin(), before.end(), isThatOf(map)))
+      return "the map is stored all the same";
   }
-  return "the map is not stored";
+  return no + " so far: the service may still be at work, see 'tarnwell list' later";
 } catch (const CommandResult&) {
   return "whether the map is stored is not known";
 }
@@ -87,33 +107,32 @@ QString checkWhetherStored(CommandRun& run, const QList<MapInfo>& before, const 
 } // namespace
 
 CommandResult saveMap(CommandRun& run) {
-  Upload upload = prepare(run);
+  QTemporaryFile copy;
+  Upload upload = prepare(run, copy);
   MapInfo& info = upload.info;
   run.logIn();
   const QList<MapInfo> listed = run.list(true, false);
   upload.stored = findStored(run, listed, info.mapName());
   const bool isForced = run.isSet("force");
-  const bool isListed = std::any_of(listed.begin(), listed.end(),
-                                    [&upload](const MapInfo& map) { return map.mapID() == upload.stored.mapID(); });
-  const QString cannot = QString("cannot save %1 as ").arg(quoted(upload.file));
-  if (isListed && !isForced)
+  const QString cannot = QString("cannot save %1 as ").arg(quoted(upload.name));
+  if (listed.contains(upload.stored) && !isForced)
     fail(ResultFileExists, cannot + mapTitle(upload.stored));
   keepStored(run, upload);
   try {
     run.perform(
-        {"uploading the map", "SaveMap_NEW_DESKTOP", cannot + mapTitle(info)},
+        {"uploading the map", cannot + mapTitle(info)},
         [&](ITarnwellService& service) { return service.saveMap(upload.file, info, upload.thumbnail, isForced); },
-        upload.size / 3 * 4);
+        (upload.size + upload.thumbnail.size()) / 3 * 4);
   } catch (CommandResult& failed) {
     if (failed.status == ResultFailed || failed.status >= FirstSignalStatus)
-      failed.message += "; " + checkWhetherStored(run, listed, upload);
+      failed.message += "; " + whatIsStored(run, listed, upload);
     throw;
   }
   const int saved = info.mapContent().size();
   if (saved != upload.size) {
     fail(LocalError,
          QString("%1 changed while it was saved: it had %2 bytes, and %3 are stored")
-             .arg(quoted(upload.file), QString::number(upload.size), QString::number(saved)),
+             .arg(quoted(upload.name), QString::number(upload.size), QString::number(saved)),
          "save it again with --force");
   }
   CommandResult result;

@@ -23,26 +23,27 @@ CommandResult checkForUpdates(CommandRun& run) {
   const QString version = run.argument(0);
   QString newest;
   QString url;
-  try {
-    run.perform({"asking for updates", "CheckDesktopVersion", "cannot ask for updates"},
-                [&](ITarnwellService& service) {
-                  const bool isOffered = run.isSet("application-type")
-                                             ? service.checkForUpdatesExtended(version, liveUpdate, application)
-                                             : service.checkForUpdates(version, liveUpdate);
-                  newest = service.getSetupVersion();
-                  url = service.getSetupUrl();
-                  return isOffered ? ResultOk : ResultFailed;
-                });
-  } catch (const CommandResult&) {
-    if (run.isServiceAnswering())
-      fail(ResultFailed, QString("no newer setup than %1 is offered").arg(quoted(version)),
-           "if you know of a newer setup, ask the operators of the service");
-    throw;
-  }
+  const auto check = [&](ITarnwellService& service) {
+    const bool isOffered = run.isSet("application-type")
+                               ? service.checkForUpdatesExtended(version, liveUpdate, application)
+                               : service.checkForUpdates(version, liveUpdate);
+    newest = service.getSetupVersion();
+    url = service.getSetupUrl();
+    return isOffered ? ResultOk : ResultFailed;
+  };
   CommandResult result;
+  try {
+    run.perform({"asking for updates", "cannot ask for updates"}, check);
+  } catch (const CommandResult&) {
+    if (!run.diagnosis().isAnswered)
+      throw;
+    result.message = QString("no newer setup than %1 is offered").arg(quoted(version));
+    result.data["offered"] = false;
+    return result;
+  }
   result.message = QString("setup %1 is offered").arg(quoted(newest));
   result.text = QString("%1  %2\n").arg(printable(newest), printable(url));
-  result.data = {{"version", newest}, {"url", url}};
+  result.data = {{"offered", true}, {"version", newest}, {"url", url}};
   return result;
 }
 
@@ -50,15 +51,12 @@ CommandResult sendReport(CommandRun& run) {
   const QString fileName = run.argument(2);
   const QByteArray attachment = fileName.isEmpty() ? QByteArray() : readFile(fileName);
   run.open();
-  // After a failure, the diagnosis sends a version check: the service would keep an empty report.
-  run.perform(
-      {"sending the report", "CheckDesktopVersion", "cannot send the report"},
-      [&](ITarnwellService& service) {
-        const QString attachedName = QFileInfo(fileName).fileName();
-        return service.sendCrashReport(run.argument(0), run.argument(1), attachedName, attachment) ? ResultOk
-                                                                                                   : ResultFailed;
-      },
-      qint64{attachment.size()} / 3 * 4);
+  const auto send = [&](ITarnwellService& service) {
+    const QString attachedName = QFileInfo(fileName).fileName();
+    const bool isSent = service.sendCrashReport(run.argument(0), run.argument(1), attachedName, attachment);
+    return isSent ? ResultOk : ResultFailed;
+  };
+  run.perform({"sending the report", "cannot send the report"}, send, qint64{attachment.size()} / 3 * 4);
   CommandResult result;
   result.message = QString("sent the report with %1 attached").arg(humanSize(attachment.size()));
   result.data["attachedBytes"] = attachment.size();

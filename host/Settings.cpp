@@ -1,10 +1,10 @@
 #include "host/Settings.h"
 
+#include "host/ConfigurationFile.h"
 #include "host/Text.h"
 
-#include <QtCore/QFileInfo>
 #include <QtCore/QRegularExpression>
-#include <QtCore/QSettings>
+#include <QtCore/QStandardPaths>
 #include <algorithm>
 
 namespace tarnwell {
@@ -26,42 +26,33 @@ constexpr SettingKind settingKinds[] = {
      "service.",
      "TARNWELL_ENDPOINT", TARNWELL_TEST_ENDPOINT},
     {"user", "NAME",
-     "User of the service; default: TARNWELL_USER. The password comes from TARNWELL_PASSWORD or the terminal.",
+     "User of the service; default: TARNWELL_USER. The password comes from TARNWELL_PASSWORD, --password-command or "
+     "the "
+     "terminal.",
      "TARNWELL_USER", ""},
+    {"password-command", "COMMAND", "A program, with its arguments, whose first line of output is the user's password.",
+     nullptr, ""},
     {"proxy", "HOST:PORT", "HTTP proxy.", nullptr, ""},
     {"proxy-user", "NAME", "User at the proxy; the password comes from TARNWELL_PROXY_PASSWORD or the terminal.",
      nullptr, ""},
     {"timeout", "SECONDS", "End a call that takes longer. Default: no limit.", nullptr, ""},
+    {"stall", "SECONDS", "End a call when no byte comes or goes for so long. Default: no limit.", nullptr, ""},
+    {"retries", "N", "Repeat logins, listings and downloads so often when the network fails. Default: 0.", nullptr, ""},
     {"plugin", "FILE", "The plug-in's file. Default: libtarnwell.so beside this program, else the installed one.",
      nullptr, ""},
 };
 
-/// Fails for an unknown key in the current group of `file`.
-void checkKeys(const QSettings& file) {
-  for (const QString& key : file.childKeys()) {
-    const bool isKnown = std::any_of(std::begin(settingKinds), std::end(settingKinds),
-                                     [&key](const SettingKind& kind) { return key == kind.name; });
-    if (!isKnown)
-      fail(UsageError, QString("%1 has an unknown key %2").arg(quoted(file.fileName()), quoted(key)),
-           "the keys are the names of the options: endpoint, user, proxy and so on");
-  }
-}
-
-/// The text of a key. QSettings reads a value with commas as a list.
-QString textOf(const QSettings& file, const QString& key) { return file.value(key).toStringList().join(", "); }
-
-Setting settingOf(const SettingKind& kind, const QCommandLineParser& options, const QSettings& file) {
+Setting settingOf(const SettingKind& kind, const QCommandLineParser& options, const ConfigurationFile& file,
+                  const QString& profile) {
   const QString name = kind.name;
-  const QString profile = options.value("profile");
-  const QString profileKey = profile + '/' + name;
   if (options.isSet(name))
     return {name, options.value(name), "option"};
-  if (!profile.isEmpty() && file.contains(profileKey))
-    return {name, textOf(file, profileKey), "profile " + profile};
+  if (!profile.isEmpty() && file.values[profile].contains(name))
+    return {name, file.values[profile][name], "profile " + profile};
   if (kind.variable != nullptr && !qEnvironmentVariableIsEmpty(kind.variable))
     return {name, QString::fromUtf8(qgetenv(kind.variable)), QString("variable %1").arg(kind.variable)};
-  if (file.contains(name))
-    return {name, textOf(file, name), "configuration file"};
+  if (file.values[{}].contains(name))
+    return {name, file.values[{}][name], "configuration file"};
   return {name, kind.fallback, {}};
 }
 
@@ -69,7 +60,7 @@ QUrl readEndpoint(const QString& text) {
   constexpr char advice[] = "give a URL such as http://maps.example/service/desktopservice.asmx";
   if (std::any_of(text.begin(), text.end(), [](QChar unit) { return unit.isSpace() || !unit.isPrint(); }))
     fail(UsageError, "the endpoint has blanks or control characters", advice);
-  const QUrl endpoint(text.isEmpty() ? TARNWELL_PRODUCTION_ENDPOINT : text, QUrl::StrictMode);
+  const QUrl endpoint(text, QUrl::StrictMode);
   if (!endpoint.userInfo().isEmpty() || text.contains('@'))
     fail(UsageError, "the endpoint has a user name or password, which no call would use", advice);
   if (!endpoint.isValid() || endpoint.host().isEmpty())
@@ -104,31 +95,29 @@ QList<QCommandLineOption> settingOptions() {
   QList<QCommandLineOption> options;
   for (const SettingKind& kind : settingKinds)
     options += QCommandLineOption(kind.name, kind.help, kind.valueName);
-  options += {"profile", "Use this section of the configuration file, see 'tarnwell config'.", "NAME"};
+  options += {"profile", "Use this section of the configuration file; default: TARNWELL_PROFILE.", "NAME"};
   return options;
 }
 
 Settings readSettings(const QCommandLineParser& options) {
-  Settings settings;
-  QSettings file(QSettings::IniFormat, QSettings::UserScope, "tarnwell", "tarnwell");
-  file.setFallbacksEnabled(false);
-  file.setIniCodec("UTF-8");
-  settings.file = file.fileName();
-  settings.profiles = file.childGroups();
-  const QFileInfo info(settings.file);
-  if (file.status() != QSettings::NoError || (info.exists() && !info.isReadable()))
-    fail(LocalError, QString("cannot read the configuration file %1").arg(quoted(settings.file)),
-         "check its permissions and its form: KEY=VALUE lines below [PROFILE] headings");
-  const QString profile = options.value("profile");
-  if (options.isSet("profile") && !settings.profiles.contains(profile))
-    fail(UsageError, QString("%1 has no profile %2").arg(quoted(settings.file), quoted(profile)),
-         "'tarnwell config' lists the profiles");
-  checkKeys(file);
-  file.beginGroup(profile);
-  checkKeys(file);
-  file.endGroup();
+  QStringList keys;
   for (const SettingKind& kind : settingKinds)
-    settings.all += settingOf(kind, options, file);
+    keys += kind.name;
+  const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+  const ConfigurationFile file = readConfigurationFile(folder + "/tarnwell/tarnwell.ini", keys);
+  const QString profile =
+      options.isSet("profile") ? options.value("profile") : QString::fromUtf8(qgetenv("TARNWELL_PROFILE"));
+  if (!profile.isEmpty() && !file.sections.contains(profile))
+    fail(UsageError, QString("%1 has no profile %2").arg(quoted(file.path), quoted(profile)),
+         "'tarnwell config --profile \"\"' lists the profiles");
+  Settings settings;
+  settings.file = file.path;
+  settings.profiles = file.sections;
+  for (const SettingKind& kind : settingKinds) {
+    settings.all += settingOf(kind, options, file, profile);
+    if (settings.all.last().name == "endpoint" && settings.all.last().value.isEmpty())
+      settings.all.last().value = TARNWELL_PRODUCTION_ENDPOINT;
+  }
   return settings;
 }
 
@@ -141,13 +130,14 @@ ServiceAddress readAddress(const Settings& settings) {
   return address;
 }
 
-double readTimeout(const Settings& settings) {
-  const QString text = settings.value("timeout");
+double readNumber(const Settings& settings, const char* name, double most) {
+  const QString text = settings.value(name);
   bool isNumber = true;
-  const double seconds = text.isEmpty() ? 0 : text.toDouble(&isNumber);
-  if (!isNumber || (!text.isEmpty() && !(seconds > 0 && seconds < 1e6)))
-    fail(UsageError, QString("--timeout takes seconds, not %1").arg(quoted(text)), "for example --timeout 30");
-  return seconds;
+  const double number = text.isEmpty() ? 0 : text.toDouble(&isNumber);
+  if (!isNumber || !(number >= 0 && number <= most))
+    fail(UsageError, QString("%1 takes a number from 0 to %2, not %3").arg(name).arg(most, 0, 'f', 0).arg(quoted(text)),
+         QString("for example --%1 30").arg(name));
+  return number;
 }
 
 QString withoutUserInfo(const QString& value) {
