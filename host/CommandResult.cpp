@@ -4,6 +4,7 @@
 
 #include <QtCore/QJsonDocument>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 
@@ -63,8 +64,6 @@ bool writeOut(const QByteArray& bytes) {
   return std::fwrite(bytes.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0;
 }
 
-void writeError(const QString& line) { std::fprintf(stderr, "%s\n", line.toUtf8().constData()); }
-
 QByteArray toJson(const CommandResult& result, const QString& command) {
   const StatusText& text = textOf(result.status);
   QJsonObject data = result.data;
@@ -82,12 +81,14 @@ QByteArray toJson(const CommandResult& result, const QString& command) {
   return terminalSafeJson(QJsonDocument(root).toJson());
 }
 
-void explain(const CommandResult& result) {
+void explain(const CommandResult& result, bool isVerbose) {
   const StatusText& text = textOf(result.status);
   const QString meaning = QString::fromUtf8(text.meaning);
   writeError(result.failed() ? "tarnwell: " + result.message : result.message);
   if (result.failed())
     writeError("try: " + adviceOf(result));
+  else if (!isVerbose)
+    return;
   if (text.name == nullptr)
     writeError(QString("exit status %1: %2").arg(QString::number(result.status), meaning));
   else
@@ -96,22 +97,22 @@ void explain(const CommandResult& result) {
 
 } // namespace
 
-CommandResult failure(int status, const QString& message, const QString& advice) {
-  CommandResult result;
-  result.status = status;
-  result.message = message;
-  result.advice = advice;
-  return result;
+void fail(int status, const QString& message, const QString& advice, const QJsonObject& data) {
+  throw CommandResult{status, message, advice, {}, {}, data};
 }
 
-int show(const CommandResult& result, const QString& command, bool json) {
-  const QByteArray output = json ? toJson(result, command) : result.text.toUtf8() + result.bytes;
+void writeError(const QString& line) { std::fprintf(stderr, "%s\n", line.toUtf8().constData()); }
+
+int show(const CommandResult& result, const OutputStyle& style) {
+  const QByteArray output = style.isJson ? toJson(result, style.command) : result.text.toUtf8() + result.bytes;
   if (!writeOut(output)) {
     writeError(QString("tarnwell: cannot write to standard output: %1").arg(std::strerror(errno)));
     return LocalError;
   }
-  if (!json && !result.message.isEmpty())
-    explain(result);
+  if (!style.isJson && !result.message.isEmpty())
+    explain(result, style.isVerbose);
+  if (result.status >= FirstSignalStatus)
+    std::raise(result.status - FirstSignalStatus + 1);
   return result.status;
 }
 

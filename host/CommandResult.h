@@ -38,12 +38,26 @@ struct CommandResult {
   [[nodiscard]] bool failed() const { return status != ResultOk; }
 };
 
-/// A result with this status, message and advice.
-[[nodiscard]] CommandResult failure(int status, const QString& message, const QString& advice = {});
+/// Ends the command: throws a CommandResult, which becomes the result of the command unless a caller handles it.
+[[noreturn]] void fail(int status, const QString& message, const QString& advice = {}, const QJsonObject& data = {});
 
-/// Writes output to standard output, and messages to standard error, with the result code, its name and its meaning as
-/// the last line. With `json`, one document on standard output has all of it. Returns the exit status: that of
-/// `result`, or LocalError when standard output cannot be written.
-[[nodiscard]] int show(const CommandResult& result, const QString& command, bool json);
+/// How a command's result is shown.
+struct OutputStyle {
+  /// The command's name; empty for none.
+  QString command;
+  /// One JSON document on standard output instead of texts.
+  bool isJson = false;
+  /// The result code also after a success.
+  bool isVerbose = false;
+};
+
+/// Writes a line to standard error.
+void writeError(const QString& line);
+
+/// Writes output to standard output, and messages to standard error, after a failure with advice and with the result
+/// code, its name and its meaning as the last line; or all of it as JSON. Returns the exit status: that of `result`, or
+/// LocalError when standard output cannot be written. If a signal ended the command, it ends the process too, so that a
+/// loop in a shell stops.
+[[nodiscard]] int show(const CommandResult& result, const OutputStyle& style);
 
 } // namespace tarnwell

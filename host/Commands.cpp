@@ -1,8 +1,14 @@
 #include "host/Commands.h"
 
+#include "host/Command.h"
+#include "host/Completion.h"
+#include "host/MapCommands.h"
+#include "host/SaveCommand.h"
+#include "host/ServiceCommands.h"
 #include "host/Text.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace tarnwell {
 
@@ -17,11 +23,18 @@ QCommandLineOption option(const QStringList& names, const char* help, const char
   return {names, help, valueName, fallback};
 }
 
-CommandResult textResult(const QString& text) {
-  CommandResult result;
-  result.text = text;
-  result.data["help"] = text;
-  return result;
+/// A success with `text` for people, and for programs as the member `key`.
+CommandResult textResult(const char* key, const QString& text) { return {ResultOk, {}, {}, text, {}, {{key, text}}}; }
+
+const std::vector<Command>& commands();
+
+QList<QCommandLineOption> generalOptions() {
+  return settingOptions() + QList<QCommandLineOption>{
+                                option({"json"}, "Print one JSON document for programs, also after a failure."),
+                                option({"verbose"}, "Show the result code also after a success."),
+                                option({"h", "help"}, "Show this help, or that of the command."),
+                                option({"v", "version"}, "Show the version."),
+                            };
 }
 
 QString programHelp() {
@@ -62,16 +75,47 @@ const Command* findCommand(const QString& name) {
   return found == commands().end() ? nullptr : &*found;
 }
 
-CommandResult noCommand(const QString& name) {
-  return failure(UsageError, name.isEmpty() ? "no command given" : QString("there is no command %1").arg(quoted(name)));
+/// How many characters have to be added, removed or replaced to make `to` of `from`.
+int distance(const QString& from, const QString& to) {
+  std::vector<int> row(static_cast<size_t>(to.size()) + 1);
+  std::iota(row.begin(), row.end(), 0);
+  for (int i = 0; i < from.size(); i++) {
+    int diagonal = row[0]++;
+    for (size_t j = 0; j < row.size() - 1; j++) {
+      const int replaced = diagonal + (from[i] == to[static_cast<int>(j)] ? 0 : 1);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
+    }
+  }
+  return row.back();
+}
+
+[[noreturn]] void failCommand(const QString& name) {
+  if (name.isEmpty())
+    fail(UsageError, "no command given");
+  const auto nearest = std::min_element(commands().begin(), commands().end(), [&](const auto& left, const auto& right) {
+    return distance(name, left.name) < distance(name, right.name);
+  });
+  const bool isNear = distance(name, nearest->name) <= 2;
+  fail(UsageError, QString("there is no command %1").arg(quoted(name)),
+       isNear ? QString("did you mean '%1'? See 'tarnwell --help'").arg(nearest->name) : QString());
 }
 
 CommandResult showHelp(CommandRun& run) {
   const QString name = run.argument(0);
   if (name.isEmpty())
-    return textResult(programHelp());
+    return textResult("help", programHelp());
   const Command* const command = findCommand(name);
-  return command == nullptr ? noCommand(name) : textResult(commandHelp(*command));
+  if (command == nullptr)
+    failCommand(name);
+  return textResult("help", commandHelp(*command));
+}
+
+CommandResult showCompletion(CommandRun& run) {
+  const QString script = completionScript(run.argument(0), commands(), generalOptions());
+  if (script.isEmpty())
+    fail(UsageError, QString("there is no completion for %1").arg(quoted(run.argument(0))), "use bash, zsh or fish");
+  return textResult("script", script);
 }
 
 /// Why `count` positional arguments do not fit, or an empty text.
@@ -87,8 +131,6 @@ QString wrongCount(const Command& command, int count) {
   return count < most - optional ? QString("%1 is missing").arg(arguments[static_cast<size_t>(count)].name) : QString();
 }
 
-} // namespace
-
 const std::vector<Command>& commands() {
   static const std::vector<Command> table{
       {"login", "Check that the service knows the user.", {}, {}, "login --user anna", logIn},
@@ -97,23 +139,27 @@ const std::vector<Command>& commands() {
        {},
        {option({"lite"}, "Leave out the previews, which is faster."),
         option({"published"}, "Ask the service for published maps."),
-        option({"format"}, "table, which fits the terminal, or tsv: a line per map, cells separated by tabs.", "FORMAT",
-               "table")},
-       "list --user anna\nlist --user anna --lite --json\nlist --format tsv | cut -f 1",
+        option({"format"},
+               "table, which fits the terminal, or tsv: a heading and a line per map, cells separated by tabs; a "
+               "tab or line break in a cell becomes a blank.",
+               "FORMAT", "table")},
+       "list --user anna\nlist --user anna --lite --json\nlist --format tsv | tail -n +2 | cut -f 1",
        listMaps},
       {"get",
        "Download maps: one to standard output or a file, several into a folder.",
        {{"[MAP...]", mapArguments.help}},
        {option({"o", "output"},
                "Write to this file, which is replaced whole or not at all, or into this folder, each map as NAME.twlx; "
-               "- is standard output.",
+               "- is standard output. Several maps need a folder; it is made if its parent exists.",
                "FILE"),
+        option({"overwrite"}, "Replace files in the folder. Default: they are left as they are."),
         option({"all"}, "Download all maps of the user.")},
        "get --user anna Goals -o goals.twlx\nget 67c8770b > goals.twlx\nget --all -o backup",
        getMaps},
       {"save",
        "Upload a file as a new map, or over one that is stored.",
-       {{"FILE", "The map file."}, {"[MAP]", "The stored map to overwrite, by identifier or name; then see --force."}},
+       {{"FILE", "The map file; - is standard input, which needs --name."},
+        {"[MAP]", "The stored map to overwrite, by identifier or name; then see --force."}},
        {option({"name"}, "The map's name. Default: that of the map overwritten, or the file's.", "NAME"),
         option({"thumbnail"}, "Preview image. Default: that of the map overwritten stays.", "FILE"),
         option({"no-thumbnail"}, "Store no preview image."),
@@ -171,42 +217,49 @@ const std::vector<Command>& commands() {
   return table;
 }
 
-QList<QCommandLineOption> generalOptions() {
-  return settingOptions() + QList<QCommandLineOption>{
-                                option({"json"}, "Print one JSON document for programs, also after a failure."),
-                                option({"h", "help"}, "Show this help, or that of the command."),
-                                option({"v", "version"}, "Show the version."),
-                            };
-}
-
-CommandResult runCommandLine(const QStringList& commandLine, QString& command) {
+/// Carries out the command line and sets `style` as soon as it is known.
+CommandResult carryOut(const QStringList& commandLine, OutputStyle& style) {
   // Only general options may stand before the command: a command's own options are not known before it is found.
   QCommandLineParser parser;
-  parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions); // "-dash" is not "-d -a -s -h"
   parser.addOptions(generalOptions());
   bool isParsed = parser.parse(commandLine);
-  command = parser.positionalArguments().value(0);
-  const Command* const found = findCommand(command);
+  style.command = parser.positionalArguments().value(0);
+  const Command* const found = findCommand(style.command);
   if (found != nullptr) {
     parser.addOptions(found->options);
     isParsed = parser.parse(commandLine);
   }
-  const QString advice = found == nullptr ? QString() : QString("see 'tarnwell help %1'").arg(command);
-  if (!isParsed && (found != nullptr || command.isEmpty()))
-    return failure(UsageError, printable(parser.errorText()), advice);
-  if (found == nullptr && !command.isEmpty())
-    return noCommand(command);
+  style.isJson = parser.isSet("json");
+  style.isVerbose = parser.isSet("verbose");
+  const QString advice = found == nullptr ? QString() : QString("see 'tarnwell help %1'").arg(style.command);
+  if (!isParsed && (found != nullptr || style.command.isEmpty()))
+    fail(UsageError, printable(parser.errorText()), advice);
+  if (found == nullptr && !style.command.isEmpty())
+    failCommand(style.command);
   if (parser.isSet("help"))
-    return textResult(found == nullptr ? programHelp() : commandHelp(*found));
+    return textResult("help", found == nullptr ? programHelp() : commandHelp(*found));
   if (parser.isSet("version"))
-    return textResult(QString("tarnwell %1\n").arg(TARNWELL_VERSION));
+    return {ResultOk, {}, {}, QString("tarnwell %1\n").arg(TARNWELL_VERSION), {}, {{"version", TARNWELL_VERSION}}};
   if (found == nullptr)
-    return noCommand(command);
+    failCommand(style.command);
   const QString wrong = wrongCount(*found, parser.positionalArguments().size() - 1);
   if (!wrong.isEmpty())
-    return failure(UsageError, wrong, advice);
-  CommandRun run(parser, parser.positionalArguments());
+    fail(UsageError, wrong, advice);
+  CommandRun run(parser, style);
   return found->run(run);
+}
+
+} // namespace
+
+int runCommandLine(const QStringList& commandLine) {
+  OutputStyle style;
+  CommandResult result;
+  try {
+    result = carryOut(commandLine, style);
+  } catch (const CommandResult& failed) {
+    result = failed;
+  }
+  return show(result, style);
 }
 
 } // namespace tarnwell

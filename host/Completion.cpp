@@ -1,8 +1,5 @@
 #include "host/Completion.h"
 
-#include "host/Commands.h"
-#include "host/Text.h"
-
 #include <cstring>
 
 namespace tarnwell {
@@ -27,9 +24,15 @@ bool takesFile(const Command& command) {
   return false;
 }
 
-QString commandNames(const char* separator, bool onlyWithFile = false) {
+/// What a script completes.
+struct Table {
+  const std::vector<Command>& commands;
+  const QList<QCommandLineOption>& general;
+};
+
+QString commandNames(const Table& table, const char* separator, bool onlyWithFile = false) {
   QStringList names;
-  for (const Command& command : commands()) {
+  for (const Command& command : table.commands) {
     if (!onlyWithFile || takesFile(command))
       names += command.name;
   }
@@ -44,7 +47,7 @@ QStringList spellings(const QList<QCommandLineOption>& options) {
 }
 
 /// The spellings of all options whose value is a file, or is not, separated by "|".
-QString optionsWithValue(bool isFile) {
+QString optionsWithValue(const Table& table, bool isFile) {
   QStringList names;
   const auto add = [&](const QList<QCommandLineOption>& options) {
     for (const QCommandLineOption& option : options) {
@@ -52,16 +55,16 @@ QString optionsWithValue(bool isFile) {
         names += spellings(option);
     }
   };
-  add(generalOptions());
-  for (const Command& command : commands())
+  add(table.general);
+  for (const Command& command : table.commands)
     add(command.options);
   names.removeDuplicates();
   return names.join('|');
 }
 
-QString bashScript() {
+QString bashScript(const Table& table) {
   QString cases;
-  for (const Command& command : commands()) {
+  for (const Command& command : table.commands) {
     if (!command.options.isEmpty())
       cases += QString("    %1) options+=\" %2\" ;;\n").arg(command.name, spellings(command.options).join(' '));
   }
@@ -91,8 +94,8 @@ _tarnwell() {
 }
 complete -o filenames -F _tarnwell tarnwell
 )")
-      .arg(commandNames("|"), optionsWithValue(true), optionsWithValue(false), spellings(generalOptions()).join(' '),
-           cases, commandNames(" "), commandNames("|", true));
+      .arg(commandNames(table, "|"), optionsWithValue(table, true), optionsWithValue(table, false),
+           spellings(table.general).join(' '), cases, commandNames(table, " "), commandNames(table, "|", true));
 }
 
 /// `text` in single quotes of a POSIX shell or fish.
@@ -114,10 +117,10 @@ QString zshOption(const QCommandLineOption& option) {
 }
 
 /// "()" is an argument without proposals: with an empty action, zsh would only list a unique option, not insert it.
-QString zshScript() {
+QString zshScript(const Table& table) {
   QString cases;
   QString described;
-  for (const Command& command : commands()) {
+  for (const Command& command : table.commands) {
     described += "\n    " + singleQuoted(QString(command.name) + ':' + command.summary);
     QString options;
     for (const QCommandLineOption& option : command.options)
@@ -126,7 +129,7 @@ QString zshScript() {
       cases += QString("    %1) options+=(%2) ;;\n").arg(command.name, options);
   }
   QString general;
-  for (const QCommandLineOption& option : generalOptions())
+  for (const QCommandLineOption& option : table.general)
     general += zshOption(option);
   return QString(R"(#compdef tarnwell
 _tarnwell() {
@@ -145,7 +148,7 @@ _tarnwell() {
 }
 if [ "$funcstack[1]" = _tarnwell ]; then _tarnwell "$@"; else compdef _tarnwell tarnwell; fi
 )")
-      .arg(described, general, commandNames("|"), cases, commandNames("|", true));
+      .arg(described, general, commandNames(table, "|"), cases, commandNames(table, "|", true));
 }
 
 QString fishOption(const QCommandLineOption& option, const QString& condition) {
@@ -157,11 +160,11 @@ QString fishOption(const QCommandLineOption& option, const QString& condition) {
   return line + " -d " + singleQuoted(option.description()) + '\n';
 }
 
-QString fishScript() {
+QString fishScript(const Table& table) {
   QString script = "# fish completion for tarnwell\ncomplete -c tarnwell -f\n";
-  for (const QCommandLineOption& option : generalOptions())
+  for (const QCommandLineOption& option : table.general)
     script += fishOption(option, {});
-  for (const Command& command : commands()) {
+  for (const Command& command : table.commands) {
     script += QString("complete -c tarnwell -n __fish_use_subcommand -a %1 -d %2\n")
                   .arg(command.name, singleQuoted(command.summary));
     const QString condition = QString(" -n '__fish_seen_subcommand_from %1'").arg(command.name);
@@ -172,27 +175,19 @@ QString fishScript() {
   }
   script += "complete -c tarnwell -n '__fish_seen_subcommand_from completion' -a 'bash zsh fish'\n";
   return script +
-         QString("complete -c tarnwell -n '__fish_seen_subcommand_from help' -a '%1'\n").arg(commandNames(" "));
+         QString("complete -c tarnwell -n '__fish_seen_subcommand_from help' -a '%1'\n").arg(commandNames(table, " "));
 }
 
 } // namespace
 
-QString completionScript(const QString& shell) {
+QString completionScript(const QString& shell, const std::vector<Command>& commands,
+                         const QList<QCommandLineOption>& general) {
+  const Table table{commands, general};
   if (shell == "bash")
-    return bashScript();
+    return bashScript(table);
   if (shell == "zsh")
-    return zshScript();
-  return shell == "fish" ? fishScript() : QString();
-}
-
-CommandResult showCompletion(CommandRun& run) {
-  CommandResult result;
-  result.text = completionScript(run.argument(0));
-  result.data["script"] = result.text;
-  if (result.text.isEmpty())
-    return failure(UsageError, QString("there is no completion for %1").arg(quoted(run.argument(0))),
-                   "use bash, zsh or fish");
-  return result;
+    return zshScript(table);
+  return shell == "fish" ? fishScript(table) : QString();
 }
 
 } // namespace tarnwell

@@ -3,138 +3,126 @@
 #include "Deployment.h"
 #include "host/Text.h"
 
-#include <QtCore/QDeadlineTimer>
+#include <QtCore/QRegularExpression>
 #include <QtCore/QXmlStreamReader>
-#include <QtNetwork/QNetworkProxy>
-#include <QtNetwork/QTcpSocket>
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <netdb.h>
 
 namespace tarnwell {
 
 namespace {
 
-constexpr int patience = 5000; // milliseconds to connect, and again for request and answer
-
-constexpr char envelope[] = R"(<?xml version="1.0" encoding="UTF-8"?>
-<e:Envelope xmlns:e="http://www.w3.org/2003/05/soap-envelope"><e:Body><%1 xmlns="%2"/></e:Body></e:Envelope>)";
-
-QByteArray requestHead(const ServiceAddress& address, const ProxyLogin& login, const char* operation, qint64 size) {
-  const QUrl& url = address.endpoint;
-  const QString path = url.toString(QUrl::FullyEncoded | QUrl::RemoveScheme | QUrl::RemoveAuthority);
-  QString head = QString("POST %1 HTTP/1.1\r\nHost: %2\r\n")
-                     .arg(address.hasProxy() ? url.toString(QUrl::FullyEncoded)
-                          : path.isEmpty()   ? "/"
-                                             : path,
-                          url.authority(QUrl::FullyEncoded));
-  head += QString("Content-Type: application/soap+xml; charset=utf-8; action=\"%1%2\"\r\n")
-              .arg(TARNWELL_SERVICE_NAMESPACE, operation);
-  head += QString("Content-Length: %1\r\nConnection: close\r\n").arg(size);
-  const QByteArray credentials = (login.user + ':' + login.password).toUtf8().toBase64();
-  if (address.hasProxy() && !login.user.isEmpty())
-    head += "Proxy-Authorization: Basic " + QString::fromLatin1(credentials) + "\r\n";
-  return head.toUtf8() + "\r\n";
-}
-
-/// Writes the request, `body` extended by blanks to `size` bytes, and reads the answer until its end, 64 KiB or the
-/// deadline. Stops writing when the answer comes before the request's end.
-QByteArray exchange(QTcpSocket& socket, QByteArray head, QByteArray body, qint64 size) {
-  constexpr int mostOfAnswer = 65536;
-  constexpr int piece = 1 << 20;
-  const QDeadlineTimer deadline(patience);
-  const auto remaining = [&deadline] { return static_cast<int>(deadline.remainingTime()); };
-  QByteArray answer;
-  socket.write(head + body);
-  for (size -= body.size(); size > 0 && !deadline.hasExpired(); size -= piece) {
-    if (!socket.waitForBytesWritten(remaining()) || socket.bytesAvailable() > 0)
-      break;
-    socket.write(QByteArray(static_cast<int>(std::min<qint64>(size, piece)), ' '));
-  }
-  while (answer.size() < mostOfAnswer && (socket.bytesAvailable() > 0 || socket.waitForReadyRead(remaining())))
-    answer += socket.readAll();
-  return answer;
-}
-
-/// The reason of a SOAP fault in `answer`, "?" for one without; null when there is no fault.
-QString faultIn(const QByteArray& answer) {
-  const int start = answer.indexOf('<');
-  QXmlStreamReader reader(start < 0 ? QByteArray() : answer.mid(start));
+/// What the body of a response says.
+struct Content {
   bool isFault = false;
+  /// The fault's reason.
+  QString reason;
+  /// "DbError" or "None": an outcome by which the service reports an error of its own. Empty for any other.
+  QString outcome;
+};
+
+Content contentOf(const QByteArray& response) {
+  Content content;
+  QString body = QString::fromUtf8(response.mid(response.indexOf("\r\n\r\n")));
+  static const QRegularExpression chunkSize("\r\n[0-9A-Fa-f]+\r\n");
+  body.remove(chunkSize);
+  QXmlStreamReader reader(body.mid(body.indexOf('<')));
   while (!reader.atEnd()) {
     if (reader.readNext() != QXmlStreamReader::StartElement)
       continue;
-    if (reader.name() == QLatin1String("Fault"))
-      isFault = true;
-    else if (isFault && (reader.name() == QLatin1String("Text") || reader.name() == QLatin1String("faultstring")))
-      return reader.readElementText(QXmlStreamReader::SkipChildElements);
+    const QStringRef name = reader.name();
+    if (name == QLatin1String("Fault")) {
+      content.isFault = true;
+    } else if (content.isFault && (name == QLatin1String("Text") || name == QLatin1String("faultstring"))) {
+      content.reason = reader.readElementText(QXmlStreamReader::SkipChildElements);
+      break;
+    } else if (name == QLatin1String("DesktopMapAccess") || name == QLatin1String("DesktopLoginValue")) {
+      const QString value = reader.readElementText(QXmlStreamReader::SkipChildElements).trimmed();
+      if (value == "DbError" || value == "None")
+        content.outcome = value;
+    }
   }
-  return isFault ? QString("?") : QString();
+  return content;
 }
 
-Diagnosis connectionFailure(const QTcpSocket& socket, const QString& peer) {
-  switch (socket.error()) {
-  case QAbstractSocket::HostNotFoundError:
-    return {false, "nothing is known of the host of " + peer, "check the spelling, and this machine's network"};
-  case QAbstractSocket::ConnectionRefusedError:
-    return {false, peer + " refuses the connection", "check the port, and that the program behind it runs"};
-  case QAbstractSocket::SocketTimeoutError:
-    return {false, peer + " does not answer in time",
-            "check the address and this machine's network, or try again later"};
-  default:
-    return {false, QString("cannot connect to %1: %2").arg(peer, printable(socket.errorString())), {}};
+Diagnosis temporary(const QString& cause, const QString& advice) { return {cause, advice, true}; }
+
+Diagnosis refused(const QString& cause, const QString& advice) { return {cause, advice, false, true}; }
+
+Diagnosis withoutConnection(const CallTrace& trace, const QString& peer) {
+  const char* const advice = "check the address and this machine's network, or try again later";
+  if (trace.lookUpError != 0) {
+    return {QString("nothing is known of the host of %1: %2").arg(peer, gai_strerror(trace.lookUpError)),
+            "check the spelling, and this machine's network", trace.lookUpError == EAI_AGAIN};
   }
+  if (trace.connectError == ECONNREFUSED)
+    return temporary(peer + " refuses the connection", "check the port, and that the program behind it runs");
+  if (trace.connectError == ETIMEDOUT)
+    return temporary(peer + " does not answer in time", advice);
+  if (trace.connectError != 0)
+    return temporary(QString("cannot connect to %1: %2").arg(peer, std::strerror(trace.connectError)), advice);
+  return temporary("the plug-in made no connection and does not tell why", "check that memory is free, and try again");
 }
 
-Diagnosis noAnswer(const QTcpSocket& socket, const QString& peer) {
-  if (socket.error() == QAbstractSocket::SocketTimeoutError)
-    return {false, peer + " accepts the connection but does not answer in time", "try again later"};
-  return {false, peer + " closes the connection without an answer", "check the port: is it that of the service?"};
-}
-
-/// The diagnosis by the answer's status line and content.
-Diagnosis judge(const QByteArray& answer, const QString& peer, bool hasProxy) {
-  if (!answer.startsWith("HTTP/1."))
-    return {false, peer + " answers, but not with HTTP", "check the port: is it that of the service?"};
-  const QString line = printable(QString::fromUtf8(answer.left(answer.indexOf('\n')))).trimmed().left(120);
-  const int status = line.section(' ', 1, 1).toInt();
-  const QString statusText = "HTTP status " + line.section(' ', 1);
-  const QString fault = faultIn(answer);
-  if (!fault.isNull())
-    return {
-        false,
-        QString("asked again without a password, the service answers with the fault %1").arg(quoted(fault.left(500))),
-        "tell the operators of the service"};
+/// The diagnosis for an HTTP status; with an empty cause for one that says nothing by itself.
+Diagnosis judgeStatus(const QString& statusLine, const Content& content, bool hasProxy) {
+  const int status = statusLine.section(' ', 1, 1).toInt();
+  QString text = "HTTP status " + statusLine.section(' ', 1);
+  if (!content.reason.isEmpty())
+    text += ", " + quoted(content.reason.left(500));
   const char* const proxyAdvice = "check --proxy-user and the password for the proxy";
   if (status == 407)
-    return {false, "the proxy refuses: " + statusText, proxyAdvice};
+    return refused("the proxy refuses: " + text, proxyAdvice);
   if (hasProxy && (status == 401 || status == 403))
-    return {false, "the proxy or the server behind it refuses: " + statusText, proxyAdvice};
+    return refused("the proxy or the server behind it refuses: " + text, proxyAdvice);
   if (status == 404)
-    return {false, statusText, "check the path of the --endpoint"};
+    return refused(text, "check the path of the --endpoint");
   if (status == 413)
-    return {false, statusText, "the file is larger than the service or the proxy takes"};
-  if (status < 200 || status > 299)
-    return {false, statusText + (hasProxy ? ", from the proxy or the server behind it" : ""), "check the --endpoint"};
-  if (!answer.contains("Envelope"))
-    return {false, "the endpoint answers with " + statusText + ", but not with SOAP",
+    return refused(text, "the file is larger than the service or the proxy takes");
+  if (content.isFault || (status >= 200 && status <= 299))
+    return {};
+  text += hasProxy ? ", from the proxy or the server behind it" : "";
+  return status < 500 ? refused(text, "check the --endpoint") : temporary(text, "try again later");
+}
+
+Diagnosis judge(const CallTrace& trace, const QString& peer, bool hasProxy) {
+  const QByteArray& response = trace.response;
+  if (!response.startsWith("HTTP/1."))
+    return {peer + " answers, but not with HTTP", "check the port: is it that of the service?"};
+  const QString line = printable(QString::fromUtf8(response.left(response.indexOf('\n')))).trimmed().left(120);
+  const Content content = contentOf(response);
+  const Diagnosis byStatus = judgeStatus(line, content, hasProxy);
+  if (!byStatus.cause.isEmpty())
+    return byStatus;
+  if (content.isFault)
+    return refused("the service answers with the fault " + quoted(content.reason.left(500)),
+                   "tell the operators of the service");
+  if (!response.contains("Envelope"))
+    return {"the endpoint answers with HTTP status " + line.section(' ', 1) + ", but not with SOAP",
             "check the path of the --endpoint"};
-  return {true, {}, {}};
+  if (!content.outcome.isEmpty())
+    return refused(QString("the service answers %1: it could not read or change its data").arg(quoted(content.outcome)),
+                   "its disk may be full; try again later, or tell its operators");
+  if (!response.contains("Envelope>")) // the end tag
+    return temporary(peer + " breaks its response off", "try again");
+  return {"the service answers, but its response does not have what the call needs",
+          "if you named a map by its identifier, see with 'tarnwell list' whether it is there", false, false, true};
 }
 
 } // namespace
 
-Diagnosis diagnose(const ServiceAddress& address, const ProxyLogin& login, const char* operation, qint64 size) {
+Diagnosis diagnose(const CallTrace& trace, const ServiceAddress& address) {
   const QString peer = QString("%1%2, port %3")
                            .arg(address.hasProxy() ? "the proxy " : "", quoted(address.peerHost()))
                            .arg(address.peerPort());
-  QTcpSocket socket;
-  socket.setProxy(QNetworkProxy::NoProxy);
-  socket.connectToHost(address.peerHost(), static_cast<quint16>(address.peerPort()));
-  if (!socket.waitForConnected(patience))
-    return connectionFailure(socket, peer);
-  const QByteArray body = QString(envelope).arg(operation, TARNWELL_SERVICE_NAMESPACE).toUtf8();
-  size = std::max<qint64>(size, body.size());
-  const QByteArray answer = exchange(socket, requestHead(address, login, operation, size), body, size);
-  return answer.isEmpty() ? noAnswer(socket, peer) : judge(answer, peer, address.hasProxy());
+  if (!trace.isConnected)
+    return withoutConnection(trace, peer);
+  if (!trace.response.isEmpty())
+    return judge(trace, peer, address.hasProxy());
+  return temporary(peer + " closes the connection " + (trace.isSent ? "without a response" : "during the request"),
+                   "try again; if it happens again, check the port: is it that of the service?");
 }
 
 } // namespace tarnwell

@@ -1,30 +1,25 @@
-// Finds out why a call failed: the plug-in only says that it failed. Any thread.
+// Tells why a call failed, from what it did on the network. Pure function, any thread.
 #pragma once
 
+#include "host/CallTrace.h"
 #include "host/Settings.h"
 
 namespace tarnwell {
 
-/// What the check found.
 struct Diagnosis {
-  /// The service answers with SOAP and without a fault: neither network nor address is the cause.
-  bool isAnswering = false;
-  /// Why calls fail, one clause; printable. Empty when the service answers.
+  /// Why the call failed, one clause; printable.
   QString cause;
-  /// What to try; may be empty.
+  /// What to try.
   QString advice;
+  /// The call may succeed when it is repeated.
+  bool isTemporary = false;
+  /// The service has answered that it does not carry the request out.
+  bool isRefused = false;
+  /// The service has carried the request out, as far as its response tells: neither a fault nor an error of its own.
+  bool isAnswered = false;
 };
 
-/// The credentials for the proxy. With an empty user none are sent.
-struct ProxyLogin {
-  QString user;
-  QString password;
-};
-
-/// Connects to `address` as a call does and posts an empty request of `operation`, its name on the wire. The request
-/// has no user name and password, so that it changes nothing on the service; blanks extend it to `size` bytes. Takes at
-/// most 5 s to connect, unless the name look-up takes longer, and 5 s for request and answer.
-[[nodiscard]] Diagnosis diagnose(const ServiceAddress& address, const ProxyLogin& login, const char* operation,
-                                 qint64 size);
+/// `address`: what the call connected to. Not for a call that a time limit or a signal has ended.
+[[nodiscard]] Diagnosis diagnose(const CallTrace& trace, const ServiceAddress& address);
 
 } // namespace tarnwell

@@ -2,10 +2,17 @@
 
 #include "host/Text.h"
 
-#include <QtCore/QFile>
+#include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 #include <QtCore/QSaveFile>
+#include <algorithm>
+#include <cerrno>
 #include <csignal>
+#include <fcntl.h>
+#include <memory>
+#include <poll.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace tarnwell {
@@ -15,64 +22,147 @@ namespace {
 /// Bytes that fit into a QByteArray.
 constexpr qint64 mostBytes = 2147483000;
 
-CommandResult readFailure(const QString& file, const QString& reason) {
-  return failure(LocalError, QString("cannot read %1: %2").arg(quoted(file), reason), "check the file");
+[[noreturn]] void failReading(const QString& file, const QString& reason) {
+  fail(LocalError, QString("cannot read %1: %2").arg(quoted(file), reason), "check the file");
 }
 
-bool writeWhole(QFileDevice& target, const QByteArray& bytes) {
-  // Without flush() a full disk would be noticed only by close(), which returns no error.
-  return target.write(bytes) == bytes.size() && target.flush();
+void check(bool isWritten, const QString& file, const QString& reason) {
+  if (!isWritten)
+    fail(LocalError, QString("cannot write %1: %2").arg(quoted(file), reason));
+}
+
+/// `target` is open without a buffer, so that no error waits for close(), which returns none. `file`: for the message.
+void writeWhole(QFileDevice& target, const QString& file, const QByteArray& bytes) {
+  // When the space ends, the first write() writes what there is room for, and only the next one tells why.
+  for (int written = 0; written < bytes.size();) {
+    const qint64 count = target.write(bytes.constData() + written, bytes.size() - written);
+    check(count > 0, file, target.errorString());
+    written += static_cast<int>(count);
+  }
+}
+
+/// The name of each extended attribute of the file at `path`, and its value.
+QList<QPair<QByteArray, QByteArray>> attributesOf(const char* path) {
+  constexpr size_t most = 1 << 16; // bytes of all names, and of one value
+  const auto buffer = std::make_unique<char[]>(most);
+  const ssize_t listed = std::max<ssize_t>(listxattr(path, buffer.get(), most), 0);
+  const QByteArray names(buffer.get(), static_cast<int>(listed));
+  QList<QPair<QByteArray, QByteArray>> attributes;
+  for (const QByteArray& name : names.split('\0')) {
+    const ssize_t size = getxattr(path, name.constData(), buffer.get(), most);
+    if (size >= 0)
+      attributes += {name, QByteArray(buffer.get(), static_cast<int>(size))};
+  }
+  return attributes;
+}
+
+/// Gives the file `target` owner, group, mode and extended attributes of the file at `path`, which it will replace.
+/// Returns what it could not.
+QString keepAttributes(const QByteArray& path, int target) {
+  struct stat old = {};
+  struct stat now = {};
+  if (stat(path.constData(), &old) != 0 || fstat(target, &now) != 0)
+    return {}; // there is no old file
+  QStringList lost;
+  if (now.st_gid != old.st_gid && fchown(target, static_cast<uid_t>(-1), old.st_gid) != 0)
+    lost += "group";
+  if (now.st_uid != old.st_uid && fchown(target, old.st_uid, static_cast<gid_t>(-1)) != 0)
+    lost += "owner";
+  if (fchmod(target, old.st_mode & 07777U) != 0)
+    lost += "mode";
+  for (const auto& [name, value] : attributesOf(path.constData())) {
+    if (fsetxattr(target, name.constData(), value.constData(), static_cast<size_t>(value.size()), 0) != 0)
+      lost += "attribute " + quoted(QString::fromUtf8(name));
+  }
+  QString text = lost.isEmpty() ? QString() : "the new file does not keep the old one's " + lost.join(", ");
+  if (old.st_nlink > 1)
+    text += (lost.isEmpty() ? "" : "; ") + QString("the file's other names (hard links) keep the old content");
+  return text;
 }
 
 } // namespace
 
-CommandResult readFile(const QString& file, QByteArray& bytes) {
-  QFile source(file);
-  if (!source.open(QIODevice::ReadOnly))
-    return readFailure(file, source.errorString());
+QByteArray readFile(const QString& file) {
+  if (QFileInfo(file).isDir())
+    failReading(file, qt_error_string(EISDIR));
+  // Without O_NONBLOCK, opening a pipe waits until a program opens it for writing.
+  const int descriptor = open(QFile::encodeName(file).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  QFile source;
+  if (descriptor < 0 || !source.open(descriptor, QIODevice::ReadOnly | QIODevice::Unbuffered, QFile::AutoCloseHandle))
+    failReading(file, qt_error_string(errno));
   if (source.size() > mostBytes)
-    return readFailure(file, "it is larger than 2 GiB");
-  QByteArray content = source.readAll();
-  if (source.error() != QFileDevice::NoError)
-    return readFailure(file, source.errorString());
-  bytes.swap(content);
-  return {};
+    failReading(file, "it is larger than 2 GiB");
+  QByteArray content;
+  QByteArray piece(1 << 20, Qt::Uninitialized);
+  for (;;) {
+    const ssize_t count = read(descriptor, piece.data(), static_cast<size_t>(piece.size()));
+    pollfd readable{descriptor, POLLIN, 0};
+    if (count < 0 && errno == EAGAIN && poll(&readable, 1, -1) >= 0)
+      continue;
+    if (count < 0)
+      failReading(file, qt_error_string(errno));
+    if (content.size() + count > mostBytes)
+      failReading(file, "it is larger than 2 GiB");
+    if (count == 0)
+      break;
+    content.append(piece.constData(), static_cast<int>(count));
+  }
+  if (content.isEmpty() && source.isSequential())
+    failReading(file, "nothing writes into this pipe");
+  return content;
 }
 
-CommandResult checkMapFile(const QString& file, qint64& size) {
+qint64 checkMapFile(const QString& file) {
   const QFileInfo info(file);
   if (!info.exists() || info.isDir())
-    return failure(ResultNoSuchFile, QString("cannot save %1").arg(quoted(file)));
+    fail(ResultNoSuchFile, QString("cannot save %1").arg(quoted(file)));
   if (!info.isFile())
-    return readFailure(file, "it is not a regular file");
+    failReading(file, "it is not a regular file");
   QFile source(file);
   if (!source.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-    return readFailure(file, source.errorString());
+    failReading(file, source.errorString());
   if (source.size() > mostBytes)
-    return readFailure(file, "a map of more than 2 GiB cannot be saved");
+    failReading(file, "a map of more than 2 GiB cannot be saved");
   QByteArray piece(1 << 20, Qt::Uninitialized);
-  qint64 count = 0;
-  for (size = 0; (count = source.read(piece.data(), piece.size())) > 0; size += count) {
-  }
-  return source.error() == QFileDevice::NoError ? CommandResult() : readFailure(file, source.errorString());
+  qint64 size = 0;
+  for (qint64 count = 0; (count = source.read(piece.data(), piece.size())) > 0;)
+    size += count;
+  if (source.error() != QFileDevice::NoError)
+    failReading(file, source.errorString());
+  return size;
 }
 
-CommandResult writeFile(const QString& file, const QByteArray& bytes) {
-  const auto failed = [&file](const QString& reason) {
-    return failure(LocalError, QString("cannot write %1: %2").arg(quoted(file), reason));
-  };
+QString copyStandardInput(QTemporaryFile& copy) {
+  QFile input;
+  QFile output;
+  check(copy.open() && output.open(copy.handle(), QIODevice::WriteOnly | QIODevice::Unbuffered), QDir::tempPath(),
+        copy.errorString());
+  if (!input.open(STDIN_FILENO, QIODevice::ReadOnly | QIODevice::Unbuffered))
+    failReading("-", input.errorString());
+  for (QByteArray piece; !(piece = input.read(1 << 20)).isEmpty();)
+    writeWhole(output, QDir::tempPath(), piece);
+  if (input.error() != QFileDevice::NoError)
+    failReading("-", input.errorString());
+  return QString("/proc/self/fd/%1").arg(copy.handle()); // so that the file needs no name
+}
+
+QString writeFile(const QString& file, const QByteArray& bytes) {
+  constexpr auto mode = QIODevice::WriteOnly | QIODevice::Unbuffered;
   const QFileInfo existing(file);
   if (existing.exists() && !existing.isFile() && !existing.isDir()) {
     std::signal(SIGPIPE, SIG_IGN); // when the reader closes the pipe, the write fails and this program goes on
     QFile pipe(file);
-    return pipe.open(QIODevice::WriteOnly) && writeWhole(pipe, bytes) ? CommandResult() : failed(pipe.errorString());
+    check(pipe.open(mode), file, pipe.errorString());
+    writeWhole(pipe, file, bytes);
+    return {};
   }
   QSaveFile target(file);
-  if (!target.open(QIODevice::WriteOnly) || !writeWhole(target, bytes))
-    return failed(target.errorString());
-  if (fsync(target.handle()) != 0)
-    return failed(qt_error_string());
-  return target.commit() ? CommandResult() : failed(target.errorString());
+  check(target.open(mode), file, target.errorString());
+  writeWhole(target, file, bytes);
+  const QString lost = keepAttributes(QFile::encodeName(file), target.handle());
+  check(fsync(target.handle()) == 0, file, qt_error_string());
+  check(target.commit(), file, target.errorString());
+  return lost;
 }
 
 CommandResult writeOutput(CommandResult result, const QString& file, const QByteArray& bytes) {
@@ -81,9 +171,9 @@ CommandResult writeOutput(CommandResult result, const QString& file, const QByte
     result.bytes = bytes.isNull() ? QByteArray("") : bytes;
     return result;
   }
-  CommandResult written = writeFile(file, bytes);
-  if (written.failed())
-    return written;
+  const QString lost = writeFile(file, bytes);
+  if (!lost.isEmpty())
+    result.message += "; " + lost;
   result.data["file"] = file;
   return result;
 }

@@ -1,4 +1,4 @@
-#include "host/Commands.h"
+#include "host/MapCommands.h"
 
 #include "host/Files.h"
 #include "host/Gallery.h"
@@ -6,6 +6,7 @@
 #include "host/MapLookup.h"
 #include "host/Text.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 #include <algorithm>
 #include <sys/ioctl.h>
@@ -21,58 +22,100 @@ int terminalWidth() {
   return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
-/// Logs in and sets `found` to the maps that `texts` name, or to all maps when there are no texts.
-CommandResult fetchMaps(CommandRun& run, const QStringList& texts, QList<MapInfo>& found) {
-  QList<MapInfo> listed;
-  CommandResult result = run.logIn();
-  if (!result.failed())
-    result = run.list(true, false, listed);
-  for (int i = 0; i < texts.size() && !result.failed(); i++) {
-    found += MapInfo();
-    result = findMap(listed, texts[i], found.last());
+/// Logs in; the maps that `texts` name, each once, or all maps when there are no texts.
+QList<MapInfo> fetchMaps(CommandRun& run, const QStringList& texts) {
+  run.logIn();
+  const QList<MapInfo> listed = run.list(true, false);
+  QList<MapInfo> found;
+  for (const QString& text : texts) {
+    const MapInfo map = findMap(listed, text);
+    if (!found.contains(map))
+      found += map;
   }
-  if (texts.isEmpty())
-    found = listed;
-  return result;
+  return texts.isEmpty() ? listed : found;
 }
 
-/// Calls `each` for every map. A failure that concerns this map alone does not stop the others; the first failure is
-/// the result. `done`: a participle for the message, "downloaded".
-template <typename Each> CommandResult forEachMap(QList<MapInfo>& maps, const QString& done, Each each) {
+/// Whether the failure concerns one map alone, so that the others can be tried.
+bool isAboutMap(const CommandRun& run, const CommandResult& failed) {
+  const bool isOutcome = failed.status > ResultNotPremiumAccount && failed.status <= ResultMapRemoved;
+  return isOutcome || (failed.status == ResultFailed && run.diagnosis().isAnswered);
+}
+
+/// "downloading the map", or "downloading the map, 3 of 20".
+QString progressText(const QString& activity, int number, int count) {
+  return count == 1 ? activity : QString("%1, %2 of %3").arg(activity).arg(number).arg(count);
+}
+
+/// Calls `each` for the only map.
+template <typename Each> CommandResult forOneMap(MapInfo& map, Each each) {
+  CommandResult one = each(map, 1);
+  one.data = {{"maps", QJsonArray{one.data}}};
+  return one;
+}
+
+/// Calls `each` for every map, with its number from 1 on. A failure that concerns this map alone does not stop the
+/// others; the first failure decides about the result. `done`: a participle for messages, "downloaded".
+template <typename Each>
+CommandResult forEachMap(CommandRun& run, QList<MapInfo>& maps, const QString& done, Each each) {
   CommandResult all;
   QJsonArray records;
-  QString message;
-  for (MapInfo& map : maps) {
-    CommandResult one = each(map);
-    if (one.failed() && !all.failed()) {
-      all.status = one.status;
-      all.message = one.message;
-      all.advice = one.advice;
-    }
-    if (one.failed() && (one.status < ResultNoAccess || one.status > ResultMapRemoved))
-      break;
-    if (maps.size() > 1)
-      all.text += (one.failed() ? "tarnwell: " : "") + one.message + '\n';
-    if (!one.failed())
+  QJsonArray failures;
+  for (int i = 0; i < maps.size(); i++) {
+    try {
+      const CommandResult one = each(maps[i], i + 1);
       records += one.data;
-    message = one.message;
-    all.bytes = one.bytes;
+      run.note(one.message);
+    } catch (const CommandResult& failed) {
+      run.note("tarnwell: " + failed.message);
+      failures += QJsonObject{{"id", maps[i].mapID().toString(QUuid::WithoutBraces)},
+                              {"name", maps[i].mapName()},
+                              {"exitStatus", failed.status},
+                              {"message", failed.message}};
+      if (!all.failed())
+        all = failed;
+      if (!isAboutMap(run, failed))
+        break;
+    }
   }
-  all.data["maps"] = records;
-  if (all.failed() && maps.size() > 1)
-    all.message += QString("; %1 %2 of %3 maps").arg(done).arg(records.size()).arg(maps.size());
-  else if (!all.failed())
-    all.message = maps.size() == 1 ? message : done + ' ' + mapCount(maps);
+  all.message = all.failed() ? QString("%1 %2 of %3 maps").arg(done).arg(records.size()).arg(maps.size())
+                             : done + ' ' + mapCount(maps);
+  all.data = {{"maps", records}, {"failures", failures}};
   return all;
 }
 
+/// The files in `folder` for `maps`, in their order: no two have the same name, whatever case the file system ignores.
+QStringList chooseFiles(const QString& folder, const QList<MapInfo>& maps) {
+  QStringList files;
+  for (const MapInfo& map : maps) {
+    const QString start = folder + '/' + fileNameFor(map.mapName());
+    QString file = start + ".twlx";
+    for (int copy = 1; files.contains(file, Qt::CaseInsensitive); copy++) {
+      const QString number = copy == 1 ? QString() : QString(" %1").arg(copy);
+      file = QString("%1 %2%3.twlx").arg(start, map.mapID().toString(QUuid::WithoutBraces), number);
+    }
+    files += file;
+  }
+  return files;
+}
+
+/// Removes from `maps` and `files` those whose file exists, and says so. Returns the files.
+QStringList leaveExisting(const CommandRun& run, QList<MapInfo>& maps, QStringList& files) {
+  QStringList left;
+  for (int i = files.size() - 1; i >= 0; i--) {
+    if (!QFileInfo::exists(files[i]) && !QFileInfo(files[i]).isSymLink())
+      continue;
+    run.note(QString("left %1 as it is").arg(quoted(files[i])));
+    left.prepend(files.takeAt(i));
+    maps.removeAt(i);
+  }
+  return left;
+}
+
 /// Downloads `info` to `file`, "-" for standard output.
-CommandResult download(CommandRun& run, MapInfo& info, const QString& file) {
-  CommandResult result =
-      run.perform({"downloading the map", "GetMapContent_NEW_DESKTOP", "cannot download " + mapTitle(info)},
-                  [&info](ITarnwellService& service) { return service.getMap(info); });
-  if (result.failed())
-    return result;
+CommandResult download(CommandRun& run, const QString& activity, MapInfo& info, const QString& file) {
+  run.perform({activity, "cannot download " + mapTitle(info), true},
+              [&info](ITarnwellService& service) { return service.getMap(info); });
+  CommandResult result;
   result.message = QString("downloaded %1, %2").arg(mapTitle(info), humanSize(info.mapContent().size()));
   result.data = mapToJson(info, false);
   result.data["bytes"] = info.mapContent().size();
@@ -81,92 +124,28 @@ CommandResult download(CommandRun& run, MapInfo& info, const QString& file) {
   return result;
 }
 
-/// A file in `folder` for `info` whose name is not in `taken`. Adds its name to `taken`.
-QString chooseFile(const QString& folder, const MapInfo& info, QStringList& taken) {
-  QString name = fileNameFor(info.mapName());
-  if (taken.contains(name, Qt::CaseInsensitive))
-    name += ' ' + info.mapID().toString(QUuid::WithoutBraces);
-  taken += name;
-  return QString("%1/%2.twlx").arg(folder, name);
-}
-
-/// A save.
-struct Upload {
-  QString file;
-  qint64 size = 0;
-  MapInfo info;
-  QByteArray thumbnail;
-  /// The record that it overwrites, as listed. Its identifier is null when there is none.
-  MapInfo stored;
-};
-
-/// Checks the options and reads the files. Sends nothing.
-CommandResult prepare(const CommandRun& run, Upload& upload) {
-  for (const auto& [one, other] : {std::pair{"thumbnail", "no-thumbnail"}, {"published", "unpublished"}}) {
-    if (run.isSet(one) && run.isSet(other))
-      return failure(UsageError, QString("--%1 and --%2 exclude each other").arg(one, other));
-  }
-  if (run.isSet("name") && run.value("name").isEmpty())
-    return failure(UsageError, "a map needs a name, and --name is empty");
-  upload.file = run.argument(0);
-  upload.info.setMapName(run.isSet("name") ? run.value("name") : QFileInfo(upload.file).completeBaseName());
-  CommandResult result = checkMapFile(upload.file, upload.size);
-  if (!result.failed() && run.isSet("thumbnail"))
-    result = readFile(run.value("thumbnail"), upload.thumbnail);
-  return result;
-}
-
-/// Sets `upload.stored` to the map of `listed` that the MAP argument or, without it, the new map's name means.
-CommandResult findStored(const CommandRun& run, const QList<MapInfo>& listed, Upload& upload) {
-  const QString map = run.argument(1);
-  if (!map.isEmpty())
-    return findMap(listed, map, upload.stored);
-  const QList<MapInfo> matches = mapsNamed(listed, upload.info.mapName());
-  if (matches.size() > 1)
-    return ambiguity(upload.info.mapName(), matches);
-  if (!matches.isEmpty())
-    upload.stored = matches.first();
-  return {};
-}
-
-/// Copies from the stored record to the upload all values for which no option is given.
-CommandResult keepStored(CommandRun& run, Upload& upload) {
-  MapInfo& info = upload.info;
-  QList<MapInfo> listed;
-  CommandResult result;
-  const bool keepsThumbnail = !upload.stored.mapID().isNull() && !run.isSet("thumbnail") && !run.isSet("no-thumbnail");
-  if (keepsThumbnail)
-    result = run.list(false, false, listed);
-  for (const MapInfo& map : listed) {
-    if (map.mapID() == upload.stored.mapID())
-      upload.thumbnail = map.mapThumbnail();
-  }
-  info.setMapID(upload.stored.mapID());
-  info.setVersion(upload.stored.version());
-  if (!run.isSet("name") && !upload.stored.mapName().isEmpty())
-    info.setMapName(upload.stored.mapName());
-  info.setMapDescription(run.isSet("description") ? run.value("description") : upload.stored.mapDescription());
-  info.setMapPublished(run.isSet("published") || (upload.stored.mapPublished() && !run.isSet("unpublished")));
-  return result;
-}
-
-/// Lists the maps again after an upload that failed. Returns one clause: whether the service has stored the map.
-QString checkWhetherStored(CommandRun& run, const QList<MapInfo>& before, const Upload& upload) {
-  constexpr double limit = 10; // seconds
-  QList<MapInfo> now;
-  run.limitTime(limit);
-  if (run.list(true, false, now).failed())
-    return "whether the map is stored is not known";
-  const auto isNew = [&before](const MapInfo& map) {
-    return std::none_of(before.begin(), before.end(), [&map](const MapInfo& old) {
-      return old.mapID() == map.mapID() && qFuzzyCompare(old.version(), map.version());
-    });
+/// Downloads the maps into `folder`, which is made if its parent exists.
+CommandResult downloadInto(CommandRun& run, const QString& folder, QList<MapInfo>& maps) {
+  if (!QFileInfo(folder).isDir() && !QDir().mkdir(folder))
+    fail(LocalError, QString("cannot make the folder %1").arg(quoted(folder)),
+         "-o takes a folder that exists or whose parent folder exists");
+  QStringList files = chooseFiles(folder, maps);
+  const QStringList left = run.isSet("overwrite") ? QStringList() : leaveExisting(run, maps, files);
+  const auto downloadOne = [&](MapInfo& info, int number) {
+    return download(run, progressText("downloading the map", number, maps.size()), info, files[number - 1]);
   };
-  for (const MapInfo& map : now) {
-    if (upload.stored.mapID().isNull() ? map.mapName() == upload.info.mapName() : map.mapID() == upload.stored.mapID())
-      return isNew(map) ? "the map is stored all the same" : "the stored map is as before";
+  if (left.isEmpty() && maps.size() == 1)
+    return forOneMap(maps.first(), downloadOne);
+  CommandResult result = forEachMap(run, maps, "downloaded", downloadOne);
+  if (left.isEmpty())
+    return result;
+  result.data["left"] = QJsonArray::fromStringList(left);
+  result.message += QString("; left %1 existing %2").arg(left.size()).arg(left.size() == 1 ? "file" : "files");
+  if (!result.failed()) {
+    result.status = LocalError;
+    result.advice = "replace them with --overwrite, or name another folder with -o";
   }
-  return "the map is not stored";
+  return result;
 }
 
 } // namespace
@@ -174,14 +153,11 @@ QString checkWhetherStored(CommandRun& run, const QList<MapInfo>& before, const 
 CommandResult listMaps(CommandRun& run) {
   const QString format = run.value("format");
   if (format != "table" && format != "tsv")
-    return failure(UsageError, QString("there is no format %1").arg(quoted(format)), "use table, tsv or --json");
+    fail(UsageError, QString("there is no format %1").arg(quoted(format)), "use table, tsv or --json");
   const bool isLite = run.isSet("lite");
-  QList<MapInfo> maps;
-  CommandResult result = run.logIn();
-  if (!result.failed())
-    result = run.list(isLite, run.isSet("published"), maps);
-  if (result.failed())
-    return result;
+  run.logIn();
+  const QList<MapInfo> maps = run.list(isLite, run.isSet("published"));
+  CommandResult result;
   result.message = mapCount(maps);
   if (format == "tsv")
     result.text = mapTabSeparated(maps, !isLite);
@@ -194,81 +170,32 @@ CommandResult listMaps(CommandRun& run) {
 CommandResult getMaps(CommandRun& run) {
   const bool isAll = run.isSet("all");
   if (run.arguments().isEmpty() != isAll)
-    return failure(UsageError, isAll ? "--all takes no MAP" : "MAP is missing", "see 'tarnwell get --help'");
+    fail(UsageError, isAll ? "--all takes no MAP" : "MAP is missing", "see 'tarnwell get --help'");
   const QString output = run.isSet("output") ? run.value("output") : "-";
-  const bool isFolder = QFileInfo(output).isDir();
-  if (!isFolder && (isAll || run.arguments().size() > 1))
-    return failure(UsageError, "several maps need an existing folder", "name the folder with -o");
+  const bool isSeveral = isAll || run.arguments().size() > 1;
+  const bool isFolder = QFileInfo(output).isDir() || output.endsWith('/') || isSeveral;
+  if (isSeveral && output == "-")
+    fail(UsageError, "several maps need a folder", "name the folder with -o");
   if (output == "-" && !run.isSet("output") && !run.isSet("json") && isatty(STDOUT_FILENO) != 0) {
-    return failure(UsageError, "a terminal cannot show the bytes of a map",
-                   "name a file with -o, or redirect the output; -o - prints them nevertheless");
+    fail(UsageError, "a terminal cannot show the bytes of a map",
+         "name a file with -o, or redirect the output; -o - prints them nevertheless");
   }
-  QList<MapInfo> maps;
-  CommandResult result = fetchMaps(run, run.arguments(), maps);
-  if (result.failed())
-    return result;
-  QStringList taken;
-  return forEachMap(maps, "downloaded", [&](MapInfo& info) {
-    return download(run, info, isFolder ? chooseFile(output, info, taken) : output);
-  });
-}
-
-CommandResult saveMap(CommandRun& run) {
-  Upload upload;
-  QList<MapInfo> listed;
-  CommandResult result = prepare(run, upload);
-  if (!result.failed())
-    result = run.logIn();
-  if (!result.failed())
-    result = run.list(true, false, listed);
-  if (!result.failed())
-    result = findStored(run, listed, upload);
-  if (result.failed())
-    return result;
-  const bool isForced = run.isSet("force");
-  const bool isListed = std::any_of(listed.begin(), listed.end(),
-                                    [&upload](const MapInfo& map) { return map.mapID() == upload.stored.mapID(); });
-  const QString cannot = QString("cannot save %1 as ").arg(quoted(upload.file));
-  if (isListed && !isForced)
-    return failure(ResultFileExists, cannot + mapTitle(upload.stored));
-  result = keepStored(run, upload);
-  if (result.failed())
-    return result;
-  MapInfo& info = upload.info;
-  result = run.perform(
-      {"uploading the map", "SaveMap_NEW_DESKTOP", cannot + mapTitle(info)},
-      [&](ITarnwellService& service) { return service.saveMap(upload.file, info, upload.thumbnail, isForced); },
-      upload.size / 3 * 4);
-  if (result.status == ResultFailed || result.status >= FirstSignalStatus)
-    result.message += "; " + checkWhetherStored(run, listed, upload);
-  if (result.failed())
-    return result;
-  const int saved = info.mapContent().size();
-  if (saved != upload.size) {
-    return failure(LocalError,
-                   QString("%1 changed while it was saved: it had %2 bytes, and %3 are stored")
-                       .arg(quoted(upload.file), QString::number(upload.size), QString::number(saved)),
-                   "save it again with --force");
-  }
-  result.message = QString("saved %1, %2").arg(mapTitle(info), humanSize(saved));
-  result.data["map"] = mapToJson(info, false);
-  result.data["bytes"] = saved;
-  return result;
+  QList<MapInfo> maps = fetchMaps(run, run.arguments());
+  if (isFolder)
+    return downloadInto(run, output, maps);
+  return forOneMap(maps.first(),
+                   [&](MapInfo& info, int) { return download(run, "downloading the map", info, output); });
 }
 
 CommandResult renameMap(CommandRun& run) {
   const QString newName = run.argument(1);
   if (newName.isEmpty())
-    return failure(UsageError, "a map needs a name, and NEWNAME is empty");
-  QList<MapInfo> maps;
-  CommandResult result = fetchMaps(run, {run.argument(0)}, maps);
-  if (result.failed())
-    return result;
-  MapInfo& info = maps.first();
-  result = run.perform({"renaming the map", "RenameDesktopMap", "cannot rename " + mapTitle(info)},
-                       [&](ITarnwellService& service) { return service.renameMap(info, newName); });
-  if (result.failed())
-    return result;
+    fail(UsageError, "a map needs a name, and NEWNAME is empty");
+  MapInfo info = fetchMaps(run, {run.argument(0)}).first();
+  run.perform({"renaming the map", "cannot rename " + mapTitle(info), false,
+               "choose another NEWNAME, or rename or delete the other map first"},
+              [&](ITarnwellService& service) { return service.renameMap(info, newName); });
+  CommandResult result;
   result.message = QString("renamed %1 to %2").arg(mapTitle(info), quoted(newName));
   info.setMapName(newName);
   result.data["map"] = mapToJson(info, false);
@@ -276,27 +203,22 @@ CommandResult renameMap(CommandRun& run) {
 }
 
 CommandResult deleteMaps(CommandRun& run) {
-  QList<MapInfo> maps;
-  CommandResult result = fetchMaps(run, run.arguments(), maps);
-  if (result.failed())
-    return result;
-  return forEachMap(maps, "deleted", [&run](MapInfo& info) {
-    CommandResult one = run.perform({"deleting the map", "DeleteDesktopMap", "cannot delete " + mapTitle(info)},
-                                    [&info](ITarnwellService& service) { return service.deleteMap(info); });
-    if (!one.failed())
-      one.message = "deleted " + mapTitle(info);
+  QList<MapInfo> maps = fetchMaps(run, run.arguments());
+  const auto deleteOne = [&](MapInfo& info, int number) {
+    run.perform({progressText("deleting the map", number, maps.size()), "cannot delete " + mapTitle(info)},
+                [&info](ITarnwellService& service) { return service.deleteMap(info); });
+    CommandResult one;
+    one.message = "deleted " + mapTitle(info);
     one.data = mapToJson(info, false);
     return one;
-  });
+  };
+  return maps.size() == 1 ? forOneMap(maps.first(), deleteOne) : forEachMap(run, maps, "deleted", deleteOne);
 }
 
 CommandResult makeGallery(CommandRun& run) {
-  QList<MapInfo> maps;
-  CommandResult result = run.logIn();
-  if (!result.failed())
-    result = run.list(false, run.isSet("published"), maps);
-  if (result.failed())
-    return result;
+  run.logIn();
+  const QList<MapInfo> maps = run.list(false, run.isSet("published"));
+  CommandResult result;
   result.message = "made a gallery of " + mapCount(maps);
   result.data["count"] = maps.size();
   return writeOutput(result, run.argument(0), galleryPage(run.user(), maps));

@@ -9,7 +9,20 @@ namespace tarnwell {
 
 namespace {
 
-constexpr int fewestDigits = 8;
+/// The identifier that `text` is, with or without braces; null for a text that is anything else. QUuid alone would take
+/// a text that only begins with an identifier.
+QUuid identifierOf(const QString& text) {
+  const QUuid identifier(text);
+  const QString lower = text.toLower();
+  return lower == identifier.toString() || lower == identifier.toString(QUuid::WithoutBraces) ? identifier : QUuid();
+}
+
+/// Whether `text` is the beginning of the map's identifier, long enough to name it.
+bool isBeginning(const QString& text, const MapInfo& map) {
+  constexpr int fewestDigits = 8;
+  return text.size() >= fewestDigits && !map.mapID().isNull() &&
+         map.mapID().toString(QUuid::WithoutBraces).startsWith(text, Qt::CaseInsensitive);
+}
 
 template <typename Condition> QList<MapInfo> mapsWith(const QList<MapInfo>& maps, Condition condition) {
   QList<MapInfo> matches;
@@ -23,36 +36,27 @@ QList<MapInfo> mapsNamed(const QList<MapInfo>& maps, const QString& name) {
   return mapsWith(maps, [&name](const MapInfo& map) { return map.mapName() == name; });
 }
 
-CommandResult ambiguity(const QString& text, const QList<MapInfo>& matches) {
-  CommandResult result =
-      failure(UsageError, QString("%1 can be any of %2 maps").arg(quoted(text), QString::number(matches.size())),
-              "name the map by its identifier:\n" + mapTable(matches, false, 0).trimmed());
-  result.data["maps"] = mapsToJson(matches, false);
-  return result;
+void failAmbiguous(const QString& text, const QList<MapInfo>& matches) {
+  fail(UsageError, QString("%1 can be any of %2 maps").arg(quoted(text), QString::number(matches.size())),
+       "name the map by its identifier:\n" + mapTable(matches, false, 0).trimmed(),
+       {{"maps", mapsToJson(matches, false)}});
 }
 
-CommandResult findMap(const QList<MapInfo>& maps, const QString& text, MapInfo& info) {
-  const QUuid identifier(text);
-  QList<MapInfo> matches = identifier.isNull()
-                               ? mapsNamed(maps, text)
-                               : mapsWith(maps, [&](const MapInfo& map) { return map.mapID() == identifier; });
-  if (matches.isEmpty() && !identifier.isNull()) {
-    info.setMapID(identifier);
-    return {};
-  }
-  if (matches.isEmpty() && text.size() >= fewestDigits) {
-    matches = mapsWith(maps, [&text](const MapInfo& map) {
-      return map.mapID().toString(QUuid::WithoutBraces).startsWith(text, Qt::CaseInsensitive);
-    });
-  }
-  if (matches.isEmpty()) {
-    return failure(UsageError, QString("no map is named %1").arg(quoted(text)),
-                   "'tarnwell list' shows names and identifiers; a name with blanks needs quotes");
-  }
+MapInfo findMap(const QList<MapInfo>& maps, const QString& text) {
+  const QUuid identifier = identifierOf(text);
+  QList<MapInfo> matches = mapsWith(maps, [&](const MapInfo& map) {
+    return map.mapName() == text || (!identifier.isNull() && map.mapID() == identifier) || isBeginning(text, map);
+  });
   if (matches.size() > 1)
-    return ambiguity(text, matches);
-  info = matches.first();
-  return {};
+    failAmbiguous(text, matches);
+  if (matches.isEmpty() && identifier.isNull()) {
+    fail(UsageError, QString("no map is named %1").arg(quoted(text)),
+         "'tarnwell list' shows names and identifiers; a name with blanks needs quotes");
+  }
+  MapInfo found = matches.value(0);
+  if (matches.isEmpty())
+    found.setMapID(identifier);
+  return found;
 }
 
 } // namespace tarnwell

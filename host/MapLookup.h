@@ -11,12 +11,12 @@ namespace tarnwell {
 /// The maps of `maps` whose name is `name`.
 [[nodiscard]] QList<MapInfo> mapsNamed(const QList<MapInfo>& maps, const QString& name);
 
-/// A UsageError that lists `matches`: `text` is the name, or the beginning of the identifier, of each of them.
-[[nodiscard]] CommandResult ambiguity(const QString& text, const QList<MapInfo>& matches);
+/// Fails with a UsageError that lists `matches`, which all fit `text`.
+[[noreturn]] void failAmbiguous(const QString& text, const QList<MapInfo>& matches);
 
-/// Sets `info` to the map of `maps` that `text` means: its identifier, its name if no other map has the same, or at
-/// least the first eight digits of its identifier if no other begins with them. For a whole identifier that is not
-/// listed, sets the identifier alone: the service decides about it. Returns a UsageError for any other text.
-[[nodiscard]] CommandResult findMap(const QList<MapInfo>& maps, const QString& text, MapInfo& info);
+/// The one map of `maps` whose name or identifier is `text`, or whose identifier begins with it, when it has at least
+/// eight characters. For a whole identifier that fits no map, a record with the identifier alone: the service decides
+/// about it. Fails with a UsageError when no map or more than one fits.
+[[nodiscard]] MapInfo findMap(const QList<MapInfo>& maps, const QString& text);
 
 } // namespace tarnwell

@@ -27,21 +27,20 @@ QString findPlugin() {
 
 } // namespace
 
-CommandResult loadPlugin(const QString& file, std::unique_ptr<ITarnwellService>& service) {
+std::unique_ptr<ITarnwellService> loadPlugin(const QString& file) {
   // An absolute path, because the loader would look for a bare name in the system's library folders.
   const QString path = file.isEmpty() ? findPlugin() : QFileInfo(file).absoluteFilePath();
   if (path.isEmpty())
-    return failure(LocalError, QString("found no plug-in %1").arg(pluginName), "name its file with --plugin");
+    fail(LocalError, QString("found no plug-in %1").arg(pluginName), "name its file with --plugin");
   QLibrary library(path);
   if (!library.load())
-    return failure(LocalError, printable(library.errorString()), "name the plug-in's file with --plugin");
+    fail(LocalError, printable(library.errorString()), "name the plug-in's file with --plugin");
   const auto factory = reinterpret_cast<ServiceFactory>(library.resolve(serviceFactoryName));
   if (factory == nullptr) {
-    return failure(LocalError, QString("%1 has no function %2").arg(quoted(path), serviceFactoryName),
-                   "name another file with --plugin");
+    fail(LocalError, QString("%1 has no function %2").arg(quoted(path), serviceFactoryName),
+         "name another file with --plugin");
   }
-  service.reset(factory());
-  return {};
+  return std::unique_ptr<ITarnwellService>(factory());
 }
 
 } // namespace tarnwell

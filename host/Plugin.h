@@ -8,9 +8,9 @@
 
 namespace tarnwell {
 
-/// Loads the plug-in `file` and sets `service` to a new service of it. An empty `file` means the first plug-in found
-/// beside this executable or in its installation. The plug-in stays loaded until the process ends. Returns a
-/// LocalError, with `service` unchanged, when there is no such file or it is no plug-in.
-[[nodiscard]] CommandResult loadPlugin(const QString& file, std::unique_ptr<ITarnwellService>& service);
+/// Loads the plug-in `file` and returns a new service of it. An empty `file` means the first plug-in found
+/// beside this executable or in its installation. The plug-in stays loaded until the process ends. Fails
+/// with a LocalError when there is no such file or it is no plug-in.
+[[nodiscard]] std::unique_ptr<ITarnwellService> loadPlugin(const QString& file);
 
 } // namespace tarnwell

@@ -1,4 +1,4 @@
-#include "host/Commands.h"
+#include "host/ServiceCommands.h"
 
 #include "host/Files.h"
 #include "host/Text.h"
@@ -9,77 +9,63 @@
 namespace tarnwell {
 
 CommandResult logIn(CommandRun& run) {
-  CommandResult result = run.logIn();
-  if (result.failed())
-    return result;
+  run.logIn();
+  CommandResult result;
   result.message = QString("logged in as %1").arg(quoted(run.user()));
   result.data["user"] = run.user();
   return result;
 }
 
 CommandResult checkForUpdates(CommandRun& run) {
-  int liveUpdate = 0;
-  int application = 0;
-  CommandResult result = run.readNumber("live-update-type", liveUpdate);
-  if (!result.failed())
-    result = run.readNumber("application-type", application);
-  if (!result.failed())
-    result = run.open();
-  if (result.failed())
-    return result;
+  const int liveUpdate = run.number("live-update-type");
+  const int application = run.number("application-type");
+  run.open();
   const QString version = run.argument(0);
   QString newest;
   QString url;
-  result = run.perform({"asking for updates", "CheckDesktopVersion", "cannot ask for updates"},
-                       [&](ITarnwellService& service) {
-                         const bool isOffered = run.isSet("application-type")
-                                                    ? service.checkForUpdatesExtended(version, liveUpdate, application)
-                                                    : service.checkForUpdates(version, liveUpdate);
-                         newest = service.getSetupVersion();
-                         url = service.getSetupUrl();
-                         return isOffered ? ResultOk : ResultFailed;
-                       });
-  if (run.isServiceAnswering()) {
-    return failure(ResultFailed, QString("no newer setup than %1 is offered").arg(quoted(version)),
-                   "if you know of a newer setup, ask the operators of the service");
-  }
-  if (result.failed())
+  const auto check = [&](ITarnwellService& service) {
+    const bool isOffered = run.isSet("application-type")
+                               ? service.checkForUpdatesExtended(version, liveUpdate, application)
+                               : service.checkForUpdates(version, liveUpdate);
+    newest = service.getSetupVersion();
+    url = service.getSetupUrl();
+    return isOffered ? ResultOk : ResultFailed;
+  };
+  CommandResult result;
+  try {
+    run.perform({"asking for updates", "cannot ask for updates"}, check);
+  } catch (const CommandResult&) {
+    if (!run.diagnosis().isAnswered)
+      throw;
+    result.message = QString("no newer setup than %1 is offered").arg(quoted(version));
+    result.data["offered"] = false;
     return result;
+  }
   result.message = QString("setup %1 is offered").arg(quoted(newest));
   result.text = QString("%1  %2\n").arg(printable(newest), printable(url));
-  result.data = {{"version", newest}, {"url", url}};
+  result.data = {{"offered", true}, {"version", newest}, {"url", url}};
   return result;
 }
 
 CommandResult sendReport(CommandRun& run) {
   const QString fileName = run.argument(2);
-  QByteArray attachment;
-  CommandResult result = fileName.isEmpty() ? CommandResult() : readFile(fileName, attachment);
-  if (!result.failed())
-    result = run.open();
-  if (result.failed())
-    return result;
-  // After a failure, the diagnosis sends a version check: the service would keep an empty report.
-  result = run.perform(
-      {"sending the report", "CheckDesktopVersion", "cannot send the report"},
-      [&](ITarnwellService& service) {
-        const QString attachedName = QFileInfo(fileName).fileName();
-        return service.sendCrashReport(run.argument(0), run.argument(1), attachedName, attachment) ? ResultOk
-                                                                                                   : ResultFailed;
-      },
-      qint64{attachment.size()} / 3 * 4);
-  if (result.failed())
-    return result;
+  const QByteArray attachment = fileName.isEmpty() ? QByteArray() : readFile(fileName);
+  run.open();
+  const auto send = [&](ITarnwellService& service) {
+    const QString attachedName = QFileInfo(fileName).fileName();
+    const bool isSent = service.sendCrashReport(run.argument(0), run.argument(1), attachedName, attachment);
+    return isSent ? ResultOk : ResultFailed;
+  };
+  run.perform({"sending the report", "cannot send the report"}, send, qint64{attachment.size()} / 3 * 4);
+  CommandResult result;
   result.message = QString("sent the report with %1 attached").arg(humanSize(attachment.size()));
   result.data["attachedBytes"] = attachment.size();
   return result;
 }
 
 CommandResult showConfiguration(CommandRun& run) {
-  Settings settings;
-  CommandResult result = run.settings(settings);
-  if (result.failed())
-    return result;
+  const Settings settings = run.settings();
+  CommandResult result;
   QJsonArray rows;
   int width = 0;
   for (const Setting& setting : settings.all)

@@ -1,11 +1,11 @@
 #include "host/Settings.h"
 
 #include "Deployment.h"
+#include "host/ConfigurationFile.h"
 #include "host/Text.h"
 
-#include <QtCore/QFileInfo>
 #include <QtCore/QRegularExpression>
-#include <QtCore/QSettings>
+#include <QtCore/QStandardPaths>
 #include <algorithm>
 
 namespace tarnwell {
@@ -27,71 +27,61 @@ constexpr SettingKind settingKinds[] = {
      "service.",
      "TARNWELL_ENDPOINT", TARNWELL_TEST_ENDPOINT},
     {"user", "NAME",
-     "User of the service; default: TARNWELL_USER. The password comes from TARNWELL_PASSWORD or the terminal.",
+     "User of the service; default: TARNWELL_USER. The password comes from TARNWELL_PASSWORD, --password-command or "
+     "the "
+     "terminal.",
      "TARNWELL_USER", ""},
+    {"password-command", "COMMAND", "A program, with its arguments, whose first line of output is the user's password.",
+     nullptr, ""},
     {"proxy", "HOST:PORT", "HTTP proxy.", nullptr, ""},
     {"proxy-user", "NAME", "User at the proxy; the password comes from TARNWELL_PROXY_PASSWORD or the terminal.",
      nullptr, ""},
     {"timeout", "SECONDS", "End a call that takes longer. Default: no limit.", nullptr, ""},
+    {"stall", "SECONDS", "End a call when no byte comes or goes for so long. Default: no limit.", nullptr, ""},
+    {"retries", "N", "Repeat logins, listings and downloads so often when the network fails. Default: 0.", nullptr, ""},
     {"plugin", "FILE", "The plug-in's file. Default: libtarnwell.so beside this program, else the installed one.",
      nullptr, ""},
 };
 
-/// A message about an unknown key in the current group of `file`; empty when there is none.
-QString unknownKey(const QSettings& file) {
-  for (const QString& key : file.childKeys()) {
-    const bool isKnown = std::any_of(std::begin(settingKinds), std::end(settingKinds),
-                                     [&key](const SettingKind& kind) { return key == kind.name; });
-    if (!isKnown)
-      return QString("%1 has an unknown key %2").arg(quoted(file.fileName()), quoted(key));
-  }
-  return {};
-}
-
-/// The text of a key. QSettings reads a value with commas as a list.
-QString textOf(const QSettings& file, const QString& key) { return file.value(key).toStringList().join(", "); }
-
-Setting settingOf(const SettingKind& kind, const QCommandLineParser& options, const QSettings& file) {
+Setting settingOf(const SettingKind& kind, const QCommandLineParser& options, const ConfigurationFile& file,
+                  const QString& profile) {
   const QString name = kind.name;
-  const QString profile = options.value("profile");
-  const QString profileKey = profile + '/' + name;
   if (options.isSet(name))
     return {name, options.value(name), "option"};
-  if (!profile.isEmpty() && file.contains(profileKey))
-    return {name, textOf(file, profileKey), "profile " + profile};
+  if (!profile.isEmpty() && file.values[profile].contains(name))
+    return {name, file.values[profile][name], "profile " + profile};
   if (kind.variable != nullptr && !qEnvironmentVariableIsEmpty(kind.variable))
     return {name, QString::fromUtf8(qgetenv(kind.variable)), QString("variable %1").arg(kind.variable)};
-  if (file.contains(name))
-    return {name, textOf(file, name), "configuration file"};
+  if (file.values[{}].contains(name))
+    return {name, file.values[{}][name], "configuration file"};
   return {name, kind.fallback, {}};
 }
 
-CommandResult readEndpoint(const QString& text, QUrl& endpoint) {
+QUrl readEndpoint(const QString& text) {
   constexpr char advice[] = "give a URL such as http://maps.example/service/desktopservice.asmx";
   if (std::any_of(text.begin(), text.end(), [](QChar unit) { return unit.isSpace() || !unit.isPrint(); }))
-    return failure(UsageError, "the endpoint has blanks or control characters", advice);
-  endpoint = QUrl(text.isEmpty() ? TARNWELL_PRODUCTION_ENDPOINT : text, QUrl::StrictMode);
+    fail(UsageError, "the endpoint has blanks or control characters", advice);
+  const QUrl endpoint(text, QUrl::StrictMode);
   if (!endpoint.userInfo().isEmpty() || text.contains('@'))
-    return failure(UsageError, "the endpoint has a user name or password, which no call would use", advice);
+    fail(UsageError, "the endpoint has a user name or password, which no call would use", advice);
   if (!endpoint.isValid() || endpoint.host().isEmpty())
-    return failure(UsageError, QString("the endpoint %1 is no URL with a host").arg(quoted(text)), advice);
+    fail(UsageError, QString("the endpoint %1 is no URL with a host").arg(quoted(text)), advice);
   if (endpoint.scheme() != "http") // QUrl has it in lower case
-    return failure(UsageError, QString("the endpoint %1 does not begin with http://").arg(quoted(text)), advice);
-  return {};
+    fail(UsageError, QString("the endpoint %1 does not begin with http://").arg(quoted(text)), advice);
+  return endpoint;
 }
 
 /// `text`: "HOST:PORT", an IPv6 address in brackets; empty for no proxy.
-CommandResult readProxy(const QString& text, ServiceAddress& address) {
+void readProxy(const QString& text, ServiceAddress& address) {
   if (text.isEmpty())
-    return {};
+    return;
   const QUrl url("http://" + text, QUrl::StrictMode);
   address.proxyHost = url.host();
   address.proxyPort = url.port(0);
   if (address.proxyHost.isEmpty() || address.proxyPort < 1 || !url.userInfo().isEmpty() || !url.path().isEmpty()) {
-    return failure(UsageError, QString("%1 is no proxy address").arg(quoted(withoutUserInfo(text))),
-                   "give host and port, as in --proxy proxy.example:3128, and a user with --proxy-user");
+    fail(UsageError, QString("%1 is no proxy address").arg(quoted(withoutUserInfo(text))),
+         "give host and port, as in --proxy proxy.example:3128, and a user with --proxy-user");
   }
-  return {};
 }
 
 } // namespace
@@ -106,53 +96,49 @@ QList<QCommandLineOption> settingOptions() {
   QList<QCommandLineOption> options;
   for (const SettingKind& kind : settingKinds)
     options += QCommandLineOption(kind.name, kind.help, kind.valueName);
-  options += {"profile", "Use this section of the configuration file, see 'tarnwell config'.", "NAME"};
+  options += {"profile", "Use this section of the configuration file; default: TARNWELL_PROFILE.", "NAME"};
   return options;
 }
 
-CommandResult readSettings(const QCommandLineParser& options, Settings& settings) {
-  QSettings file(QSettings::IniFormat, QSettings::UserScope, "tarnwell", "tarnwell");
-  file.setFallbacksEnabled(false);
-  file.setIniCodec("UTF-8");
-  settings.file = file.fileName();
-  settings.profiles = file.childGroups();
-  const QFileInfo info(settings.file);
-  if (file.status() != QSettings::NoError || (info.exists() && !info.isReadable()))
-    return failure(LocalError, QString("cannot read the configuration file %1").arg(quoted(settings.file)),
-                   "check its permissions and its form: KEY=VALUE lines below [PROFILE] headings");
-  const QString profile = options.value("profile");
-  if (options.isSet("profile") && !settings.profiles.contains(profile))
-    return failure(UsageError, QString("%1 has no profile %2").arg(quoted(settings.file), quoted(profile)),
-                   "'tarnwell config' lists the profiles");
-  QString wrong = unknownKey(file);
-  file.beginGroup(profile);
-  if (wrong.isEmpty())
-    wrong = unknownKey(file);
-  file.endGroup();
-  if (!wrong.isEmpty())
-    return failure(UsageError, wrong, "the keys are the names of the options: endpoint, user, proxy and so on");
+Settings readSettings(const QCommandLineParser& options) {
+  QStringList keys;
   for (const SettingKind& kind : settingKinds)
-    settings.all += settingOf(kind, options, file);
-  return {};
+    keys += kind.name;
+  const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+  const ConfigurationFile file = readConfigurationFile(folder + "/tarnwell/tarnwell.ini", keys);
+  const QString profile =
+      options.isSet("profile") ? options.value("profile") : QString::fromUtf8(qgetenv("TARNWELL_PROFILE"));
+  if (!profile.isEmpty() && !file.sections.contains(profile))
+    fail(UsageError, QString("%1 has no profile %2").arg(quoted(file.path), quoted(profile)),
+         "'tarnwell config --profile \"\"' lists the profiles");
+  Settings settings;
+  settings.file = file.path;
+  settings.profiles = file.sections;
+  for (const SettingKind& kind : settingKinds) {
+    settings.all += settingOf(kind, options, file, profile);
+    if (settings.all.last().name == "endpoint" && settings.all.last().value.isEmpty())
+      settings.all.last().value = TARNWELL_PRODUCTION_ENDPOINT;
+  }
+  return settings;
 }
 
-CommandResult readAddress(const Settings& settings, ServiceAddress& address) {
-  CommandResult read = readEndpoint(settings.value("endpoint"), address.endpoint);
-  if (!read.failed())
-    read = readProxy(settings.value("proxy"), address);
-  if (!read.failed() && !settings.value("proxy-user").isEmpty() && !address.hasProxy())
-    return failure(UsageError, "--proxy-user needs --proxy");
-  return read;
+ServiceAddress readAddress(const Settings& settings) {
+  ServiceAddress address;
+  address.endpoint = readEndpoint(settings.value("endpoint"));
+  readProxy(settings.value("proxy"), address);
+  if (!settings.value("proxy-user").isEmpty() && !address.hasProxy())
+    fail(UsageError, "--proxy-user needs --proxy");
+  return address;
 }
 
-CommandResult readTimeout(const Settings& settings, double& seconds) {
-  const QString text = settings.value("timeout");
+double readNumber(const Settings& settings, const char* name, double most) {
+  const QString text = settings.value(name);
   bool isNumber = true;
-  seconds = text.isEmpty() ? 0 : text.toDouble(&isNumber);
-  if (!isNumber || (!text.isEmpty() && !(seconds > 0 && seconds < 1e6)))
-    return failure(UsageError, QString("--timeout takes seconds, not %1").arg(quoted(text)),
-                   "for example --timeout 30");
-  return {};
+  const double number = text.isEmpty() ? 0 : text.toDouble(&isNumber);
+  if (!isNumber || !(number >= 0 && number <= most))
+    fail(UsageError, QString("%1 takes a number from 0 to %2, not %3").arg(name).arg(most, 0, 'f', 0).arg(quoted(text)),
+         QString("for example --%1 30").arg(name));
+  return number;
 }
 
 QString withoutUserInfo(const QString& value) {

@@ -1,4 +1,4 @@
-// The settings: endpoint, proxy, user, time limit and plug-in, from options, environment variables and a configuration
+// The settings: endpoint, proxy, user, time limits and plug-in, from options, environment variables and a configuration
 // file with profiles. One thread.
 #pragma once
 
@@ -19,8 +19,9 @@ struct Setting {
   QString origin;
 };
 
-/// All settings. Each has the value of the first of these that is given: its option; the profile that --profile names;
-/// its environment variable, unless that is empty; the configuration file outside its profiles; its default.
+/// All settings. Each has the value of the first of these that is given: its option; the profile that --profile or
+/// TARNWELL_PROFILE names; its environment variable, unless that is empty; the configuration file outside its profiles;
+/// its default.
 struct Settings {
   /// In the order of the help.
   QList<Setting> all;
@@ -48,17 +49,17 @@ struct ServiceAddress {
 /// The options for settings, which every command takes.
 [[nodiscard]] QList<QCommandLineOption> settingOptions();
 
-/// Reads all settings, and does not check their values. Returns a UsageError for a profile that does not exist or an
-/// unknown key in the file, a LocalError for a file that cannot be read.
-[[nodiscard]] CommandResult readSettings(const QCommandLineParser& options, Settings& settings);
+/// Reads all settings, and does not check their values. Fails with a UsageError for a profile that does not exist and,
+/// with its line, for a mistake anywhere in the file; with a LocalError for a file that cannot be read.
+[[nodiscard]] Settings readSettings(const QCommandLineParser& options);
 
-/// Sets `address` from the settings. Returns a UsageError for an endpoint that is not http, has blanks, control
+/// The address of the settings. Fails with a UsageError for an endpoint that is not http, has blanks, control
 /// characters, a user name or a password, for a proxy that is not HOST:PORT, and for a proxy's user without a proxy.
 /// The message has no text that may contain a password.
-[[nodiscard]] CommandResult readAddress(const Settings& settings, ServiceAddress& address);
+[[nodiscard]] ServiceAddress readAddress(const Settings& settings);
 
-/// Sets `seconds` to --timeout, 0 for none. Returns a UsageError unless it is more than 0 and less than 1,000,000.
-[[nodiscard]] CommandResult readTimeout(const Settings& settings, double& seconds);
+/// The value of `name`, 0 for none. Fails with a UsageError unless it is a number from 0 to `most`.
+[[nodiscard]] double readNumber(const Settings& settings, const char* name, double most);
 
 /// `value` with "..." in place of the user name and password that an address may have.
 [[nodiscard]] QString withoutUserInfo(const QString& value);

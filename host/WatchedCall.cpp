@@ -54,7 +54,7 @@ private:
 /// The progress line on the terminal.
 class ProgressLine {
 public:
-  explicit ProgressLine(const char* activity) : m_activity(activity) {}
+  explicit ProgressLine(const Activity& activity) : m_activity(activity) {}
   ~ProgressLine() {
     if (m_isDrawn)
       std::fputs("\r\033[K", stderr);
@@ -73,18 +73,23 @@ public:
     if (!m_isTerminal || elapsed < quiet || m_next % 4 != 0)
       return;
     constexpr std::int64_t small = 16384;
-    QString line = m_activity;
+    QString line = m_activity.text;
     if (progress.phase == CallProgress::Connecting)
       line += ", connecting";
+    if (m_activity.size > small)
+      line += QString(", %1 %").arg(std::min<qint64>(bytes * 100 / m_activity.size, 100));
     if (bytes > small)
       line += QString(", %1, %2/s").arg(humanSize(bytes), humanSize(static_cast<qint64>(std::max(rate, 0.0))));
-    std::fprintf(stderr, "\r%s, %.1f s\033[K", line.toUtf8().constData(), elapsed.count());
+    line += QString(", %1 s").arg(elapsed.count(), 0, 'f', 1);
+    if (bytes > small && bytes < m_activity.size && rate > 1)
+      line += QString(", %1 s left").arg(static_cast<double>(m_activity.size - bytes) / rate, 0, 'f', 0);
+    std::fprintf(stderr, "\r%s\033[K", line.toUtf8().constData());
     m_isDrawn = true;
   }
 
 private:
   static constexpr Seconds window{2};
-  const char* m_activity;
+  const Activity& m_activity;
   const bool m_isTerminal = isatty(STDERR_FILENO) != 0;
   bool m_isDrawn = false;
   /// Bytes at each period of the last two seconds.
@@ -92,18 +97,49 @@ private:
   size_t m_next = 0;
 };
 
-} // namespace
+/// Tells when a call has to be ended.
+class Limiter {
+public:
+  explicit Limiter(const TimeLimits& limits) : m_limits(limits) {}
 
-CallEnd watchCall(const char* activity, int port, double limit, const std::function<int()>& call) {
-  // Shared with the thread, which may run longer than this function.
-  const auto monitor = std::make_shared<CallMonitor>(port);
-  std::packaged_task<int()> task([monitor, call] {
-    const CallMonitor::Watch watch(*monitor);
+  /// Has to be called once per period, with the seconds since the call began.
+  CallEnd::How check(const CallProgress& progress, double elapsed) {
+    if (caughtSignal != 0)
+      return CallEnd::Interrupted;
+    if (const std::int64_t bytes = progress.acknowledged + progress.received; bytes != m_bytes) {
+      m_bytes = bytes;
+      m_lastByte = elapsed;
+    }
+    if (m_limits.whole > 0 && elapsed >= m_limits.whole)
+      return CallEnd::TimedOut;
+    return m_limits.stall > 0 && elapsed - m_lastByte >= m_limits.stall ? CallEnd::Stalled : CallEnd::Returned;
+  }
+
+private:
+  const TimeLimits& m_limits;
+  std::int64_t m_bytes = 0;
+  double m_lastByte = 0;
+};
+
+/// Shared with the thread of the call, which may run longer than watchCall().
+struct Shared {
+  explicit Shared(int port) : monitor(port) {}
+  CallMonitor monitor;
+  CallTrace trace;
+};
+
+/// watchCall(), without a signal that arrives too late.
+CallEnd watchUntilEnd(const Activity& activity, int port, const TimeLimits& limits, const std::function<int()>& call) {
+  const auto shared = std::make_shared<Shared>(port);
+  std::packaged_task<int()> task([shared, call] {
+    const CallTracer tracer(shared->trace);
+    const CallMonitor::Watch watch(shared->monitor);
     return call();
   });
   std::future<int> returned = task.get_future();
   const SignalCatcher catcher;
   ProgressLine line(activity);
+  Limiter limiter(limits);
   CallEnd end;
   const Clock::time_point start = Clock::now();
   Clock::time_point ended;
@@ -111,15 +147,14 @@ CallEnd watchCall(const char* activity, int port, double limit, const std::funct
   while (returned.wait_for(period) != std::future_status::ready) {
     const Clock::time_point now = Clock::now();
     if (end.how == CallEnd::Returned) {
-      end.progress = monitor->progress();
+      end.progress = shared->monitor.progress();
       line.update(end.progress, now - start);
-      end.signal = caughtSignal;
-      if (end.signal == 0 && (limit == 0 || Seconds(now - start).count() < limit))
+      end.how = limiter.check(end.progress, Seconds(now - start).count());
+      if (end.how == CallEnd::Returned)
         continue;
-      end.how = end.signal != 0 ? CallEnd::Interrupted : CallEnd::TimedOut;
       ended = now;
     }
-    monitor->endCall();
+    shared->monitor.endCall();
     if (now - ended > patience) {
       thread.detach();
       end.isRunning = true;
@@ -128,6 +163,15 @@ CallEnd watchCall(const char* activity, int port, double limit, const std::funct
   }
   thread.join();
   end.result = returned.get();
+  end.trace = shared->trace;
+  return end;
+}
+
+} // namespace
+
+CallEnd watchCall(const Activity& activity, int port, const TimeLimits& limits, const std::function<int()>& call) {
+  CallEnd end = watchUntilEnd(activity, port, limits, call);
+  end.signal = caughtSignal; // the handler is gone: from now on a signal ends the process
   return end;
 }
 

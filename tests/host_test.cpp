@@ -1,7 +1,9 @@
 // The console host: exit statuses, messages for people and documents for programs, files, and calls that do not end.
 // scripts/demo, which scripts/test runs, covers the rest: every command, and a proxy.
 #include "host/Listing.h"
+#include "host/MapLookup.h"
 #include "host/Text.h"
+#include "host/WatchedCall.h"
 #include "tests/LocalServiceFixture.h"
 #include "tests/ScriptedService.h"
 #include "tests/Table.h"
@@ -11,6 +13,8 @@
 #include <csignal>
 #include <memory>
 #include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
 
 namespace {
 
@@ -28,8 +32,9 @@ protected:
     ASSERT_TRUE(QFile::resize(service->path("largest"), 2147483001)); // a sparse file
     ASSERT_EQ(mkfifo(qPrintable(service->path("pipe")), 0600), 0);
     ASSERT_TRUE(QDir(service->path("")).mkdir("tarnwell"));
-    write("tarnwell/tarnwell.ini", "timeout=9\n[work]\ntimeout=5\n");
-    write("image", "\x89PNG\r\n\x1a\n and so on");
+    write("tarnwell/tarnwell.ini", settings);
+    write(".twlx", "no name");
+    write("image", "\x89PNG\r\n\x1a\n and so on IEND");
     for (const char* map : {"Goals", "Busy", "Removed"})
       save(map, "anna");
     save("Small", "anna", "@small");
@@ -47,11 +52,13 @@ protected:
     return finish(process);
   }
 
-  /// Starts the host after `preparation`, shell commands.
+  /// Starts the host after `preparation`, shell commands. Without a password variable when `password` is null.
   static void start(QProcess& process, const QStringList& arguments, const QString& preparation = {},
                     const QString& password = "secretü") {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("TARNWELL_PASSWORD", password);
+    if (!password.isNull())
+      environment.insert("TARNWELL_PASSWORD", password);
+    environment.insert("TARNWELL_PROXY_PASSWORD", "");
     environment.insert("XDG_CONFIG_HOME", service->path(""));
     process.setProcessEnvironment(environment);
     QStringList all{"-c",         preparation + "exec \"$@\"", "sh",     TARNWELL_HOST,
@@ -79,6 +86,7 @@ protected:
     ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
   }
 
+  static constexpr char settings[] = "timeout=9\n[work]\ntimeout=5\n";
   static inline std::unique_ptr<LocalService> service;
   static inline QByteArray content;
   static inline QMap<QString, QString> identifiers;
@@ -90,8 +98,14 @@ const struct {
   const char* resultName; // null for the host's own statuses
   QString user = "anna";
   QString password = "secretü";
+  const char* said = ""; // part of what people see
 } cases[] = {
     {{"login"}, 0, "ResultOk"},
+    {{"login", "--verbose"}, 0, "ResultOk"},
+    {{"--version"}, 0, "ResultOk"},
+    {{"help"}, 0, "ResultOk"},
+    {{"completion", "bash"}, 0, "ResultOk"},
+    {{"config", "--endpoint", ""}, 0, "ResultOk", "anna", "secretü", "http://www."},
     {{"list"}, 0, "ResultOk"},
     {{"list", "--lite", "--published"}, 0, "ResultOk"},
     {{"get", "Goals"}, 0, "ResultOk"},
@@ -101,7 +115,7 @@ const struct {
     {{"updates", "4.1", "--live-update-type", "1"}, 0, "ResultOk"},
     {{"updates", "4.1", "--application-type", "2"}, 0, "ResultOk"},
     {{"report", "Subject", "Message", "@map"}, 0, "ResultOk"},
-    {{"updates", "5.0"}, 1, "ResultFailed"},
+    {{"updates", "5.0"}, 0, "ResultOk", "anna", "secretü", "no newer setup"},
     {{"report", "a", "b", "--endpoint", "http://127.0.0.1:1/"}, 1, "ResultFailed"},
     {{"get", "00000001-0000-0000-0000-000000000000"}, 1, "ResultFailed"},
     {{"delete", "Goals"}, 4, "ResultNotAUser", "anna", "wrong"},
@@ -114,11 +128,17 @@ const struct {
     {{"delete", "@Removed"}, 10, "ResultMapRemoved"},
     {{"get", "Nothing"}, 2, nullptr},
     {{"fly"}, 2, nullptr},
+    {{"lits"}, 2, nullptr, "anna", "secretü", "did you mean 'list'?"},
+    {{"config", "-json"}, 2, nullptr},
+    {{"get", "Goals", "Busy"}, 2, nullptr},
+    {{"save", "@.twlx"}, 2, nullptr},
+    {{"save", "-"}, 2, nullptr},
+    {{"save", "@map", "--name", "New", "--thumbnail", "@pipe"}, 3, nullptr, "anna", "secretü", "nothing writes into"},
+    {{"login", "--proxy", "127.0.0.1:1", "--proxy-user", QString(761, 'u')}, 2, nullptr, "anna", "", "760 bytes"},
     {{"list", "--fast"}, 2, nullptr},
     {{"save", "@map", "--name", ""}, 2, nullptr},
-    {{"get", "Goals", "Busy"}, 2, nullptr},
     {{"list", "--format", "csv"}, 2, nullptr},
-    {{"list", "--timeout", "0"}, 2, nullptr},
+    {{"list", "--timeout", "-1"}, 2, nullptr},
     {{"list", "--profile", "home"}, 2, nullptr},
     {{"login", "--endpoint", "https://127.0.0.1/"}, 2, nullptr},
     {{"login", "--endpoint", "http:///service"}, 2, nullptr},
@@ -136,16 +156,50 @@ const struct {
     {{"login", "--plugin", "@nowhere"}, 3, nullptr},
     {{"get", "Goals", "-o", "@nowhere/file"}, 3, nullptr},
 };
+
+/// Adds the path of each value in `value` with its type: "data.maps[].id text".
+void addPaths(const QString& path, const QJsonValue& value, QStringList& paths) {
+  if (value.isArray())
+    for (const QJsonValue entry : value.toArray())
+      addPaths(path + "[]", entry, paths);
+  else if (!path.isEmpty())
+    paths += path + ' ' +
+             QMap<int, QString>{{QJsonValue::Null, "null"},
+                                {QJsonValue::Bool, "boolean"},
+                                {QJsonValue::Double, "number"},
+                                {QJsonValue::String, "text"},
+                                {QJsonValue::Object, "object"}}[value.type()];
+  const QJsonObject members = value.toObject();
+  for (auto member = members.begin(); member != members.end(); ++member)
+    addPaths((path.isEmpty() ? "" : path + '.') + member.key(), *member, paths);
+}
+/// The same from the table of docs/json.md.
+QStringList documentedPaths() {
+  QStringList paths;
+  const QRegularExpression row("^\\| (`[^|]*) \\| ([^|]*) \\|", QRegularExpression::MultilineOption);
+  for (auto rows = row.globalMatch(contentOf(TARNWELL_JSON_PAGE)); rows.hasNext();) {
+    const QRegularExpressionMatch match = rows.next();
+    const QStringList keys = match.captured(1).remove('`').split(", "), types = match.captured(2).split(", ");
+    for (int i = 0; i < keys.size(); i++)
+      for (const QString& type : types[i % types.size()].split(" or "))
+        paths += keys[i] + ' ' + type;
+  }
+  return paths;
+}
+
 TEST_F(HostTest, ExitStatusIsTheResultForPeopleAndPrograms) {
+  QStringList paths;
   for (const auto& row : cases) {
     SCOPED_TRACE(row.arguments.join(' ').toStdString());
     const Ended people = tarnwell(row.arguments, row.user, row.password);
     EXPECT_EQ(people.status, row.status) << people.err.toStdString();
     EXPECT_FALSE(people.err.contains("secret")) << people.err.toStdString();
+    EXPECT_TRUE((people.out + people.err).contains(row.said)) << people.out.toStdString() << people.err.toStdString();
     const QString lastLine = QString::fromUtf8(people.err).trimmed().section('\n', -1);
     const QString beginning = row.resultName != nullptr ? QString("result %1 %2: ").arg(row.status).arg(row.resultName)
                                                         : QString("exit status %1: ").arg(row.status);
-    EXPECT_TRUE(people.err.isEmpty() || lastLine.startsWith(beginning)) << people.err.toStdString();
+    const bool tellsResult = row.status != 0 || row.arguments.contains("--verbose");
+    EXPECT_EQ(lastLine.startsWith(beginning), tellsResult) << people.err.toStdString();
     EXPECT_EQ(people.err.contains("\ntry: "), row.status != 0) << people.err.toStdString();
 
     const Ended program = tarnwell(row.arguments + QStringList{"--json"}, row.user, row.password);
@@ -156,7 +210,17 @@ TEST_F(HostTest, ExitStatusIsTheResultForPeopleAndPrograms) {
     EXPECT_EQ(json["result"], row.resultName != nullptr ? QJsonValue(row.status) : QJsonValue());
     EXPECT_EQ(json["resultName"].toString(), QString(row.resultName));
     EXPECT_EQ(json.contains("advice"), row.status != 0);
+    addPaths({}, json, paths);
   }
+  // Several maps at once have more keys; the second time, the file is left.
+  for (int run = 0; run < 2; run++)
+    addPaths({}, tarnwell({"get", "@Foreign", "Goals", "-o", "@several", "--json"}).json(), paths);
+  paths.removeDuplicates();
+  const QStringList documented = documentedPaths();
+  for (const QString& path : paths)
+    EXPECT_TRUE(documented.contains(path)) << "not documented: " << path.toStdString();
+  for (const QString& path : documented)
+    EXPECT_TRUE(paths.contains(path) || path.endsWith(" null")) << "never printed: " << path.toStdString();
 }
 
 TEST_F(HostTest, HelpNamesTheCommandAndGivesExamples) {
@@ -180,9 +244,14 @@ const struct {
     {reply(413, ""), "HTTP status 413"},
     {reply(407, ""), "the proxy refuses: HTTP status 407", {"--proxy", "127.0.0.1:PORT"}},
     {reply(500, message::fault("soap:Receiver")), "the fault \"no\""},
+    {chunks(7, 500, message::fault("soap:Receiver")), "the fault \"no\""},
+    {reply(404, message::fault("soap:Sender")), "HTTP status 404 Scripted, \"no\""},
+    {reply(503, ""), "HTTP status 503"},
+    {reply(200, message::answer("Login", message::loginValue("DbError"))), "the service answers \"DbError\""},
     {{"SSH-2.0\r\n"}, "not with HTTP"},
     {reply(200, "<html/>"), "not with SOAP"},
-    {hangUp(0), "closes the connection"},
+    {falseLength(message::envelope("").substr(0, 300)), "breaks its response off"},
+    {hangUp(std::string::npos), "closes the connection without a response"},
     {reply(200, message::envelope("")), "the service answers"},
     {hangUp(0), "nothing is known of the host", {"--endpoint", "http://nowhere.invalid/"}},
     {hangUp(0), "refuses the connection", {"--endpoint", "http://127.0.0.1:1/"}},
@@ -196,6 +265,28 @@ TEST_F(HostTest, FailureNamesItsCause) {
     EXPECT_EQ(run.status, 1) << row.said;
     EXPECT_TRUE(run.err.contains(row.said)) << row.said << "\n" << run.err.toStdString();
     EXPECT_FALSE(run.err.contains("secret")) << row.said;
+    EXPECT_LE(peer.requests().size(), 1U) << row.said;
+  }
+}
+
+TEST_F(HostTest, OnlyWhatMayHelpIsRepeated) {
+  const Reply success = reply(200, message::answer("Login", message::loginValue("Success")));
+  const Reply broken = hangUp(std::string::npos);
+  const struct {
+    std::vector<Reply> replies;
+    int status;
+    size_t requests;
+    QStringList command = {"login"};
+  } repeated[] = {{{broken, broken, success}, 0, 3},
+                  {{broken}, 1, 3},
+                  {{reply(404, ""), success}, 1, 1},
+                  {{broken, success}, 1, 1, {"updates", "4"}}};
+  for (const auto& row : repeated) {
+    const ScriptedService peer(row.replies);
+    const QStringList arguments{"--retries", "2", "--endpoint", QString::fromStdString(peer.url())};
+    const Ended run = tarnwell(arguments + row.command);
+    EXPECT_EQ(run.status, row.status) << run.err.toStdString();
+    EXPECT_EQ(peer.requests().size(), row.requests);
   }
 }
 
@@ -203,10 +294,13 @@ TEST_F(HostTest, CallsEndAtOnceByTimeLimitAndSignal) {
   QTcpServer silent; // the kernel accepts connections, nobody answers
   ASSERT_TRUE(silent.listen(QHostAddress::LocalHost));
   const QString url = QString("http://127.0.0.1:%1/").arg(silent.serverPort());
-  const Ended limited = tarnwell({"login", "--timeout", "0.2", "--endpoint", url});
-  EXPECT_EQ(limited.status, 1);
-  EXPECT_TRUE(limited.err.contains("did not complete its answer within 0.2 s")) << limited.err.toStdString();
-  ASSERT_TRUE(silent.waitForNewConnection(patience));
+  for (const auto& [option, said] : {std::pair("--timeout", "did not complete its response within 0.2 s"),
+                                     {"--stall", "no byte came or went for 0.2 s"}}) {
+    const Ended limited = tarnwell({"login", option, "0.2", "--endpoint", url});
+    EXPECT_EQ(limited.status, 1);
+    EXPECT_TRUE(limited.err.contains(said)) << limited.err.toStdString();
+    ASSERT_TRUE(silent.waitForNewConnection(patience));
+  }
 
   QProcess process;
   start(process, {"login", "--endpoint", url});
@@ -215,6 +309,57 @@ TEST_F(HostTest, CallsEndAtOnceByTimeLimitAndSignal) {
   ASSERT_TRUE(process.waitForFinished(patience));
   EXPECT_EQ(process.exitStatus(), QProcess::CrashExit); // by the signal, so that a loop in a shell ends
   EXPECT_TRUE(process.readAllStandardError().contains("exit status 130")); // printed before
+}
+
+TEST(WatchedCallTest, NoSignalIsLost) {
+  // It arrives while the call returns: nobody has ended the call.
+  const ::tarnwell::CallEnd end = ::tarnwell::watchCall({}, 1, {}, [] { return raise(SIGINT) + 7; });
+  EXPECT_EQ(end.how, ::tarnwell::CallEnd::Returned);
+  EXPECT_EQ(end.result, 7);
+  EXPECT_EQ(end.signal, SIGINT);
+}
+
+TEST(MapLookupTest, OnlyTheNamedMapIsMeant) {
+  const QString live = "67c8770b-44f1-410a-ab9a-f9b5446f13ee", other = "12345678-44f1-410a-ab9a-f9b5446f13ee";
+  QList<MapInfo> maps;
+  for (const auto& [name, identifier] :
+       std::initializer_list<std::pair<QString, QString>>{{"Live", live},
+                                                          {live + " backup of May", other},
+                                                          {other, "00000001-44f1-410a-ab9a-f9b5446f13ee"},
+                                                          {"ffffffff", "00000002-44f1-410a-ab9a-f9b5446f13ee"},
+                                                          {"Twin", "00000003-44f1-410a-ab9a-f9b5446f13ee"},
+                                                          {"Twin", "00000004-44f1-410a-ab9a-f9b5446f13ee"},
+                                                          {"00000001", "00000005-44f1-410a-ab9a-f9b5446f13ee"}}) {
+    maps += MapInfo();
+    maps.last().setMapName(name);
+    maps.last().setMapID(QUuid(identifier));
+  }
+  const std::pair<QString, QString> rows[] = {
+      {"Live", "Live"},
+      {live, "Live"},
+      {'{' + live.toUpper() + '}', "Live"},
+      {live.left(8), "Live"},
+      {live + " backup of May", live + " backup of May"},
+      {live + " backup", "none"},
+      {'{' + live, "none"},
+      {live.left(7), "none"},
+      {other, "2"}, // the name of one and the identifier of another
+      {"ffffffff", "ffffffff"},
+      {"Twin", "2"},
+      {"00000001", "2"},
+      {"00000006-44f1-410a-ab9a-f9b5446f13ee", ""}, // the service knows maps of others
+  };
+  for (const auto& [text, expected] : rows) {
+    QString found;
+    try {
+      found = ::tarnwell::findMap(maps, text).mapName();
+    } catch (const ::tarnwell::CommandResult& failed) {
+      EXPECT_EQ(failed.status, 2);
+      const int candidates = failed.data["maps"].toArray().size();
+      found = candidates == 0 ? QString("none") : QString::number(candidates);
+    }
+    EXPECT_EQ(found.toStdString(), expected.toStdString()) << text.toStdString();
+  }
 }
 
 TEST(TableTest, FitsTheTerminal) {
@@ -232,20 +377,49 @@ TEST(TableTest, FitsTheTerminal) {
   }
 }
 
-TEST_F(HostTest, BrokenUploadTellsWhetherTheMapIsThere) {
-  const std::string map = "<DesktopInfoClass><MapName>Goals</MapName><Author/><Description/></DesktopInfoClass>";
-  const auto listing = [](const std::string& maps) {
-    return reply(200, message::answer("GetMapsListLite_NEW_DESKTOP", message::listing(maps)));
+TEST_F(HostTest, BrokenUploadTellsWhatIsKnownOfTheMap) {
+  write("big", content.repeated(100)); // more than the kernel takes from an upload that nobody reads
+  const auto answered = [](const char* operation, const std::string& result) {
+    return reply(200, message::answer(operation, result));
   };
-  const Reply login = reply(200, message::answer("Login", message::loginValue("Success")));
-  for (const bool isStored : {false, true}) {
-    const ScriptedService peer(
-        {login, listing(""), hangUp(1000), reply(200, message::envelope("")), listing(isStored ? map : "")});
-    const Ended run = tarnwell({"save", "@map", "--name", "Goals", "--endpoint", QString::fromStdString(peer.url())});
+  const auto listing = [&](const std::string& maps) {
+    return answered("GetMapsListLite_NEW_DESKTOP", message::listing(maps));
+  };
+  const Reply broken = hangUp(std::string::npos);
+  const std::string map = "<DesktopInfoClass><MapName>New</MapName><Author/><Description/></DesktopInfoClass>";
+  const struct {
+    const char* file;
+    Reply saved;
+    const char* said;
+    Reply listedAfterwards = {};
+  } uploads[] = {
+      {"@small", broken, "without a response; the map is stored all the same\n", listing(map)},
+      {"@small", broken, "the map is not stored so far: ", listing("")},
+      {"@small", broken, "whether the map is stored is not known\n", reply(200, message::envelope(""))},
+      {"@small", answered("SaveMap_NEW_DESKTOP", message::outcome("Success", "DbError")),
+       "\"DbError\": it could not read or change its data; the map is not stored\n"},
+      {"@big", hangUp(1000), "during the request; the map is not stored\n"},
+      {"@big", {reply(413, "").bytes, 1000}, "HTTP status 413 Scripted; the map is not stored\n"},
+  };
+  for (const auto& row : uploads) {
+    const Reply login = answered("Login", message::loginValue("Success"));
+    const ScriptedService peer({login, listing(""), row.saved, row.listedAfterwards});
+    const Ended run = tarnwell({"save", row.file, "--name", "New", "--endpoint", QString::fromStdString(peer.url())});
     EXPECT_EQ(run.status, 1);
-    EXPECT_TRUE(run.err.contains(isStored ? "the map is stored all the same" : "the map is not stored"))
-        << run.err.toStdString();
+    EXPECT_TRUE(run.err.contains(row.said)) << row.said << run.err.toStdString();
+    EXPECT_EQ(peer.requests().size(), row.listedAfterwards.bytes.empty() ? 3U : 4U) << row.said;
   }
+}
+
+TEST_F(HostTest, AdviceIsOneThatTheCommandHas) {
+  const std::string map = "<DesktopInfoClass><MapName>Goals</MapName><Author/><Description/></DesktopInfoClass>";
+  const ScriptedService peer(
+      {reply(200, message::answer("Login", message::loginValue("Success"))),
+       reply(200, message::answer("GetMapsListLite_NEW_DESKTOP", message::listing(map))),
+       reply(200, message::answer("RenameDesktopMap", message::outcome("Success", "FileExists")))});
+  const Ended run = tarnwell({"rename", "Goals", "New", "--endpoint", QString::fromStdString(peer.url())});
+  EXPECT_EQ(run.status, 6);
+  EXPECT_TRUE(run.err.contains("try: choose another NEWNAME")) << run.err.toStdString();
 }
 
 TEST_F(HostTest, OverwritingKeepsWhatIsNotGiven) {
@@ -271,7 +445,9 @@ TEST_F(HostTest, FilesAreWrittenWholeOrNotAtAll) {
   write("old", "old");
   QProcess limited;
   start(limited, {"get", "Small", "-o", "@old"}, "ulimit -f 1; trap '' XFSZ; ");
-  EXPECT_EQ(finish(limited).status, 3);
+  const Ended full = finish(limited);
+  EXPECT_EQ(full.status, 3);
+  EXPECT_TRUE(full.err.contains("File too large")) << full.err.toStdString();
   EXPECT_EQ(contentOf(service->path("old")), "old");
 
   QProcess reader;
@@ -280,21 +456,138 @@ TEST_F(HostTest, FilesAreWrittenWholeOrNotAtAll) {
   EXPECT_EQ(finish(reader).out, content.left(5000));
   EXPECT_FALSE(QFileInfo(service->path("pipe")).isFile());
 
-  EXPECT_EQ(tarnwell({"get", "Goals", "Empty", "-o", "@."}).status, 0);
-  EXPECT_EQ(contentOf(service->path("Goals.twlx")), content);
-  EXPECT_EQ(contentOf(service->path("Empty.twlx")), QByteArray());
-  EXPECT_EQ(tarnwell({"get", "Goals", "--json"}).data()["maps"].toArray().size(), 1);
+  const QByteArray old = QFile::encodeName(service->path("old")), link = old + "link";
+  ASSERT_TRUE(chmod(old, 0640) == 0 && ::link(old, link) == 0);
+  const bool hasAttributes = setxattr(old, "user.kept", "x", 1, 0) == 0;
+  const Ended linked = tarnwell({"get", "Small", "-o" + service->path("old")});
+  EXPECT_TRUE(linked.err.contains("hard links) keep the old content")) << linked.err.toStdString();
+  EXPECT_EQ(contentOf(old), content.left(5000));
+  EXPECT_EQ(contentOf(link), "old");
+  struct stat now = {};
+  EXPECT_TRUE(stat(old, &now) == 0 && (now.st_mode & 0777U) == 0640);
+  EXPECT_EQ(getxattr(old, "user.kept", nullptr, 0) == 1, hasAttributes);
+}
+
+TEST_F(HostTest, ExistingFilesStay) {
+  EXPECT_EQ(tarnwell({"get", "Goals", "Empty", "-o", "@made"}).status, 0); // makes the folder
+  EXPECT_EQ(contentOf(service->path("made/Goals.twlx")), content);
+  EXPECT_EQ(contentOf(service->path("made/Empty.twlx")), QByteArray());
+  write("made/Goals.twlx", "mine");
+  const Ended again = tarnwell({"get", "Goals", "Small", "-o", "@made"});
+  EXPECT_EQ(again.status, 3);
+  EXPECT_TRUE(again.err.contains("left \"" + service->path("made/Goals.twlx").toUtf8())) << again.err.toStdString();
+  EXPECT_EQ(contentOf(service->path("made/Goals.twlx")), "mine");
+  EXPECT_EQ(contentOf(service->path("made/Small.twlx")), content.left(5000));
+  EXPECT_EQ(tarnwell({"get", "Goals", "-o", "@made", "--overwrite"}).status, 0);
+  EXPECT_EQ(contentOf(service->path("made/Goals.twlx")), content);
+}
+
+TEST_F(HostTest, EachMapGetsAFileOfItsOwnInTheFolder) {
+  save("../x", "anna");
+  save("Pair", "anna");
+  save("Half", "anna", "@small");
+  save("pair " + resolved("@Half"), "anna");
+  ASSERT_EQ(tarnwell({"save", "@small", "Half", "--force", "--name", "pair"}).status, 0);
+  // A refused map does not stop the others.
+  const Ended run =
+      tarnwell({"get", "@../x", "@Foreign", "@Pair", "@pair " + resolved("@Half"), "@Half", "@Pair", "-o", "@folder"});
+  EXPECT_EQ(run.status, 7);
+  EXPECT_TRUE(run.err.contains("\ntarnwell: downloaded 4 of 5 maps\n")) << run.err.toStdString();
+  EXPECT_EQ(run.out, "");
+  const QDir folder(service->path("folder"));
+  const QString second = "pair " + resolved("@Half");
+  const QString files = "_._x.twlx|" + second + " 2.twlx|" + second + ".twlx|Pair.twlx";
+  EXPECT_EQ(folder.entryList(QDir::Files).join('|').toStdString(), files.toStdString());
+  EXPECT_EQ(contentOf(folder.filePath("Pair.twlx")), content);
+  EXPECT_EQ(contentOf(folder.filePath(second + " 2.twlx")), content.left(5000));
+}
+
+TEST_F(HostTest, ProgramsGetAllTheyNeed) {
+  const QString content64 = QString::fromLatin1(content.toBase64());
+  EXPECT_EQ(tarnwell({"get", "Goals", "--json"}).data()["content"].toString(), content64);
+  const QString digits = resolved("@Goals").left(8);
+  EXPECT_EQ(tarnwell({"get", digits}).out, content);
+  EXPECT_EQ(tarnwell({"get", digits.left(7)}).status, 2);
+
+  save("a\tb", "anna");
+  const QStringList lines = QString::fromUtf8(tarnwell({"list", "--format", "tsv"}).out).split('\n');
+  EXPECT_EQ(lines[0], "name\tauthor\tmodified\tpublished\tpreview\tidentifier");
+  const QRegularExpression cells("^a b\t[^\t]+\t[0-9-]{10}T[0-9:]{8}Z\tno\t0\t" + resolved("@a\tb") + "$");
+  EXPECT_EQ(lines.filter(cells).size(), 1) << lines.join('\n').toStdString();
+}
+
+TEST_F(HostTest, SavesStandardInput) {
+  QProcess process;
+  start(process, {"save", "-", "--name", "Input"});
+  EXPECT_EQ(finish(process, content).status, 0);
+  EXPECT_EQ(tarnwell({"get", "Input"}).out, content);
+}
+
+TEST_F(HostTest, PasswordComesFromACommand) {
+  const std::pair<QString, int> rows[] = {{"echo secretü", 0},
+                                          {"sh -c \"printf 'secretü\\r\\nmore'\"", 0},
+                                          {"echo secretü; true", 4}, // no shell
+                                          {"false", 3},
+                                          {"/nowhere/command", 3}};
+  for (const auto& [command, status] : rows) {
+    QProcess process;
+    start(process, {"login", "--password-command", command}, {}, QString());
+    EXPECT_EQ(finish(process).status, status) << command.toStdString();
+  }
+}
+
+TEST_F(HostTest, SaveTellsThatTheFileHasChanged) {
+  write("changing", "before");
+  QProcess process;
+  start(process, {"save", "@changing", "--thumbnail", "@pipe"});
+  QFile pipe(service->path("pipe"));
+  ASSERT_TRUE(pipe.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
+  // More than a pipe holds: once it is written, the host reads the thumbnail, and has read the map before.
+  ASSERT_EQ(pipe.write(content.left(70000)), 70000);
+  write("changing", "afterwards");
+  pipe.close();
+  const Ended run = finish(process);
+  EXPECT_EQ(run.status, 3);
+  EXPECT_TRUE(run.err.contains("changed while it was saved: it had 6 bytes, and 10")) << run.err.toStdString();
 }
 
 TEST_F(HostTest, SettingsComeFromTheFirstThatHasThem) {
-  const std::pair<QStringList, const char*> rows[] = {{{"--profile", "work", "--timeout", "3"}, "3 option"},
-                                                      {{"--profile", "work"}, "5 profile work"},
-                                                      {{}, "9 configuration file"}};
-  for (const auto& [arguments, expected] : rows) {
-    const Ended run = tarnwell(QStringList{"config", "--json"} + arguments);
-    const QJsonValue timeout = run.data()["settings"].toArray()[4];
+  const std::tuple<QStringList, const char*, const char*> rows[] = {
+      {{"--profile", "work", "--timeout", "3"}, "", "3 option"},
+      {{"--profile", "work"}, "", "5 profile work"},
+      {{}, "export TARNWELL_PROFILE=work; ", "5 profile work"},
+      {{"--profile", ""}, "export TARNWELL_PROFILE=work; ", "9 configuration file"},
+      {{}, "export TARNWELL_PROFILE=home; ", " "},
+      {{}, "", "9 configuration file"}};
+  for (const auto& [arguments, preparation, expected] : rows) {
+    QProcess process;
+    start(process, QStringList{"config", "--json"} + arguments, preparation);
+    const Ended run = finish(process);
+    const QJsonValue timeout = run.data()["settings"].toArray()[5];
     EXPECT_EQ(timeout["value"].toString() + ' ' + timeout["origin"].toString(), expected) << run.out.toStdString();
   }
+}
+
+TEST_F(HostTest, ConfigurationIsReadAsItIsTyped) {
+  const std::pair<QByteArray, const char*> rows[] = {
+      {"# a comment\n; another\n\nproxy-user=DOM\\anna\n", "DOM\\anna"},
+      {"\xef\xbb\xbfproxy-user = \"a, b\"; #c=d%20 \r\n[x]\r\n", "\"a, b\"; #c=d%20"},
+      {"[x]\nproxy-user=x\n", ""},
+      {"proxy-user=a\nproxy-usr=b\n", ", line 2: there is no key \"proxy-usr\""},
+      {"proxy-user=a\n[x]\npassword=secret\n", ", line 3: passwords do not belong here"},
+      {"proxy-user\n", ", line 1: \"proxy-user\" is neither"},
+      {"\n[x\n", ", line 2: a heading is [NAME]"},
+      {"proxy-user=a\nproxy-user=b\n", ", line 2: \"proxy-user\" is given twice"},
+  };
+  for (const auto& [file, expected] : rows) {
+    write("tarnwell/tarnwell.ini", file);
+    const Ended run = tarnwell({"config", "--json"});
+    const QString value = run.data()["settings"].toArray().at(4)["value"].toString();
+    EXPECT_TRUE(run.status == 0 ? value == expected : run.json()["message"].toString().contains(expected))
+        << expected << run.out.toStdString();
+    EXPECT_FALSE(run.out.contains("secret"));
+  }
+  write("tarnwell/tarnwell.ini", settings);
 }
 
 TEST_F(HostTest, AmbiguousNamesAreExplained) {
@@ -316,8 +609,9 @@ TEST_F(HostTest, GalleryAndTableShowHostileNamesAsText) {
   ASSERT_EQ(tarnwell({"gallery", "@page"}).status, 0);
   const QByteArray page = contentOf(service->path("page"));
   EXPECT_TRUE(page.contains("&lt;script&gt;&quot;&amp;'")) << page.toStdString();
-  EXPECT_TRUE(page.contains("src=\"data:image/png;base64," + contentOf(service->path("image")).toBase64() + '"'));
-  EXPECT_TRUE(page.contains("&lt;i&gt;"));
+  EXPECT_TRUE(page.contains("data=\"data:image/png;base64," + contentOf(service->path("image")).toBase64() + '"'));
+  EXPECT_TRUE(page.contains("&lt;i&gt;") && page.contains("<h2 dir=\"auto\">"));
+  EXPECT_TRUE(tarnwell({"gallery", "-", "--published"}, "carl").out.contains("There are no maps to show."));
   EXPECT_FALSE(page.contains("<script") || page.contains("<i>"));
   for (const QByteArray& shown : {page, tarnwell({"list"}).out, tarnwell({"list", "--json"}).out})
     EXPECT_FALSE(shown.contains(control.toUtf8()) || shown.contains(reversal.toUtf8())) << shown.toStdString();
