@@ -145,7 +145,7 @@ void HttpConnection::sendContinue() {
   if (lowerCase(field("expect")) != "100-continue")
     return;
   static_cast<void>(send("HTTP/1.1 100 Continue\r\n\r\n", 25));
-  isAnswering = false;
+  isResponding = false;
 }
 
 int HttpConnection::readToEnd() {
@@ -158,10 +158,10 @@ int HttpConnection::readToEnd() {
 int HttpConnection::send(const char* bytes, std::size_t size) {
   std::string_view left(bytes, size);
   if (isHeadOnly) // the first buffer that is sent contains the whole head
-    left = isAnswering ? std::string_view() : left.substr(0, left.find("\r\n\r\n") + 4);
-  if (!isAnswering)
+    left = isResponding ? std::string_view() : left.substr(0, left.find("\r\n\r\n") + 4);
+  if (!isResponding)
     rate = MinimumRate();
-  isAnswering = true;
+  isResponding = true;
   while (!left.empty()) {
     const ssize_t taken = ::send(soap->socket, left.data(), left.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
     if (taken < 0 && errno != EAGAIN && errno != EINTR)

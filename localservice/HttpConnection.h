@@ -1,5 +1,5 @@
-// One HTTP request on one connection: the call-backs with which the runtime reads it and writes the answer. Limits the
-// time for the head, the rate of content and answer, and the length of the request. One thread.
+// One HTTP request on one connection: the callbacks with which the runtime reads it and writes the response. Limits the
+// time for the head, the rate of content and response, and the length of the request. One thread.
 #pragma once
 
 #include "localservice/MarkupLimit.h"
@@ -15,7 +15,7 @@ namespace localservice {
 /// The connection of a runtime context.
 class HttpConnection {
 public:
-  /// Installs the call-backs in `context`, which has the connection's socket and outlives this object. `longestContent`
+  /// Installs the callbacks in `context`, which has the connection's socket and outlives this object. `longestContent`
   /// in bytes.
   HttpConnection(struct soap* context, std::uint64_t longestContent);
   HttpConnection(const HttpConnection&) = delete;
@@ -35,7 +35,7 @@ public:
   int refusal() const { return refusedWith; }
 
   /// Ends the sending side, and reads what the client still sends, for 30 s at most: closing a socket with unread bytes
-  /// would reset the connection, and the client might lose the answer.
+  /// would reset the connection, and the client might lose the response.
   void linger();
 
   std::uint64_t received = 0; ///< bytes
@@ -59,8 +59,8 @@ private:
   bool isInContent = false;
   bool isChunked = false;
   bool hasLastChunk = false;
-  bool isAnswering = false;
-  bool isHeadOnly = false; ///< the answer to HEAD ends with its head
+  bool isResponding = false;
+  bool isHeadOnly = false; ///< the response to HEAD ends with its head
   int refusedWith = 0;
   MarkupLimit markup;
 };

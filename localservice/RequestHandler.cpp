@@ -3,7 +3,7 @@
 #include "localservice/Description.h"
 #include "localservice/Handlers.h"
 #include "localservice/PasswordHash.h"
-#include "localservice/Reply.h"
+#include "localservice/Response.h"
 
 #include <algorithm>
 #include <cstring>
@@ -40,10 +40,10 @@ bool asksForDescription(const struct soap* soap) {
   return query != std::string_view::npos && soap_tag_cmp(target.data() + query + 1, "wsdl") == 0;
 }
 
-/// The runtime's call-back for methods that the service does not support.
+/// The runtime's callback for methods that the service does not support.
 int refuseMethod(struct soap* soap) { return isForService(soap) ? 405 : 404; }
 
-/// The runtime's call-back for GET and HEAD. The description contains the address that the client has used.
+/// The runtime's callback for GET and HEAD. The description contains the address that the client has used.
 int sendDescription(struct soap* soap) {
   if (!isForService(soap) || !asksForDescription(soap))
     return refuseMethod(soap);
@@ -53,7 +53,7 @@ int sendDescription(struct soap* soap) {
 
 /// Checks a request before its content is read. Returns 0 or an HTTP status.
 int checkHead(const HttpConnection& connection, const struct soap* soap) {
-  if (soap->status != SOAP_POST) // no HTTP request: the call-backs answer all other methods
+  if (soap->status != SOAP_POST) // no HTTP request: the callbacks respond to all other methods
     return 400;
   if (!isForService(soap))
     return 404;
@@ -77,8 +77,8 @@ int receiveHeader(struct soap* soap) {
   return soap_getindependent(soap) || soap_element_end_in(soap, "SOAP-ENV:Header") ? soap->error : SOAP_OK;
 }
 
-/// Reads up to the first element in the body. For an envelope of SOAP 1.1 it sets `soapVersion`, which the answer has
-/// to use; every envelope that is not SOAP 1.2 gives SOAP_VERSIONMISMATCH.
+/// Reads up to the first element in the body. For an envelope of SOAP 1.1 it sets `soapVersion`, which the response
+/// has to use; every envelope that is not SOAP 1.2 gives SOAP_VERSIONMISMATCH.
 int receiveEnvelope(struct soap* soap, short& soapVersion) {
   soap->version = 2;
   if (soap_element_begin_in(soap, "SOAP-ENV:Envelope", 0, nullptr)) {
@@ -93,9 +93,8 @@ int receiveEnvelope(struct soap* soap, short& soapVersion) {
 }
 
 /// Reads the whole message: sets `index` to its operation and `request` to its request. Returns 0 or the runtime's
-/// code; SOAP_STOP when a call-back has answered.
-int receive(HttpConnection& connection, struct soap* soap, short& soapVersion, OperationIndex& index,
-            const void*& request) {
+/// code; SOAP_STOP when a callback has responded.
+int receive(HttpConnection& connection, struct soap* soap, short& soapVersion, OperationIndex& index, void*& request) {
   if (soap_begin_recv(soap) || (soap->error = checkHead(connection, soap)))
     return soap->error;
   connection.sendContinue();
@@ -123,7 +122,9 @@ void setReceiverFault(struct soap* soap, const char* reason) {
 
 } // namespace
 
-RequestHandler::RequestHandler(const Options& serverOptions) : options(serverOptions) {
+RequestHandler::RequestHandler(const Options& serverOptions)
+    : options(serverOptions), longestRequest(static_cast<std::uint64_t>(options.number("max-request")) << 20),
+      delay(options.number("delay")), logs(options.isSet("log")) {
   unmatchedHash(); // computed now: the first login with an unknown name must not take longer than others
 }
 
@@ -132,7 +133,7 @@ void RequestHandler::handle(struct soap* context) const noexcept {
   context->fget = context->fhead = sendDescription;
   context->fput = context->fdel = context->fopt = refuseMethod;
   context->fpatch = [](struct soap*) { return 405; }; // for this method the runtime sets a wrong path
-  HttpConnection connection(context, options.longestRequest);
+  HttpConnection connection(context, longestRequest);
   LogEntry entry;
   entry.client = std::string(context->host) + ":" + std::to_string(context->port);
   try {
@@ -144,9 +145,9 @@ void RequestHandler::handle(struct soap* context) const noexcept {
   entry.duration = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start);
   entry.received = connection.received;
   entry.sent = connection.sent;
-  if (options.log)
+  if (logs)
     log(entry);
-  soap_destroy(context); // frees request and answer before the wait for the client
+  soap_destroy(context); // frees request and response before the wait for the client
   soap_dealloc(context, nullptr);
   connection.linger();
 }
@@ -154,27 +155,27 @@ void RequestHandler::handle(struct soap* context) const noexcept {
 void RequestHandler::exchange(HttpConnection& connection, struct soap* soap, LogEntry& entry) const {
   short soapVersion = 2;
   OperationIndex index{};
-  const void* request = nullptr;
+  void* request = nullptr;
   if (receive(connection, soap, soapVersion, index, request)) {
     entry.outcome = std::to_string(soap->error == SOAP_STOP ? 200 : sendFault(soap, connection.refusal(), soapVersion));
     return;
   }
   const tarnwell::Operation& operation = tarnwell::operations[static_cast<std::size_t>(index)];
   entry.operation = operation.name;
-  std::this_thread::sleep_for(std::chrono::milliseconds(options.delay));
-  const InjectedAnswer* const injected = options.faultInjection.find(index);
-  if (injected && injected->kind == InjectedAnswer::Drop) {
+  entry.user = userOf(soap, index, request);
+  std::this_thread::sleep_for(delay);
+  const InjectedResponse* const injected = options.faultInjection.find(index);
+  if (injected && injected->kind == InjectedResponse::Drop) {
     entry.outcome = "drop";
     return;
   }
-  if (injected && injected->kind == InjectedAnswer::Fault)
+  if (injected && injected->kind == InjectedResponse::Fault)
     throw std::runtime_error("the command line asks for this fault");
-  Store store(options.database, options.readOnly ? OpenMode::Read : OpenMode::Change);
-  const Answer answered = answer(store, soap, index, request, injected);
-  entry.user = answered.user;
-  entry.outcome = answered.outcome;
+  Store store(options.text("db"), options.isSet("read-only") ? OpenMode::Read : OpenMode::Change);
+  const Outcome outcome = carryOut(store, soap, index, request, injected);
+  entry.outcome = outcome.name;
   sendEnvelope(soap, SOAP_OK, [&] {
-    return tarnwell::writeElement(soap, operation.responseElement, -1, answered.response, nullptr,
+    return tarnwell::writeElement(soap, operation.responseElement, -1, outcome.response, nullptr,
                                   tarnwell::typeOf(operation.response));
   });
 }

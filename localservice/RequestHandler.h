@@ -1,4 +1,5 @@
-// Serves one connection: reads and answers a SOAP 1.2 request over HTTP; answers everything else with a fault. All
+// Serves one connection: reads a SOAP 1.2 request over HTTP and sends the response; everything else gets a
+// fault. All
 // threads of the server use one object at the same time.
 #pragma once
 
@@ -6,7 +7,8 @@
 #include "localservice/Options.h"
 #include "localservice/RequestLog.h"
 
-#include <string>
+#include <chrono>
+#include <cstdint>
 
 namespace localservice {
 
@@ -19,7 +21,7 @@ public:
   /// `serverOptions` outlives this object.
   explicit RequestHandler(const Options& serverOptions);
 
-  /// Serves the request on the context's socket and waits at most 30 s until the client has read the answer. The
+  /// Serves the request on the context's socket and waits at most 30 s until the client has read the response. The
   /// context and its socket stay open and belong to the caller. Throws nothing.
   void handle(struct soap* context) const noexcept;
 
@@ -27,6 +29,9 @@ private:
   void exchange(HttpConnection& connection, struct soap* soap, LogEntry& entry) const;
 
   const Options& options;
+  const std::uint64_t longestRequest; ///< bytes of content
+  const std::chrono::milliseconds delay;
+  const bool logs;
 };
 
 } // namespace localservice

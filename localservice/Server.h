@@ -32,8 +32,8 @@ public:
 
   /// Serves until the file descriptor `stop` can be read.
   void serve(int stop);
-  /// Accepts the clients that already wait, and then no more. Answers the requests that have arrived whole, and ends
-  /// the other connections. False: after five seconds some threads are still running, and the process has to end
+  /// Accepts the clients that already wait, and then no more. Responds to the requests that have arrived whole, and
+  /// ends the other connections. False: after five seconds some threads are still running, and the process has to end
   /// without destroying anything.
   [[nodiscard]] bool finish();
 

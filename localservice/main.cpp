@@ -42,17 +42,23 @@ void serve(const Options& options) {
     std::_Exit(EXIT_SUCCESS);
 }
 
+OpenMode openModeOf(const Options& options, bool serves) {
+  if (options.isSet("read-only"))
+    return OpenMode::Read;
+  return serves || createsDatabase(options) ? OpenMode::Create : OpenMode::Change;
+}
+
 void run(const Options& options) {
-  if (!options.information.empty()) {
-    std::cout << options.information;
+  const std::string information = options.information();
+  if (!information.empty()) {
+    std::cout << information;
     return;
   }
-  Store store(options.database, options.readOnly            ? OpenMode::Read
-                                : options.createsDatabase() ? OpenMode::Create
-                                                            : OpenMode::Change);
+  const bool serves = options.isSet("listen") || options.isSet("port") || !asksForAdministration(options);
+  Store store(options.text("db"), openModeOf(options, serves));
   store.open(); // and keeps it open, because a database in memory exists only while it is open
   administer(store, options);
-  if (options.serve)
+  if (serves)
     serve(options);
 }
 
@@ -63,7 +69,7 @@ int main(int argc, char** argv) {
   QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
   const QCoreApplication application(argc, argv);
   try {
-    run(parseOptions(QCoreApplication::arguments()));
+    run(Options(QCoreApplication::arguments()));
     return 0;
   } catch (const std::invalid_argument& e) {
     std::cerr << "tarnwell-localservice: " << e.what() << " (--help tells more)\n";

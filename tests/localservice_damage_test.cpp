@@ -101,6 +101,7 @@ TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
     const std::string media = isOld ? "text/xml" : "application/soap+xml";
     EXPECT_NE(answer.find("\r\nContent-Type: " + media + "; charset=utf-8\r\n"), std::string::npos) << answer;
     EXPECT_EQ(answer.find("Access-Control"), std::string::npos);
+    EXPECT_EQ(answer.find("\r\nAllow: GET, HEAD, POST\r\n") != std::string::npos, row.status == 405) << answer;
     EXPECT_NE(answer.find("xmlns:SOAP-ENV=\"" + (isOld ? soap11 : message::envelopeNamespace) + "\""),
               std::string::npos);
     EXPECT_EQ(shown(answer).find(row.outcome), 0U) << answer;
@@ -127,6 +128,19 @@ TEST_F(LocalServiceTest, IsNotHeldUpByClientsThatStall) {
   EXPECT_FALSE(limit.hasExpired()) << "waited for the stalled ones, which are given up after ten seconds";
 }
 
+TEST_F(LocalServiceTest, ServesSoManyClientsAtOnceAndNoMore) {
+  std::list<Connection> stalled;
+  for (int i = 0; i < 256; ++i)
+    stalled.emplace_back(port(), "");
+  Connection waiting(port(), request("Login"));
+  const QString status = QString("/proc/%1/status").arg(process.processId());
+  while (!contentOf(status).contains("Threads:\t257\n")) // a thread for each client, and the one that accepts them
+    QThread::yieldCurrentThread();
+  EXPECT_FALSE(waiting.waitForReadyRead(200)) << "is served beside 256 others";
+  stalled.pop_front();
+  EXPECT_EQ(shown(waiting.answer()), "Success");
+}
+
 TEST_F(LocalServiceTest, AnswersWhatHasArrivedWhenStopped) {
   std::list<Connection> arrived;
   for (int i = 0; i < 10; ++i)
@@ -142,7 +156,11 @@ TEST_F(LocalServiceTest, AnswersWhatHasArrivedWhenStopped) {
   start({"--delay", "60000"});
   const Connection slow(port(), request("Login"));
   process.terminate();
-  QThread::msleep(200);
+  QTcpSocket probe; // until the first signal has arrived: then the service refuses connections
+  do {
+    probe.abort();
+    probe.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(port()));
+  } while (probe.waitForConnected(patience));
   const QDeadlineTimer soon(4500);
   EXPECT_EQ(stop().status, -1);
   EXPECT_FALSE(soon.hasExpired()) << "a second signal ends it at once";

@@ -1,5 +1,5 @@
-// Sends answers to HTTP requests: SOAP envelopes, faults and documents. A client that has closed the connection gets no
-// answer, and that is no error. A context belongs to one thread at a time.
+// Sends responses to HTTP requests: SOAP envelopes, faults and documents. A client that has closed the connection gets
+// no response, and that is no error. A context belongs to one thread at a time.
 #pragma once
 
 #include "protocol/soap/Runtime.h"

@@ -1,4 +1,4 @@
-#include "localservice/Reply.h"
+#include "localservice/Response.h"
 
 #include "protocol/desktopservice.h"
 
@@ -9,7 +9,7 @@ namespace localservice {
 namespace {
 
 /// Resets the context's state of reading, such as the request's prefixes. The objects that were read stay.
-void beginAnswer(struct soap* soap, short soapVersion) {
+void beginResponse(struct soap* soap, short soapVersion) {
   soap_begin(soap);
   soap_set_version(soap, soapVersion);
   soap->encodingStyle = nullptr; // document/literal
@@ -40,7 +40,7 @@ int statusOf(int error, const char* faultCode) {
 } // namespace
 
 void sendEnvelope(struct soap* soap, int status, const std::function<int()>& writeContent) {
-  beginAnswer(soap, 2);
+  beginResponse(soap, 2);
   sendEnvelopeBegun(soap, status, writeContent);
 }
 
@@ -54,16 +54,16 @@ int sendFault(struct soap* soap, int status, short soapVersion) {
   soap_set_fault(soap); // fills in code (Sender) and text where they are missing
   const char** const text = soap_faultstring(soap);
   *text = soap_strdup(soap, *text); // a copy, because sending overwrites the buffer of the text
-  const int answered = status ? status : statusOf(error, *soap_faultcode(soap));
-  beginAnswer(soap, soapVersion);
-  if (answered == 405)
+  const int sent = status ? status : statusOf(error, *soap_faultcode(soap));
+  beginResponse(soap, soapVersion);
+  if (sent == 405)
     soap->http_extra_header = "Allow: GET, HEAD, POST";
-  sendEnvelopeBegun(soap, answered, [soap] { return soap_putfault(soap); });
-  return answered;
+  sendEnvelopeBegun(soap, sent, [soap] { return soap_putfault(soap); });
+  return sent;
 }
 
 int sendDocument(struct soap* soap, const std::string& xml) {
-  beginAnswer(soap, 2);
+  beginResponse(soap, 2);
   soap->http_content = "text/xml; charset=utf-8";
   if (soap_response(soap, SOAP_FILE) || soap_send_raw(soap, xml.data(), xml.size()))
     return soap->error;
