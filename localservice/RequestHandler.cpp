@@ -122,13 +122,14 @@ void setReceiverFault(struct soap* soap, const char* reason) {
 
 } // namespace
 
-RequestHandler::RequestHandler(const Options& serverOptions)
-    : options(serverOptions), longestRequest(static_cast<std::uint64_t>(options.number("max-request")) << 20),
-      delay(options.number("delay")), logs(options.isSet("log")) {
+RequestHandler::RequestHandler(const Options& serverOptions, const DatabaseFile& file)
+    : options(serverOptions), stores(file),
+      longestRequest(static_cast<std::uint64_t>(options.number("max-request")) << 20), delay(options.number("delay")),
+      logs(options.isSet("log")) {
   unmatchedHash(); // computed now: the first login with an unknown name must not take longer than others
 }
 
-void RequestHandler::handle(struct soap* context) const noexcept {
+void RequestHandler::handle(struct soap* context) noexcept {
   const auto start = std::chrono::steady_clock::now();
   context->fget = context->fhead = sendDescription;
   context->fput = context->fdel = context->fopt = refuseMethod;
@@ -152,7 +153,7 @@ void RequestHandler::handle(struct soap* context) const noexcept {
   connection.linger();
 }
 
-void RequestHandler::exchange(HttpConnection& connection, struct soap* soap, LogEntry& entry) const {
+void RequestHandler::exchange(HttpConnection& connection, struct soap* soap, LogEntry& entry) {
   short soapVersion = 2;
   OperationIndex index{};
   void* request = nullptr;
@@ -171,8 +172,7 @@ void RequestHandler::exchange(HttpConnection& connection, struct soap* soap, Log
   }
   if (injected && injected->kind == InjectedResponse::Fault)
     throw std::runtime_error("the command line asks for this fault");
-  Store store(options.text("db"), options.isSet("read-only") ? OpenMode::Read : OpenMode::Change);
-  const Outcome outcome = carryOut(store, soap, index, request, injected);
+  const Outcome outcome = carryOut(*stores.take(), soap, index, request, injected);
   entry.outcome = outcome.name;
   sendEnvelope(soap, SOAP_OK, [&] {
     return tarnwell::writeElement(soap, operation.responseElement, -1, outcome.response, nullptr,

@@ -6,6 +6,7 @@
 #include "localservice/HttpConnection.h"
 #include "localservice/Options.h"
 #include "localservice/RequestLog.h"
+#include "localservice/StorePool.h"
 
 #include <chrono>
 #include <cstdint>
@@ -18,17 +19,18 @@ inline constexpr const char* servicePath = "/service/desktopservice.asmx";
 /// Serves requests as the options say.
 class RequestHandler {
 public:
-  /// `serverOptions` outlives this object.
-  explicit RequestHandler(const Options& serverOptions);
+  /// Both arguments outlive this object.
+  RequestHandler(const Options& serverOptions, const DatabaseFile& file);
 
   /// Serves the request on the context's socket and waits at most 30 s until the client has read the response. The
   /// context and its socket stay open and belong to the caller. Throws nothing.
-  void handle(struct soap* context) const noexcept;
+  void handle(struct soap* context) noexcept;
 
 private:
-  void exchange(HttpConnection& connection, struct soap* soap, LogEntry& entry) const;
+  void exchange(HttpConnection& connection, struct soap* soap, LogEntry& entry);
 
   const Options& options;
+  StorePool stores;
   const std::uint64_t longestRequest; ///< bytes of content
   const std::chrono::milliseconds delay;
   const bool logs;

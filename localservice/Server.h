@@ -22,8 +22,9 @@ using Context = std::unique_ptr<struct soap, ContextDeleter>;
 /// The server of one endpoint.
 class Server {
 public:
-  /// Listens. Throws std::runtime_error, with a text for people, and std::bad_alloc. `options` outlives this object.
-  explicit Server(const Options& options);
+  /// Listens. Throws std::runtime_error, with a text for people, and std::bad_alloc. Both arguments outlive this
+  /// object.
+  Server(const Options& options, const DatabaseFile& file);
 
   /// The service's URL.
   const std::string& endpoint() const { return url; }
@@ -50,7 +51,7 @@ private:
 
   const Context listener;
   const std::string url;
-  const RequestHandler handler;
+  RequestHandler handler;
   std::mutex mutex; ///< guards `isDone` of each connection, and its pointer to the context
   std::condition_variable someIsDone;
   std::list<Connection> connections;

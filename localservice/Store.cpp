@@ -5,7 +5,6 @@
 
 #include <cstring>
 #include <ctime>
-#include <utility>
 
 namespace localservice {
 
@@ -94,12 +93,9 @@ public:
 
 } // namespace
 
-Store::Store(std::string databaseFile, OpenMode openMode) : file(std::move(databaseFile)), mode(openMode) {}
-
-SQLite::Database& Store::database() {
-  if (!opened)
-    opened.emplace(openDatabase(file, mode));
-  return *opened;
+void Store::followFile() {
+  if (connection && hasMoved(*connection))
+    connection.reset();
 }
 
 void Store::putAccount(const std::string& name, const std::string& password, bool premium) {
@@ -278,6 +274,12 @@ dsns__DesktopMapAccess Store::accessTo(const std::string& owner, const std::stri
   Query query(database(), std::string("SELECT ") + accessColumns + " FROM maps WHERE id = ?");
   query.bind(id);
   return query.step() ? readAccess(query, owner) : dsns__DesktopMapAccess__None;
+}
+
+SQLite::Database& Store::database() {
+  if (!connection)
+    connection.emplace(file.connect());
+  return *connection;
 }
 
 std::string Store::findByName(const std::string& owner, const char* name) {

@@ -64,9 +64,11 @@ struct Update {
 /// and renameMap(); Success.
 class Store {
 public:
-  /// Does not open the file: the first function that needs it does, or open().
-  Store(std::string databaseFile, OpenMode openMode);
+  /// Does not connect: the first function that needs a connection does, or open(). `databaseFile` outlives this object.
+  explicit Store(const DatabaseFile& databaseFile) : file(databaseFile) {}
   void open() { database(); }
+  /// Closes the connection if the file of this name is now another one: the next function opens that one.
+  void followFile();
 
   /// Adds an account, or changes password and premium flag of an existing one. Throws std::runtime_error for a password
   /// of more than 511 bytes.
@@ -113,9 +115,8 @@ private:
   [[nodiscard]] std::string findByName(const std::string& owner, const char* name);
   SQLite::Database& database();
 
-  const std::string file;
-  const OpenMode mode;
-  std::optional<SQLite::Database> opened;
+  const DatabaseFile& file;
+  std::optional<SQLite::Database> connection;
 };
 
 } // namespace localservice

@@ -18,7 +18,7 @@ namespace {
 using namespace localservice;
 
 /// Serves until SIGINT or SIGTERM. A second signal has its default effect: it ends the process at once.
-void serve(const Options& options) {
+void serve(const Options& options, const DatabaseFile& file) {
   std::signal(SIGHUP, SIG_IGN);
   std::signal(SIGPIPE, SIG_IGN); // when the reader of the log has closed it
   // A fixed threshold makes free() return blocks of 1 MiB and more to the system; otherwise malloc raises it.
@@ -30,7 +30,7 @@ void serve(const Options& options) {
   pthread_sigmask(SIG_BLOCK, &stops, nullptr); // before the first thread starts: threads inherit the mask
   const int stop = signalfd(-1, &stops, SFD_CLOEXEC);
 
-  Server server(options);
+  Server server(options, file);
   if (server.isReachableFromOutside())
     std::cerr << "tarnwell-localservice: other machines can reach this service, and all traffic is readable\n";
   std::cout << server.endpoint() << std::endl;
@@ -55,11 +55,12 @@ void run(const Options& options) {
     return;
   }
   const bool serves = options.isSet("listen") || options.isSet("port") || !asksForAdministration(options);
-  Store store(options.text("db"), openModeOf(options, serves));
+  const DatabaseFile file(options.text("db"), openModeOf(options, serves));
+  Store store(file);
   store.open(); // and keeps it open, because a database in memory exists only while it is open
   administer(store, options);
   if (serves)
-    serve(options);
+    serve(options, file);
 }
 
 } // namespace

@@ -1,0 +1,26 @@
+#include "localservice/StorePool.h"
+
+#include <utility>
+
+namespace localservice {
+
+StorePool::Lease StorePool::take() {
+  std::unique_ptr<Store> store;
+  {
+    const std::lock_guard<std::mutex> lock(mutex);
+    if (idle.empty()) {
+      store = std::make_unique<Store>(file);
+    } else {
+      store = std::move(idle.back());
+      idle.pop_back();
+    }
+  }
+  store->followFile();
+  return {store.release(), [this](Store* used) {
+            std::unique_ptr<Store> returned(used);
+            const std::lock_guard<std::mutex> lock(mutex);
+            idle.push_back(std::move(returned));
+          }};
+}
+
+} // namespace localservice
