@@ -18,6 +18,7 @@ struct Call {
   Store& store;
   struct soap* soap;
   OperationIndex index;
+  Reservation& reservation;
 };
 
 /// The byte blocks of the maps in an operation's response.
@@ -76,6 +77,11 @@ void withAccount(const Call& call, const Request& request, Result& result, Act a
   setLogin(call, result, login);
 }
 
+void reserve(const Call& call, std::uint64_t bytes) {
+  if (!call.reservation.add(bytes))
+    throw Refused(refusals::noMemory);
+}
+
 /// Adds the stored map, without byte blocks, to the response to a change that succeeded.
 void addStoredMap(const Call& call, const char* user, const std::string& id, dsns__MapActionResponse& result) {
   if (result.DesktopMapAccess != dsns__DesktopMapAccess__Success)
@@ -86,13 +92,9 @@ void addStoredMap(const Call& call, const char* user, const std::string& id, dsn
 
 /// Stores a report. It needs no account: the response's login value is "None".
 void keepReport(const Call& call, const Report& report, dsns__MapActionResponse& result) {
+  call.store.addReport(report);
   setLogin(call, result, dsns__DesktopLoginEnumerators__None);
-  try {
-    call.store.addReport(report);
-    result.DesktopMapAccess = dsns__DesktopMapAccess__Success;
-  } catch (const StoreError&) {
-    result.DesktopMapAccess = dsns__DesktopMapAccess__DbError;
-  }
+  result.DesktopMapAccess = dsns__DesktopMapAccess__Success;
 }
 
 // One respond() for each kind of operation. A template serves all requests with its kind of result.
@@ -104,7 +106,9 @@ void respond(const Call& call, const _dsns__Login& request, dsns__DesktopLoginRe
 template <class Request> void respond(const Call& call, const Request& request, dsns__CompleteDesktopResponse& result) {
   withAccount(call, request, result, [&](const char* user) {
     auto* const list = create<dsns__ArrayOfDesktopInfoClass>(call.soap);
-    call.store.listMaps(user, request.IsPublished, blocksOf(call.index),
+    const unsigned blocks = blocksOf(call.index);
+    reserve(call, call.store.memoryOfList(user, request.IsPublished, blocks));
+    call.store.listMaps(user, request.IsPublished, blocks,
                         [&](const MapRecord& map) { list->DesktopInfoClass.push_back(infoOf(call.soap, map)); });
     result.DesktopInfoObjectList = list;
   });
@@ -112,10 +116,13 @@ template <class Request> void respond(const Call& call, const Request& request, 
 
 template <class Request> void respond(const Call& call, const Request& request, dsns__GetMapResponse& result) {
   withAccount(call, request, result, [&](const char* user) {
-    if (request.DesktopInfo)
-      result.DesktopMapAccess =
-          call.store.loadMap(user, canonicalIdentifier(request.DesktopInfo->MapId), blocksOf(call.index),
-                             [&](const MapRecord& map) { result.DesktopInfo = infoOf(call.soap, map); });
+    if (!request.DesktopInfo)
+      return;
+    const std::string id = canonicalIdentifier(request.DesktopInfo->MapId);
+    const unsigned blocks = blocksOf(call.index);
+    reserve(call, call.store.memoryOfMap(id, blocks));
+    result.DesktopMapAccess = call.store.loadMap(
+        user, id, blocks, [&](const MapRecord& map) { result.DesktopInfo = infoOf(call.soap, map); });
   });
 }
 
@@ -251,8 +258,8 @@ std::string userOf(struct soap* soap, OperationIndex index, void* request) {
 }
 
 Outcome carryOut(Store& store, struct soap* soap, OperationIndex index, const void* request,
-                 const InjectedResponse* injected) {
-  return handlers[static_cast<std::size_t>(index)]({store, soap, index}, request, injected);
+                 const InjectedResponse* injected, Reservation& reservation) {
+  return handlers[static_cast<std::size_t>(index)]({store, soap, index, reservation}, request, injected);
 }
 
 } // namespace localservice

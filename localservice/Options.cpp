@@ -27,8 +27,17 @@ QList<QCommandLineOption> allOptions() {
       {"port", "The port, in place of the one in --listen.", "N", "0"},
       {"read-only", "Do not change the file: every change gets \"DbError\"."},
       {"max-request", "Refuse longer requests with status 413; from 1 to 1024. Default: 256.", "MiB", "256"},
+      {"max-memory",
+       "Memory for large requests and responses, all together: those that find none free wait, and are refused with "
+       "status 503 after a minute. Default: 512.",
+       "MiB", "512"},
       {"log", "Write one line per request to standard error: time, client, operation, user, outcome, milliseconds, "
               "bytes received and sent."},
+      {"trace",
+       "Write a readable file for each request and its response to this folder: passwords masked, byte blocks cut. "
+       "Keeps "
+       "the newest 1000.",
+       "FOLDER"},
       {"delay", "Wait this many milliseconds, at most 600000, before each operation.", "MS", "0"},
       {"fail",
        "Do not carry out this operation: respond with this result, a text of DesktopMapAccess or "
@@ -63,7 +72,7 @@ constexpr struct {
   const char* name;
   int least;
   int most;
-} numbers[] = {{"port", 0, 65535}, {"max-request", 1, 1024}, {"delay", 0, 600000}};
+} numbers[] = {{"port", 0, 65535}, {"max-request", 1, 1024}, {"max-memory", 1, 1 << 20}, {"delay", 0, 600000}};
 
 void checkNumber(const QString& name, const QString& text, int least, int most) {
   bool isNumber = false;

@@ -4,6 +4,7 @@
 #include "localservice/FaultInjection.h"
 
 #include <QtCore/QCommandLineParser>
+#include <cstdint>
 #include <string>
 
 namespace localservice {
@@ -20,6 +21,8 @@ public:
   std::string text(const char* name) const { return parser.value(name).toStdString(); }
   /// The value of an option that takes a number.
   int number(const char* name) const { return parser.value(name).toInt(); }
+  /// That of an option that takes a number of MiB, in bytes.
+  std::uint64_t bytes(const char* name) const { return static_cast<std::uint64_t>(number(name)) << 20; }
   /// Help, version or a description of the protocol: print it and do nothing else. Otherwise empty.
   std::string information() const;
 

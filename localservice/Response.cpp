@@ -32,7 +32,7 @@ int statusOf(int error, const char* faultCode) {
   if (error == SOAP_HDR)
     return 431;
   if (error == SOAP_HTTP_ERROR) // a chunk that is longer than the longest request
-    return 413;
+    return refusals::tooLong.status;
   const bool isSenders = error == SOAP_EOF || std::strcmp(faultCode, "SOAP-ENV:Sender") == 0;
   return isSenders ? 400 : 500;
 }
@@ -44,22 +44,26 @@ void sendEnvelope(struct soap* soap, int status, const std::function<int()>& wri
   sendEnvelopeBegun(soap, status, writeContent);
 }
 
-int sendFault(struct soap* soap, int status, short soapVersion) {
+int sendFault(struct soap* soap, const Refusal* refusal, short soapVersion) {
   const int error = soap->error;
-  if (soap->version != 2) // before it reads the envelope, the runtime sets texts of HTTP errors here
+  if (soap->version != 2 || refusal) // before it reads the envelope, the runtime sets texts of HTTP errors here
     soap->fault = nullptr;
   soap->version = soapVersion;
-  if (error == SOAP_EOM)
+  if (refusal && refusal->status >= 500)
+    soap_receiver_fault(soap, refusal->reason, nullptr);
+  else if (refusal)
+    soap_sender_fault(soap, refusal->reason, nullptr);
+  else if (error == SOAP_EOM)
     soap_set_receiver_error(soap, nullptr, nullptr, error);
   soap_set_fault(soap); // fills in code (Sender) and text where they are missing
   const char** const text = soap_faultstring(soap);
   *text = soap_strdup(soap, *text); // a copy, because sending overwrites the buffer of the text
-  const int sent = status ? status : statusOf(error, *soap_faultcode(soap));
+  const int status = refusal ? refusal->status : statusOf(error, *soap_faultcode(soap));
   beginResponse(soap, soapVersion);
-  if (sent == 405)
+  if (status == refusals::noSuchMethod.status)
     soap->http_extra_header = "Allow: GET, HEAD, POST";
-  sendEnvelopeBegun(soap, sent, [soap] { return soap_putfault(soap); });
-  return sent;
+  sendEnvelopeBegun(soap, status, [soap] { return soap_putfault(soap); });
+  return status;
 }
 
 int sendDocument(struct soap* soap, const std::string& xml) {

@@ -55,7 +55,7 @@ void ContextDeleter::operator()(struct soap* context) const {
 }
 
 Server::Server(const Options& options, const DatabaseFile& file)
-    : listener(listen(options)), url(urlOf(options, addressOf(listener->master))), handler(options, file) {}
+    : listener(listen(options)), url(urlOf(options, addressOf(listener->master))), handler(options, file, url) {}
 
 bool Server::isReachableFromOutside() const {
   const sockaddr_storage address = addressOf(listener->master);

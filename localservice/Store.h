@@ -86,6 +86,9 @@ public:
   /// Calls `visit` on Success only.
   [[nodiscard]] dsns__DesktopMapAccess loadMap(const std::string& owner, const std::string& id, unsigned blocks,
                                                const MapVisitor& visit);
+  /// Bytes that listMaps() and loadMap() need with these arguments, the visitor's copies included.
+  [[nodiscard]] std::uint64_t memoryOfList(const std::string& owner, bool publishedOnly, unsigned blocks);
+  [[nodiscard]] std::uint64_t memoryOfMap(const std::string& id, unsigned blocks);
   /// Stores `map` over the map with its identifier or, if that is not known, over the owner's map of the same name; if
   /// there is none, under a new identifier. Without `forced` an existing map gives FileExists. Values that `map` does
   /// not have keep their stored ones. On Success `id` is the stored map's identifier.

@@ -4,6 +4,12 @@
 
 namespace localservice {
 
+namespace {
+
+constexpr std::size_t mostIdle = 16; // each keeps up to 2 MiB of pages in memory
+
+} // namespace
+
 StorePool::Lease StorePool::take() {
   std::unique_ptr<Store> store;
   {
@@ -19,7 +25,8 @@ StorePool::Lease StorePool::take() {
   return {store.release(), [this](Store* used) {
             std::unique_ptr<Store> returned(used);
             const std::lock_guard<std::mutex> lock(mutex);
-            idle.push_back(std::move(returned));
+            if (idle.size() < mostIdle)
+              idle.push_back(std::move(returned));
           }};
 }
 

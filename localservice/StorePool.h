@@ -11,7 +11,7 @@
 
 namespace localservice {
 
-/// As many stores as were ever in use at the same time.
+/// Stores that are in use, and a few that are not.
 class StorePool {
 public:
   /// `databaseFile` outlives this object.

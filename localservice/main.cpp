@@ -49,6 +49,7 @@ OpenMode openModeOf(const Options& options, bool serves) {
 }
 
 void run(const Options& options) {
+  std::signal(SIGXFSZ, SIG_IGN); // a file that may not grow is an error, not the end of the process
   const std::string information = options.information();
   if (!information.empty()) {
     std::cout << information;
