@@ -5,7 +5,9 @@
 #include "terminal/Printable.h"
 
 #include <QtCore/QDateTime>
+#include <algorithm>
 #include <iostream>
+#include <iterator>
 #include <stdexcept>
 #include <unistd.h>
 
@@ -25,8 +27,18 @@ std::string readPassword(const std::string& account) {
   return password;
 }
 
+void addAccount(Store& store, const Options& options) {
+  const std::string name = options.text("add-account");
+  store.putAccount(name, readPassword(name), !options.isSet("not-premium"));
+}
+
+void removeAccount(Store& store, const Options& options) {
+  if (!store.removeAccount(options.text("remove-account")))
+    throw std::runtime_error("there is no account " + options.text("remove-account"));
+}
+
 void markCollaboration(Store& store, const std::string& map, bool ongoing) {
-  if (!map.empty() && !store.markCollaboration(canonicalIdentifier(map.c_str()), ongoing))
+  if (!store.markCollaboration(canonicalIdentifier(map.c_str()), ongoing))
     throw std::runtime_error("there is no map with the identifier " + map);
 }
 
@@ -52,23 +64,43 @@ void printReport(const Report& report) {
   std::cout << "  " << shown(report.message) << '\n';
 }
 
+/// What each option asks for, in the order in which it is done.
+constexpr struct {
+  const char* option;
+  bool makesDatabase;
+  void (*run)(Store& store, const Options& options);
+} commands[] = {
+    {"add-account", true, addAccount},
+    {"remove-account", false, removeAccount},
+    {"start-collaboration", false,
+     [](Store& store, const Options& options) { markCollaboration(store, options.text("start-collaboration"), true); }},
+    {"end-collaboration", false,
+     [](Store& store, const Options& options) { markCollaboration(store, options.text("end-collaboration"), false); }},
+    {"update-version", true,
+     [](Store& store, const Options& options) {
+       store.announceUpdate({options.text("update-version"), options.text("update-url")});
+     }},
+    {"list-accounts", false, [](Store& store, const Options&) { store.listAccounts(printAccount); }},
+    {"list-maps", false, [](Store& store, const Options&) { store.listAllMaps(printMap); }},
+    {"list-reports", false, [](Store& store, const Options&) { store.listReports(printReport); }},
+};
+
 } // namespace
 
+bool asksForAdministration(const Options& options) {
+  return std::any_of(std::begin(commands), std::end(commands),
+                     [&](const auto& command) { return options.isSet(command.option); });
+}
+
+bool createsDatabase(const Options& options) {
+  return std::any_of(std::begin(commands), std::end(commands),
+                     [&](const auto& command) { return command.makesDatabase && options.isSet(command.option); });
+}
+
 void administer(Store& store, const Options& options) {
-  if (!options.addedAccount.empty())
-    store.putAccount(options.addedAccount, readPassword(options.addedAccount), options.isPremium);
-  if (!options.removedAccount.empty() && !store.removeAccount(options.removedAccount))
-    throw std::runtime_error("there is no account " + options.removedAccount);
-  markCollaboration(store, options.startedCollaboration, true);
-  markCollaboration(store, options.endedCollaboration, false);
-  if (!options.updateVersion.empty())
-    store.announceUpdate({options.updateVersion, options.updateUrl});
-  if (options.listAccounts)
-    store.listAccounts(printAccount);
-  if (options.listMaps)
-    store.listAllMaps(printMap);
-  if (options.listReports)
-    store.listReports(printReport);
+  for (const auto& command : commands)
+    if (options.isSet(command.option))
+      command.run(store, options);
 }
 
 } // namespace localservice

@@ -3,13 +3,16 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace localservice {
 
 namespace {
 
+const char* const inMemory = ":memory:";
 constexpr int busyMilliseconds = 10000; // how long a request waits at most for others that save
 
 // The long columns come last: SQLite reads a row from its start, so that a list reads no page of content.
@@ -65,31 +68,43 @@ std::int64_t countTables(SQLite::Database& database, const char* condition) {
   return count;
 }
 
+void createTables(SQLite::Database& database) {
+  SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
+  if (countTables(database, "true") == 0) // another process may have created them in the meantime
+    database.exec(schema);
+  transaction.commit();
+}
+
 } // namespace
 
-SQLite::Database openDatabase(const std::string& file, OpenMode openMode) {
-  const bool isInMemory = file == ":memory:";
-  if (openMode == OpenMode::Create && !isInMemory)
+DatabaseFile::DatabaseFile(std::string name, OpenMode openMode) : file(std::move(name)), mode(openMode) {
+  if (file == inMemory)
+    return;
+  if (mode == OpenMode::Create)
     createPrivately(file);
-  if (!isInMemory)
-    refuseForeignFile(file);
-  const int flags = openMode == OpenMode::Read ? SQLite::OPEN_READONLY : SQLite::OPEN_READWRITE;
+  refuseForeignFile(file);
+}
+
+SQLite::Database DatabaseFile::connect() const {
+  const int flags = mode == OpenMode::Read ? SQLite::OPEN_READONLY : SQLite::OPEN_READWRITE;
   SQLite::Database database =
-      isInMemory ? SQLite::Database("file:/tarnwell?vfs=memdb",
-                                    SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | SQLite::OPEN_URI, busyMilliseconds)
-                 : SQLite::Database(file, flags, busyMilliseconds);
+      file == inMemory
+          ? SQLite::Database("file:/tarnwell?vfs=memdb",
+                             SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | SQLite::OPEN_URI, busyMilliseconds)
+          : SQLite::Database(file, flags, busyMilliseconds);
   // With a rollback journal, all data is in the one file between two saves. Removing the journal commits; with EXTRA,
   // the removal is on the disk when a save returns.
   database.exec("PRAGMA synchronous = EXTRA");
-  if (openMode == OpenMode::Create) {
-    SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
-    if (countTables(database, "true") == 0)
-      database.exec(schema);
-    transaction.commit();
-  }
+  if (mode == OpenMode::Create && countTables(database, "true") == 0)
+    createTables(database);
   if (countTables(database, "name IN ('accounts', 'maps', 'updates', 'reports')") != 4)
     throw StoreError(file + ": not a file of this program");
   return database;
+}
+
+bool hasMoved(SQLite::Database& database) {
+  int moved = 0;
+  return sqlite3_file_control(database.getHandle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK && moved != 0;
 }
 
 Query& Query::bind(std::int64_t value) {

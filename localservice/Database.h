@@ -19,10 +19,26 @@ enum class OpenMode {
   Create  ///< a missing or empty file becomes a new database
 };
 
-/// Opens `file`. ":memory:" is one database of this process, which exists while it is open anywhere. Only its owner can
-/// read and write a new file and its journal. Throws StoreError, also for a file of another program or of a newer
-/// version of this program; that file is not changed.
-SQLite::Database openDatabase(const std::string& file, OpenMode openMode);
+/// The file of this process. Constant: any thread. ":memory:" is one database of this process, which exists while it is
+/// open anywhere.
+class DatabaseFile {
+public:
+  /// Only its owner can read and write a new file and its journal. Throws StoreError, also for a file of another
+  /// program or of a newer version of this program; that file is not changed. Requires: the process has no connection
+  /// to the file. This constructor opens and closes the file, and a process that closes any descriptor of a file loses
+  /// all its POSIX locks on it, those of SQLite's connections too.
+  DatabaseFile(std::string name, OpenMode openMode);
+
+  /// Opens a connection. Throws StoreError.
+  SQLite::Database connect() const;
+
+private:
+  const std::string file;
+  const OpenMode mode;
+};
+
+/// Whether the file that `database` has opened is no longer the file of its name: deleted, renamed or replaced.
+bool hasMoved(SQLite::Database& database);
 
 /// Bytes that somebody else owns. When `data` is null they are absent, which differs from empty.
 struct Bytes {

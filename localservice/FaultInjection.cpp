@@ -28,14 +28,14 @@ template <class Enumeration> bool setByText(int number, const std::string& text,
   return false;
 }
 
-bool setResult(tarnwell::OperationIndex index, const std::string& text, InjectedAnswer& answer) {
+bool setResult(tarnwell::OperationIndex index, const std::string& text, InjectedResponse& response) {
   const tarnwell::Operation& operation = tarnwell::operations[static_cast<std::size_t>(index)];
   const int result = tarnwell::typeOf(operation.response).rows->type;
   const bool hasAccess = result == SOAP_TYPE_dsns__GetMapResponse || result == SOAP_TYPE_dsns__MapActionResponse;
-  if (hasAccess && setByText(SOAP_TYPE_dsns__DesktopMapAccess, text, answer.access))
+  if (hasAccess && setByText(SOAP_TYPE_dsns__DesktopMapAccess, text, response.access))
     return true;
   return result != SOAP_TYPE_dsns__DesktopVersioningClass &&
-         setByText(SOAP_TYPE_dsns__DesktopLoginEnumerators, text, answer.login);
+         setByText(SOAP_TYPE_dsns__DesktopLoginEnumerators, text, response.login);
 }
 
 } // namespace
@@ -46,19 +46,19 @@ void FaultInjection::add(const std::string& rule) {
     throw std::invalid_argument("--fail takes OPERATION=RESULT, OPERATION=fault or OPERATION=drop");
   const tarnwell::OperationIndex index = operationNamed(rule.substr(0, equals));
   const std::string text = rule.substr(equals + 1);
-  InjectedAnswer answer;
+  InjectedResponse response;
   if (text == "fault")
-    answer.kind = InjectedAnswer::Fault;
+    response.kind = InjectedResponse::Fault;
   else if (text == "drop")
-    answer.kind = InjectedAnswer::Drop;
-  else if (!setResult(index, text, answer))
+    response.kind = InjectedResponse::Drop;
+  else if (!setResult(index, text, response))
     throw std::invalid_argument("--fail: " + rule.substr(0, equals) + " has no result " + text);
-  answers[index] = answer;
+  responses[index] = response;
 }
 
-const InjectedAnswer* FaultInjection::find(tarnwell::OperationIndex index) const {
-  const auto found = answers.find(index);
-  return found == answers.end() ? nullptr : &found->second;
+const InjectedResponse* FaultInjection::find(tarnwell::OperationIndex index) const {
+  const auto found = responses.find(index);
+  return found == responses.end() ? nullptr : &found->second;
 }
 
 } // namespace localservice

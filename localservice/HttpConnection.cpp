@@ -34,6 +34,11 @@ bool parseLength(const std::string& text, std::uint64_t& length) {
   return failure == std::errc() && parsed == end;
 }
 
+/// Whether all characters are printable ASCII. An address in the description is made of them.
+bool isHostName(const std::string& text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return c > ' ' && c < 0x7f; });
+}
+
 bool isReady(int socket, short events, int milliseconds) {
   pollfd waiting = {socket, events, 0};
   return poll(&waiting, 1, milliseconds) > 0;
@@ -41,10 +46,12 @@ bool isReady(int socket, short events, int milliseconds) {
 
 } // namespace
 
-HttpConnection::HttpConnection(struct soap* context, std::uint64_t longest)
-    : soap(context), parseAsRuntime(context->fparse), longestContent(longest), toReceive(longestHead) {
+HttpConnection::HttpConnection(struct soap* context, const HttpService& httpService, Reservation& memory,
+                               TracedExchange* trace)
+    : service(httpService), soap(context), parseAsRuntime(context->fparse), reservation(memory), traced(trace),
+      toReceive(longestHead) {
   soap->user = this;
-  soap->recv_maxlength = longest + 2 * longestHead; // bytes; the runtime also limits a chunk to this
+  soap->recv_maxlength = service.longestContent + 2 * longestHead; // bytes; the runtime also limits a chunk to this
   soap->fparse = [](struct soap* parsing) { return of(parsing).parseHead(); };
   // The runtime's own function would allow cross-origin requests and attachments.
   soap->fparsehdr = [](struct soap* parsing, const char* name, const char* value) {
@@ -67,58 +74,77 @@ std::string HttpConnection::field(const std::string& name) const {
 int HttpConnection::parseHead() {
   const int code = parseAsRuntime(soap);
   isHeadOnly = soap->status == SOAP_HEAD;
-  if (code || refusedWith) // the runtime may return 0 for a head that was refused
-    return soap->error = refusedWith ? refusedWith : code;
-  rate = MinimumRate();
+  if (code || refusedFor) // the runtime may return 0 for a head that was refused
+    return soap->error = refusedFor ? refusedFor->status : code;
   isInContent = true;
-  return soap->error = readFraming();
+  const Refusal* refusal = isHostName(field("host")) ? nullptr : &refusals::badHost;
+  if (!refusal && soap->status == SOAP_POST)
+    refusal = service.checkHead(*this, soap);
+  if (!refusal)
+    refusal = readFraming();
+  if (!refusal && !isChunked && !reservation.add(soap->length))
+    refusal = &refusals::noMemory;
+  rate = MinimumRate();
+  return soap->error = refusal ? refuse(*refusal) : SOAP_OK;
+}
+
+int HttpConnection::refuse(const Refusal& refusal) {
+  if (!refusedFor)
+    refusedFor = &refusal;
+  return refusedFor->status;
 }
 
 /// Where the content ends (RFC 9112 section 6).
-int HttpConnection::readFraming() {
+const Refusal* HttpConnection::readFraming() {
   const std::string length = field("content-length");
   const std::string coding = lowerCase(field("transfer-encoding"));
-  const std::uint64_t arrived = tarnwell::unread(soap).size();
+  const std::string_view unread = tarnwell::unread(soap);
+  const std::uint64_t arrived = unread.size();
   isChunked = coding == "chunked";
   if (isChunked) {
     if (!length.empty())
-      return refuse(400);
+      return &refusals::badLength;
     soap->imode = (soap->imode & ~static_cast<soap_mode>(SOAP_IO)) | SOAP_IO_CHUNK;
-    toReceive = 2 * longestContent; // twice as much, for the framing of small chunks
-    return SOAP_OK;
+    toReceive = 2 * service.longestContent; // twice as much, for the framing of small chunks
+    return checkArrived(unread.data(), unread.size());
   }
   if (!coding.empty())
-    return refuse(501);
+    return &refusals::otherCoding;
   std::uint64_t announced = 0;
   if (!length.empty() && !parseLength(length, announced))
-    return refuse(400);
-  if (announced > longestContent)
-    return refuse(413);
+    return &refusals::badLength;
+  if (announced > service.longestContent)
+    return &refusals::tooLong;
   if (length.empty() && soap->status == SOAP_POST)
-    return refuse(411);
+    return &refusals::noLength;
   soap->length = announced;
   soap->body = announced != 0;
   soap->buflen -= static_cast<std::size_t>(arrived - std::min(arrived, announced)); // drops bytes after the content
   toReceive = announced - std::min(arrived, announced);
-  return SOAP_OK;
+  return nullptr;
+}
+
+/// Checks bytes of the content that have just arrived.
+const Refusal* HttpConnection::checkArrived(const char* bytes, std::size_t size) {
+  return isChunked && isInContent && !framing.check(bytes, size) ? &refusals::badChunk : nullptr;
 }
 
 std::size_t HttpConnection::receive(char* to, std::size_t room) {
   const std::size_t most = static_cast<std::size_t>(std::min<std::uint64_t>({room, longestPiece, toReceive}));
   if (most == 0 && (isChunked || !isInContent))
-    refuse(isInContent ? 413 : 431);
-  if (most == 0 || refusedWith)
+    refuse(isInContent ? refusals::tooLong : refusals::longHead);
+  if (most == 0 || refusedFor)
     return 0;
   ssize_t size = recv(soap->socket, to, most, MSG_DONTWAIT);
   if (size < 0 && (errno == EAGAIN || errno == EINTR)) {
     if (!isReady(soap->socket, POLLIN, rate.millisecondsLeft())) {
-      refuse(408);
+      refuse(refusals::tooSlow);
       return 0;
     }
     size = recv(soap->socket, to, most, MSG_DONTWAIT);
   }
   if (size <= 0) { // the client has ended the connection
-    refuse(400);
+    refuse(refusals::cutOff);
     return 0;
   }
   const auto taken = static_cast<std::size_t>(size);
@@ -126,6 +152,12 @@ std::size_t HttpConnection::receive(char* to, std::size_t room) {
   toReceive -= taken;
   if (isInContent)
     rate.moved(taken);
+  else if (traced)
+    traced->request.addHead(to, taken);
+  if (const Refusal* const refusal = checkArrived(to, taken)) {
+    refuse(*refusal);
+    return 0;
+  }
   return taken;
 }
 
@@ -137,31 +169,43 @@ int HttpConnection::checkContent(const char* piece, std::size_t size) {
     return SOAP_OK;
   }
   content += size;
-  const int status = content > longestContent ? 413 : markup.check(soap, piece, size);
-  return status ? refuse(status) : SOAP_OK;
+  if (traced)
+    traced->request.addBody(piece, size);
+  const Refusal* refusal = content > service.longestContent ? &refusals::tooLong : markup.check(soap, piece, size);
+  if (!refusal && isChunked && !isReserved && content > Reservation::freeOfCharge) {
+    isReserved = true; // the length is not known: as much as it may become, at once, so that nobody waits with a part
+    refusal = reservation.add(service.longestContent) ? nullptr : &refusals::noMemory;
+    rate = MinimumRate();
+  }
+  return refusal ? refuse(*refusal) : SOAP_OK;
 }
 
 void HttpConnection::sendContinue() {
   if (lowerCase(field("expect")) != "100-continue")
     return;
-  static_cast<void>(send("HTTP/1.1 100 Continue\r\n\r\n", 25));
-  isAnswering = false;
+  static_cast<void>(transmit("HTTP/1.1 100 Continue\r\n\r\n"));
 }
 
 int HttpConnection::readToEnd() {
   while (static_cast<int>(soap_getchar(soap)) != EOF)
     continue;
-  const bool isWhole = !refusedWith && (isChunked ? hasLastChunk : toReceive == 0);
+  const bool isWhole = !refusedFor && (isChunked ? hasLastChunk : toReceive == 0);
   return soap->error = isWhole ? SOAP_OK : SOAP_EOF;
 }
 
 int HttpConnection::send(const char* bytes, std::size_t size) {
   std::string_view left(bytes, size);
   if (isHeadOnly) // the first buffer that is sent contains the whole head
-    left = isAnswering ? std::string_view() : left.substr(0, left.find("\r\n\r\n") + 4);
-  if (!isAnswering)
+    left = isResponding ? std::string_view() : left.substr(0, left.find("\r\n\r\n") + 4);
+  if (!isResponding)
     rate = MinimumRate();
-  isAnswering = true;
+  isResponding = true;
+  if (traced)
+    traced->response.add(left.data(), left.size());
+  return transmit(left);
+}
+
+int HttpConnection::transmit(std::string_view left) {
   while (!left.empty()) {
     const ssize_t taken = ::send(soap->socket, left.data(), left.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
     if (taken < 0 && errno != EAGAIN && errno != EINTR)

@@ -24,7 +24,7 @@ bool isInBlock(const struct soap* soap) {
 
 } // namespace
 
-int MarkupLimit::check(const struct soap* soap, const char* piece, std::size_t size) {
+const Refusal* MarkupLimit::check(const struct soap* soap, const char* piece, std::size_t size) {
   // The runtime keeps the names of all attributes that it has read, and searches them for each new one.
   std::size_t attributes = 0;
   for (const struct soap_attribute* attribute = soap->attributes; attribute; attribute = attribute->next)
@@ -33,7 +33,9 @@ int MarkupLimit::check(const struct soap* soap, const char* piece, std::size_t s
   const bool isBlock = isInBlock(soap) && !std::memchr(piece, '<', size) && soap->lablen < longestMarkup;
   if (!isBlock)
     markup += size;
-  return markup > longestMarkup ? 413 : attributes > mostAttributes ? 400 : 0;
+  if (markup > longestMarkup)
+    return &refusals::muchMarkup;
+  return attributes > mostAttributes ? &refusals::manyAttributes : nullptr;
 }
 
 } // namespace localservice

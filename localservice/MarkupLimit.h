@@ -2,6 +2,8 @@
 // lists of them. Byte blocks are not limited here. One thread.
 #pragma once
 
+#include "localservice/Refusal.h"
+
 #include <cstddef>
 
 struct soap;
@@ -11,9 +13,9 @@ namespace localservice {
 /// Counts the markup of one request.
 class MarkupLimit {
 public:
-  /// Counts a piece of content that the context reads next. Returns 0, or the HTTP status to refuse the request with:
-  /// 413 for more than 256 KiB of tags and texts, 400 for more than 256 attribute names.
-  int check(const struct soap* soap, const char* piece, std::size_t size);
+  /// Counts a piece of content that the context reads next. Refuses more than 256 KiB of tags and texts, and more
+  /// than 256 attribute names. Null: go on.
+  const Refusal* check(const struct soap* soap, const char* piece, std::size_t size);
 
 private:
   std::size_t markup = 0; ///< bytes

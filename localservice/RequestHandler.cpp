@@ -3,7 +3,8 @@
 #include "localservice/Description.h"
 #include "localservice/Handlers.h"
 #include "localservice/PasswordHash.h"
-#include "localservice/Reply.h"
+#include "localservice/Response.h"
+#include "protocol/binding/Reader.h"
 
 #include <algorithm>
 #include <cstring>
@@ -40,32 +41,68 @@ bool asksForDescription(const struct soap* soap) {
   return query != std::string_view::npos && soap_tag_cmp(target.data() + query + 1, "wsdl") == 0;
 }
 
-/// The runtime's call-back for methods that the service does not support.
-int refuseMethod(struct soap* soap) { return isForService(soap) ? 405 : 404; }
+/// The runtime's callback for methods that the service does not support.
+int refuseMethod(struct soap* soap) {
+  return HttpConnection::of(soap).refuse(isForService(soap) ? refusals::noSuchMethod : refusals::noSuchPath);
+}
 
-/// The runtime's call-back for GET and HEAD. The description contains the address that the client has used.
+/// The runtime's callback for GET and HEAD. The description contains the address that the client has used.
 int sendDescription(struct soap* soap) {
   if (!isForService(soap) || !asksForDescription(soap))
     return refuseMethod(soap);
-  const std::string host = HttpConnection::of(soap).field("host");
-  return sendDocument(soap, serviceDescription(host.empty() ? std::string() : "http://" + host + servicePath));
+  const HttpConnection& connection = HttpConnection::of(soap);
+  const std::string host = connection.field("host");
+  return sendDocument(soap, serviceDescription(host.empty() ? connection.service.url : "http://" + host + servicePath));
 }
 
-/// Checks a request before its content is read. Returns 0 or an HTTP status.
-int checkHead(const HttpConnection& connection, const struct soap* soap) {
-  if (soap->status != SOAP_POST) // no HTTP request: the call-backs answer all other methods
-    return 400;
+/// Checks a POST request before its content is read.
+const Refusal* checkHead(const HttpConnection& connection, const struct soap* soap) {
   if (!isForService(soap))
-    return 404;
+    return &refusals::noSuchPath;
   if (!connection.field("origin").empty()) // a script of a web page, even if its host name leads to this machine
-    return 403;
+    return &refusals::fromWebPage;
   const std::string coding = connection.field("content-encoding");
   if (!coding.empty() && soap_tag_cmp(coding.c_str(), "identity"))
-    return 415;
+    return &refusals::compressed;
   // Web pages can send other types, or no type, to any server. text/xml is the type of SOAP 1.1.
   const std::string type = connection.field("content-type");
   const std::string media = type.substr(0, type.find_first_of("; \t"));
-  return soap_tag_cmp(media.c_str(), "application/soap+xml") && soap_tag_cmp(media.c_str(), "text/xml") ? 415 : 0;
+  const bool isSoap = !soap_tag_cmp(media.c_str(), "application/soap+xml") || !soap_tag_cmp(media.c_str(), "text/xml");
+  return isSoap ? nullptr : &refusals::otherType;
+}
+
+/// The value, without white space around it, of an attribute of the element peeked at; empty when it has none.
+std::string_view attribute(struct soap* soap, const char* name) {
+  for (const struct soap_attribute* each = soap->attributes; each; each = each->next) {
+    if (!each->visible || !each->value || !std::strchr(each->name, ':') || soap_match_tag(soap, each->name, name))
+      continue;
+    const std::string_view value = each->value;
+    const std::size_t start = std::min(value.find_first_not_of(" \t\r\n"), value.size());
+    return value.substr(start, value.find_last_not_of(" \t\r\n") + 1 - start);
+  }
+  soap->error = SOAP_OK; // of a prefix that is not declared
+  return {};
+}
+
+/// Whether the header entry peeked at concerns this service, the last node of the message's way, and must be understood
+/// (SOAP 1.2 Part 1 sections 2.2 and 5.2.3).
+bool mustBeUnderstood(struct soap* soap) {
+  const std::string_view must = attribute(soap, "SOAP-ENV:mustUnderstand");
+  const std::string_view role = attribute(soap, "SOAP-ENV:role");
+  constexpr std::string_view roles = "http://www.w3.org/2003/05/soap-envelope/role/";
+  const bool isOurs =
+      role.empty() || (role.substr(0, roles.size()) == roles &&
+                       (role.substr(roles.size()) == "next" || role.substr(roles.size()) == "ultimateReceiver"));
+  return isOurs && (must == "1" || must == "true");
+}
+
+/// Sets the fault for a header entry that must be understood.
+int refuseHeaderEntry(struct soap* soap) {
+  const std::string reason = std::string("the service understands no header entry, and ") + soap->tag +
+                             " must be understood: send no header (switch off WS-Addressing and WS-Security)";
+  *soap_faultcode(soap) = "SOAP-ENV:MustUnderstand";
+  *soap_faultstring(soap) = soap_strdup(soap, reason.c_str());
+  return soap->error = SOAP_MUSTUNDERSTAND;
 }
 
 /// Skips a header. Refuses a header with an entry that must be understood.
@@ -74,11 +111,19 @@ int receiveHeader(struct soap* soap) {
     return soap->error == SOAP_TAG_MISMATCH ? soap->error = SOAP_OK : soap->error;
   if (!soap->body)
     return SOAP_OK;
-  return soap_getindependent(soap) || soap_element_end_in(soap, "SOAP-ENV:Header") ? soap->error : SOAP_OK;
+  while (!soap_peek_element(soap)) {
+    if (mustBeUnderstood(soap))
+      return refuseHeaderEntry(soap);
+    soap->mustUnderstand = 0; // the runtime would also refuse entries for others
+    if (tarnwell::skipUnknown(soap))
+      return soap->error;
+  }
+  soap->error = soap->error == SOAP_NO_TAG ? SOAP_OK : soap->error;
+  return soap->error || soap_element_end_in(soap, "SOAP-ENV:Header") ? soap->error : SOAP_OK;
 }
 
-/// Reads up to the first element in the body. For an envelope of SOAP 1.1 it sets `soapVersion`, which the answer has
-/// to use; every envelope that is not SOAP 1.2 gives SOAP_VERSIONMISMATCH.
+/// Reads up to the first element in the body. For an envelope of SOAP 1.1 it sets `soapVersion`, which the response
+/// has to use; every envelope that is not SOAP 1.2 gives SOAP_VERSIONMISMATCH.
 int receiveEnvelope(struct soap* soap, short& soapVersion) {
   soap->version = 2;
   if (soap_element_begin_in(soap, "SOAP-ENV:Envelope", 0, nullptr)) {
@@ -93,11 +138,12 @@ int receiveEnvelope(struct soap* soap, short& soapVersion) {
 }
 
 /// Reads the whole message: sets `index` to its operation and `request` to its request. Returns 0 or the runtime's
-/// code; SOAP_STOP when a call-back has answered.
-int receive(HttpConnection& connection, struct soap* soap, short& soapVersion, OperationIndex& index,
-            const void*& request) {
-  if (soap_begin_recv(soap) || (soap->error = checkHead(connection, soap)))
+/// code; SOAP_STOP when a callback has responded.
+int receive(HttpConnection& connection, struct soap* soap, short& soapVersion, OperationIndex& index, void*& request) {
+  if (soap_begin_recv(soap))
     return soap->error;
+  if (soap->status != SOAP_POST) // no HTTP request: callbacks respond to the other methods
+    return soap->error = connection.refuse(refusals::noHttp);
   connection.sendContinue();
   if (receiveEnvelope(soap, soapVersion))
     return soap->error;
@@ -124,58 +170,71 @@ void setReceiverFault(struct soap* soap, const char* reason) {
 
 } // namespace
 
-RequestHandler::RequestHandler(const Options& serverOptions) : options(serverOptions) {
+RequestHandler::RequestHandler(const Options& serverOptions, const DatabaseFile& file, const std::string& url)
+    : options(serverOptions), service{url, options.bytes("max-request"), checkHead}, stores(file),
+      memory(options.bytes("max-memory")), delay(options.number("delay")), logs(options.isSet("log")) {
   unmatchedHash(); // computed now: the first login with an unknown name must not take longer than others
+  if (options.isSet("trace"))
+    trace.emplace(options.text("trace"));
 }
 
-void RequestHandler::handle(struct soap* context) const noexcept {
+void RequestHandler::handle(struct soap* context) noexcept {
   const auto start = std::chrono::steady_clock::now();
   context->fget = context->fhead = sendDescription;
   context->fput = context->fdel = context->fopt = refuseMethod;
-  context->fpatch = [](struct soap*) { return 405; }; // for this method the runtime sets a wrong path
-  HttpConnection connection(context, options.longestRequest);
+  context->fpatch = [](struct soap* soap) { // for this method the runtime sets a wrong path
+    return HttpConnection::of(soap).refuse(refusals::noSuchMethod);
+  };
+  Reservation reservation(memory);
+  TracedExchange traced;
+  HttpConnection connection(context, service, reservation, trace ? &traced : nullptr);
   LogEntry entry;
   entry.client = std::string(context->host) + ":" + std::to_string(context->port);
   try {
-    exchange(connection, context, entry);
+    exchange(connection, context, reservation, entry);
+  } catch (const Refused& e) {
+    entry.outcome = std::to_string(sendFault(context, &e.refusal, 2));
   } catch (const std::exception& e) {
     setReceiverFault(context, e.what());
-    entry.outcome = std::to_string(sendFault(context, 0, 2));
+    entry.outcome = std::to_string(sendFault(context, nullptr, 2));
   }
   entry.duration = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start);
   entry.received = connection.received;
   entry.sent = connection.sent;
-  if (options.log)
+  if (logs)
     log(entry);
-  soap_destroy(context); // frees request and answer before the wait for the client
+  if (trace)
+    trace->write(traced, entry);
+  soap_destroy(context); // frees request and response before the wait for the client
   soap_dealloc(context, nullptr);
+  reservation.release();
   connection.linger();
 }
 
-void RequestHandler::exchange(HttpConnection& connection, struct soap* soap, LogEntry& entry) const {
+void RequestHandler::exchange(HttpConnection& connection, struct soap* soap, Reservation& reservation,
+                              LogEntry& entry) {
   short soapVersion = 2;
   OperationIndex index{};
-  const void* request = nullptr;
+  void* request = nullptr;
   if (receive(connection, soap, soapVersion, index, request)) {
     entry.outcome = std::to_string(soap->error == SOAP_STOP ? 200 : sendFault(soap, connection.refusal(), soapVersion));
     return;
   }
   const tarnwell::Operation& operation = tarnwell::operations[static_cast<std::size_t>(index)];
   entry.operation = operation.name;
-  std::this_thread::sleep_for(std::chrono::milliseconds(options.delay));
-  const InjectedAnswer* const injected = options.faultInjection.find(index);
-  if (injected && injected->kind == InjectedAnswer::Drop) {
+  entry.user = userOf(soap, index, request);
+  std::this_thread::sleep_for(delay);
+  const InjectedResponse* const injected = options.faultInjection.find(index);
+  if (injected && injected->kind == InjectedResponse::Drop) {
     entry.outcome = "drop";
     return;
   }
-  if (injected && injected->kind == InjectedAnswer::Fault)
+  if (injected && injected->kind == InjectedResponse::Fault)
     throw std::runtime_error("the command line asks for this fault");
-  Store store(options.database, options.readOnly ? OpenMode::Read : OpenMode::Change);
-  const Answer answered = answer(store, soap, index, request, injected);
-  entry.user = answered.user;
-  entry.outcome = answered.outcome;
+  const Outcome outcome = carryOut(*stores.take(), soap, index, request, injected, reservation);
+  entry.outcome = outcome.name;
   sendEnvelope(soap, SOAP_OK, [&] {
-    return tarnwell::writeElement(soap, tarnwell::typeOf(operation.response).name, -1, answered.response, nullptr,
+    return tarnwell::writeElement(soap, tarnwell::typeOf(operation.response).name, -1, outcome.response, nullptr,
                                   tarnwell::typeOf(operation.response));
   });
 }

@@ -8,7 +8,7 @@
 
 namespace localservice {
 
-void log(const LogEntry& entry) {
+std::string line(const LogEntry& entry) {
   const auto column = [](const std::string& text) {
     return text.empty() ? QString("-") : terminal::printable(QString::fromStdString(text));
   };
@@ -20,8 +20,12 @@ void log(const LogEntry& entry) {
                             QString("%1 ms").arg(entry.duration.count()),
                             QString("%1 bytes in").arg(entry.received),
                             QString("%1 bytes out").arg(entry.sent)};
-  const QByteArray line = columns.join('\t').toUtf8() + '\n';
-  std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr); // one call: lines stay whole
+  return columns.join('\t').toStdString() + '\n';
+}
+
+void log(const LogEntry& entry) {
+  const std::string text = line(entry);
+  std::fwrite(text.data(), 1, text.size(), stderr); // one call: lines stay whole
 }
 
 } // namespace localservice

@@ -18,7 +18,9 @@ struct LogEntry {
   std::uint64_t sent = 0;     ///< bytes
 };
 
-/// Writes `entry` with the current time, in columns separated by tabs.
+/// `entry` with the current time, in columns separated by tabs, and the end of the line. UTF-8.
+std::string line(const LogEntry& entry);
+/// Writes this line.
 void log(const LogEntry& entry);
 
 } // namespace localservice

@@ -54,8 +54,8 @@ void ContextDeleter::operator()(struct soap* context) const {
   soap_free(context);
 }
 
-Server::Server(const Options& options)
-    : listener(listen(options)), url(urlOf(options, addressOf(listener->master))), handler(options) {}
+Server::Server(const Options& options, const DatabaseFile& file)
+    : listener(listen(options)), url(urlOf(options, addressOf(listener->master))), handler(options, file, url) {}
 
 bool Server::isReachableFromOutside() const {
   const sockaddr_storage address = addressOf(listener->master);

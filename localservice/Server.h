@@ -22,8 +22,9 @@ using Context = std::unique_ptr<struct soap, ContextDeleter>;
 /// The server of one endpoint.
 class Server {
 public:
-  /// Listens. Throws std::runtime_error, with a text for people, and std::bad_alloc. `options` outlives this object.
-  explicit Server(const Options& options);
+  /// Listens. Throws std::runtime_error, with a text for people, and std::bad_alloc. Both arguments outlive this
+  /// object.
+  Server(const Options& options, const DatabaseFile& file);
 
   /// The service's URL.
   const std::string& endpoint() const { return url; }
@@ -32,8 +33,8 @@ public:
 
   /// Serves until the file descriptor `stop` can be read.
   void serve(int stop);
-  /// Accepts the clients that already wait, and then no more. Answers the requests that have arrived whole, and ends
-  /// the other connections. False: after five seconds some threads are still running, and the process has to end
+  /// Accepts the clients that already wait, and then no more. Responds to the requests that have arrived whole, and
+  /// ends the other connections. False: after five seconds some threads are still running, and the process has to end
   /// without destroying anything.
   [[nodiscard]] bool finish();
 
@@ -50,7 +51,7 @@ private:
 
   const Context listener;
   const std::string url;
-  const RequestHandler handler;
+  RequestHandler handler;
   std::mutex mutex; ///< guards `isDone` of each connection, and its pointer to the context
   std::condition_variable someIsDone;
   std::list<Connection> connections;

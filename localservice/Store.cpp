@@ -5,7 +5,6 @@
 
 #include <cstring>
 #include <ctime>
-#include <utility>
 
 namespace localservice {
 
@@ -43,6 +42,27 @@ std::string mapColumns(unsigned blocks) {
   });
   return columns;
 }
+
+/// Bytes of memory of all rows, with copies that a visitor makes: texts in four bytes for a character, blocks as they
+/// are. SQLite does not read the pages of a block for its length.
+std::string memoryExpression(unsigned blocks) {
+  std::string sum = "coalesce(sum(1024";
+  MapRecord any;
+  forSavedColumns(any, [&](const std::string& column, auto&, Blocks block) {
+    if (!(block & ~blocks))
+      sum += (block ? " + 2" : " + 8") + (" * coalesce(length(" + column + "), 0)");
+  });
+  return sum + "), 0)";
+}
+
+std::uint64_t readSize(Query& query) {
+  std::int64_t size = 0;
+  query.step();
+  query.read(size);
+  return static_cast<std::uint64_t>(size);
+}
+
+constexpr const char* inList = " FROM maps WHERE owner = ? AND NOT removed AND published >= ?";
 
 /// Reads the columns of mapColumns().
 MapRecord readMap(Query& row) {
@@ -94,12 +114,9 @@ public:
 
 } // namespace
 
-Store::Store(std::string databaseFile, OpenMode openMode) : file(std::move(databaseFile)), mode(openMode) {}
-
-SQLite::Database& Store::database() {
-  if (!opened)
-    opened.emplace(openDatabase(file, mode));
-  return *opened;
+void Store::followFile() {
+  if (connection && hasMoved(*connection))
+    connection.reset();
 }
 
 void Store::putAccount(const std::string& name, const std::string& password, bool premium) {
@@ -129,22 +146,22 @@ void Store::listAccounts(const std::function<void(const char*, bool)>& visit) {
 }
 
 dsns__DesktopLoginEnumerators Store::login(const char* name, const char* password) {
-  Query query(database(), "SELECT password, premium FROM accounts WHERE name = ?");
-  query.bind(name);
-  const bool isKnown = query.step();
-  const std::string hash = isKnown ? query.readRequiredText() : unmatchedHash();
+  std::string hash = unmatchedHash();
   bool premium = false;
-  if (isKnown)
-    query.read(premium);
-  if (!passwordMatches(password ? password : "", hash))
+  {
+    Query query(database(), "SELECT password, premium FROM accounts WHERE name = ?");
+    if (query.bind(name).step()) {
+      hash = query.readRequiredText();
+      query.read(premium);
+    }
+  } // ends the query: while it is open, no change can be committed, and a hash takes long
+  if (!passwordMatches(name ? name : "", password ? password : "", hash))
     return dsns__DesktopLoginEnumerators__NotAUser;
   return premium ? dsns__DesktopLoginEnumerators__Success : dsns__DesktopLoginEnumerators__NotPremiumAccount;
 }
 
 void Store::listMaps(const std::string& owner, bool publishedOnly, unsigned blocks, const MapVisitor& visit) {
-  Query query(database(), "SELECT " + mapColumns(blocks) +
-                              " FROM maps WHERE owner = ? AND NOT removed AND published >= ?"
-                              " ORDER BY rowid");
+  Query query(database(), "SELECT " + mapColumns(blocks) + inList + " ORDER BY rowid");
   query.bind(owner).bind(publishedOnly);
   while (query.step())
     visit(readMap(query));
@@ -161,6 +178,16 @@ dsns__DesktopMapAccess Store::loadMap(const std::string& owner, const std::strin
   if (access == dsns__DesktopMapAccess__Success)
     visit(readMap(query));
   return access;
+}
+
+std::uint64_t Store::memoryOfList(const std::string& owner, bool publishedOnly, unsigned blocks) {
+  Query query(database(), "SELECT " + memoryExpression(blocks) + inList);
+  return readSize(query.bind(owner).bind(publishedOnly));
+}
+
+std::uint64_t Store::memoryOfMap(const std::string& id, unsigned blocks) {
+  Query query(database(), "SELECT " + memoryExpression(blocks) + " FROM maps WHERE id = ?");
+  return readSize(query.bind(id));
 }
 
 dsns__DesktopMapAccess Store::saveMap(const std::string& owner, const MapRecord& map, bool forced, std::string& id) {
@@ -278,6 +305,12 @@ dsns__DesktopMapAccess Store::accessTo(const std::string& owner, const std::stri
   Query query(database(), std::string("SELECT ") + accessColumns + " FROM maps WHERE id = ?");
   query.bind(id);
   return query.step() ? readAccess(query, owner) : dsns__DesktopMapAccess__None;
+}
+
+SQLite::Database& Store::database() {
+  if (!connection)
+    connection.emplace(file.connect());
+  return *connection;
 }
 
 std::string Store::findByName(const std::string& owner, const char* name) {

@@ -64,9 +64,11 @@ struct Update {
 /// and renameMap(); Success.
 class Store {
 public:
-  /// Does not open the file: the first function that needs it does, or open().
-  Store(std::string databaseFile, OpenMode openMode);
+  /// Does not connect: the first function that needs a connection does, or open(). `databaseFile` outlives this object.
+  explicit Store(const DatabaseFile& databaseFile) : file(databaseFile) {}
   void open() { database(); }
+  /// Closes the connection if the file of this name is now another one: the next function opens that one.
+  void followFile();
 
   /// Adds an account, or changes password and premium flag of an existing one. Throws std::runtime_error for a password
   /// of more than 511 bytes.
@@ -84,6 +86,9 @@ public:
   /// Calls `visit` on Success only.
   [[nodiscard]] dsns__DesktopMapAccess loadMap(const std::string& owner, const std::string& id, unsigned blocks,
                                                const MapVisitor& visit);
+  /// Bytes that listMaps() and loadMap() need with these arguments, the visitor's copies included.
+  [[nodiscard]] std::uint64_t memoryOfList(const std::string& owner, bool publishedOnly, unsigned blocks);
+  [[nodiscard]] std::uint64_t memoryOfMap(const std::string& id, unsigned blocks);
   /// Stores `map` over the map with its identifier or, if that is not known, over the owner's map of the same name; if
   /// there is none, under a new identifier. Without `forced` an existing map gives FileExists. Values that `map` does
   /// not have keep their stored ones. On Success `id` is the stored map's identifier.
@@ -113,9 +118,8 @@ private:
   [[nodiscard]] std::string findByName(const std::string& owner, const char* name);
   SQLite::Database& database();
 
-  const std::string file;
-  const OpenMode mode;
-  std::optional<SQLite::Database> opened;
+  const DatabaseFile& file;
+  std::optional<SQLite::Database> connection;
 };
 
 } // namespace localservice

@@ -18,7 +18,7 @@ namespace {
 using namespace localservice;
 
 /// Serves until SIGINT or SIGTERM. A second signal has its default effect: it ends the process at once.
-void serve(const Options& options) {
+void serve(const Options& options, const DatabaseFile& file) {
   std::signal(SIGHUP, SIG_IGN);
   std::signal(SIGPIPE, SIG_IGN); // when the reader of the log has closed it
   // A fixed threshold makes free() return blocks of 1 MiB and more to the system; otherwise malloc raises it.
@@ -30,7 +30,7 @@ void serve(const Options& options) {
   pthread_sigmask(SIG_BLOCK, &stops, nullptr); // before the first thread starts: threads inherit the mask
   const int stop = signalfd(-1, &stops, SFD_CLOEXEC);
 
-  Server server(options);
+  Server server(options, file);
   if (server.isReachableFromOutside())
     std::cerr << "tarnwell-localservice: other machines can reach this service, and all traffic is readable\n";
   std::cout << server.endpoint() << std::endl;
@@ -42,18 +42,26 @@ void serve(const Options& options) {
     std::_Exit(EXIT_SUCCESS);
 }
 
+OpenMode openModeOf(const Options& options, bool serves) {
+  if (options.isSet("read-only"))
+    return OpenMode::Read;
+  return serves || createsDatabase(options) ? OpenMode::Create : OpenMode::Change;
+}
+
 void run(const Options& options) {
-  if (!options.information.empty()) {
-    std::cout << options.information;
+  std::signal(SIGXFSZ, SIG_IGN); // a file that may not grow is an error, not the end of the process
+  const std::string information = options.information();
+  if (!information.empty()) {
+    std::cout << information;
     return;
   }
-  Store store(options.database, options.readOnly            ? OpenMode::Read
-                                : options.createsDatabase() ? OpenMode::Create
-                                                            : OpenMode::Change);
+  const bool serves = options.isSet("listen") || options.isSet("port") || !asksForAdministration(options);
+  const DatabaseFile file(options.text("db"), openModeOf(options, serves));
+  Store store(file);
   store.open(); // and keeps it open, because a database in memory exists only while it is open
   administer(store, options);
-  if (options.serve)
-    serve(options);
+  if (serves)
+    serve(options, file);
 }
 
 } // namespace
@@ -63,7 +71,7 @@ int main(int argc, char** argv) {
   QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
   const QCoreApplication application(argc, argv);
   try {
-    run(parseOptions(QCoreApplication::arguments()));
+    run(Options(QCoreApplication::arguments()));
     return 0;
   } catch (const std::invalid_argument& e) {
     std::cerr << "tarnwell-localservice: " << e.what() << " (--help tells more)\n";

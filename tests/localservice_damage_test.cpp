@@ -19,10 +19,12 @@ namespace {
 TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
   const std::string body = message::envelope("<Login><username>anna</username><pass>secretü</pass></Login>");
   const std::string soap11 = "http://schemas.xmlsoap.org/soap/envelope/", sender = "SOAP-ENV:Sender";
+  const std::string understood = "SOAP-ENV:MustUnderstand", role = message::envelopeNamespace + "/role/";
   const std::string chunked = "POST " + servicePath + " HTTP/1.1\r\n" + soapType + "Transfer-Encoding: chunked\r\n\r\n";
   const std::string chunks = chunked + "1\r\n<\r\n" +
                              QByteArray::number(static_cast<int>(body.size() - 1), 16).toStdString() + "\r\n" +
                              body.substr(1) + "\r\n";
+  const std::string badChunk = sender + " a chunk's size";
   const auto with = [&body](const std::string& what, const std::string& by) { return post(replaced(body, what, by)); };
   const auto withHeader = [&with](const std::string& attribute) {
     return with("<soap:Body>", "<soap:Header><d:a soap:mustUnderstand='" + attribute + "'/></soap:Header><soap:Body>");
@@ -50,7 +52,11 @@ TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
       {"of an older schema", with("2001/XMLSchema-instance", "1999/XMLSchema-instance"), 200, "Success", open},
       {"after an invitation", post(body, soapType + "Expect: 100-continue\r\n"), 100, "Success", open},
       {"with a header to ignore", withHeader("false"), 200, "Success", open},
-      {"with a header to understand", withHeader("true"), 500, "SOAP-ENV:MustUnderstand", open},
+      {"with a header for others", withHeader("true' soap:role='urn:a"), 200, "Success", open},
+      {"with a header to understand", withHeader("true"), 500, understood + " the service understands no header", open},
+      {"with blanks in it", withHeader(" 1\t"), 500, understood, open},
+      {"for the next", withHeader("1' soap:role='" + role + "next"), 500, understood, open},
+      {"for the last", withHeader("1' soap:role='" + role + "ultimateReceiver"), 500, understood, open},
       {"nothing", "", 400, sender},
       {"noise", std::string("\0\1\377\r\n\r\n", 7), 400, sender},
       {"no HTTP", body, 400, sender},
@@ -58,21 +64,33 @@ TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
       {"another method", "PUT " + servicePath + " HTTP/1.1\r\nContent-Length: 3\r\n\r\nabc", 405, sender, open},
       {"PATCH", "PATCH " + servicePath + " HTTP/1.1\r\nContent-Length: 3\r\n\r\nabc", 405, sender, open},
       {"GET", "GET " + servicePath + " HTTP/1.1\r\n\r\n", 405, sender, open},
-      {"another path", post(body, soapType, "/other"), 404, sender, open},
+      {"another path", post(body, soapType, "/other"), 404, sender + " the service is at the path", open},
+      {"another path, empty", post("", "", "/"), 404, sender, open},
+      {"a host that is none", post(body, soapType + "Host: a\1b\r\n"), 400, sender + " the header field Host", open},
       {"a long body nobody reads", post(std::string(8 << 20, ' '), soapType, "/other"), 404, sender, open},
       {"a long path", "POST /" + std::string(100000, 'a') + " HTTP/1.1\r\n\r\n", 414, sender, open},
       {"a long field", post(body, "X: " + std::string(100000, 'a') + "\r\n"), 431, sender, open},
       {"many fields", post(body, fields), 431, sender, open},
-      {"compressed", post(body, soapType + "Content-Encoding: gzip\r\n"), 415, sender, open},
+      {"compressed", post(body, soapType + "Content-Encoding: gzip\r\n"), 415, sender + " compressed", open},
       {"a form", post(body, "Content-Type: text/plain\r\n"), 415, sender, open},
+      {"MTOM", post(body, "Content-Type: multipart/related; a=b\r\n"), 415, sender + " the content has to be", open},
       {"without a type", post(body, ""), 415, sender, open},
-      {"by a web page", post(body, soapType + "Origin: http://a\r\n"), 403, sender, open},
-      {"without a length", "POST " + servicePath + " HTTP/1.1\r\n" + soapType + "\r\n" + body, 411, sender, open},
+      {"by a web page", post(body, soapType + "Origin: http://a\r\n"), 403,
+       sender + " requests with the header field Origin", open},
+      {"without a length", "POST " + servicePath + " HTTP/1.1\r\n" + soapType + "\r\n" + body, 411,
+       sender + " a request needs", open},
       {"two lengths", post(body, soapType + "Content-Length: 1\r\n"), 400, sender, open},
       {"length and chunks", post(body, soapType + "Transfer-Encoding: chunked\r\n"), 400, sender, open},
       {"too long", replaced(post(body), "Length: ", "Length: 9999999999"), 413, sender, open},
+      {"a chunk without a size", chunked + "\r\n" + body, 400, badChunk, open},
+      {"a size that is no number", chunked + "zz\r\n" + body, 400, badChunk, open},
+      {"a size that is too long", chunked + "1000000000000000\r\n" + body, 400, badChunk, open},
+      {"more than the chunk's size", chunked + "1\r\n" + body, 400, badChunk, open},
+      {"a chunk with an extension", replaced(chunks, "1\r\n", "1 ;a=b\r\n") + "0\r\nA: b\r\n\r\n", 200, "Success",
+       open},
       {"too long a chunk", chunked + "280000000\r\n" + body, 413, sender, open},
-      {"too long a text", with("anna", std::string(1 << 20, 'a')), 413, sender, open},
+      {"too long a text", with("anna", std::string(1 << 20, 'a')), 413, sender + " a request has at most 256 KiB",
+       open},
       {"too long an attribute", with("<Login>", "<Login a='" + std::string(1 << 20, 'a') + "'>"), 413, sender, open},
       {"many attributes", with("<Login>", "<Login" + attributes + ">"), 400, sender, open},
       {"many elements' attributes", with("<Login>", "<Login>" + elements), 413, sender, open},
@@ -101,6 +119,7 @@ TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
     const std::string media = isOld ? "text/xml" : "application/soap+xml";
     EXPECT_NE(answer.find("\r\nContent-Type: " + media + "; charset=utf-8\r\n"), std::string::npos) << answer;
     EXPECT_EQ(answer.find("Access-Control"), std::string::npos);
+    EXPECT_EQ(answer.find("\r\nAllow: GET, HEAD, POST\r\n") != std::string::npos, row.status == 405) << answer;
     EXPECT_NE(answer.find("xmlns:SOAP-ENV=\"" + (isOld ? soap11 : message::envelopeNamespace) + "\""),
               std::string::npos);
     EXPECT_EQ(shown(answer).find(row.outcome), 0U) << answer;
@@ -113,6 +132,8 @@ TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
   const std::string description = Connection(port(), get).answer();
   EXPECT_NE(description.find("location=\"http://here.example:81" + servicePath + "\""), std::string::npos)
       << description;
+  const std::string own = Connection(port(), replaced(get, "Host: here.example:81\r\n", "")).answer();
+  EXPECT_NE(own.find("location=\"" + endpoint.toStdString() + "\""), std::string::npos) << own;
   const std::string head = Connection(port(), replaced(get, "GET", "HEAD")).answer();
   EXPECT_EQ(head, description.substr(0, description.find("<?xml")));
 }
@@ -125,6 +146,19 @@ TEST_F(LocalServiceTest, IsNotHeldUpByClientsThatStall) {
   const QDeadlineTimer limit(9000);
   EXPECT_EQ(call("Login"), "Success");
   EXPECT_FALSE(limit.hasExpired()) << "waited for the stalled ones, which are given up after ten seconds";
+}
+
+TEST_F(LocalServiceTest, ServesSoManyClientsAtOnceAndNoMore) {
+  std::list<Connection> stalled;
+  for (int i = 0; i < 256; ++i)
+    stalled.emplace_back(port(), "");
+  Connection waiting(port(), request("Login"));
+  const QString status = QString("/proc/%1/status").arg(process.processId());
+  while (!contentOf(status).contains("Threads:\t257\n")) // a thread for each client, and the one that accepts them
+    QThread::yieldCurrentThread();
+  EXPECT_FALSE(waiting.waitForReadyRead(200)) << "is served beside 256 others";
+  stalled.pop_front();
+  EXPECT_EQ(shown(waiting.answer()), "Success");
 }
 
 TEST_F(LocalServiceTest, AnswersWhatHasArrivedWhenStopped) {
@@ -142,7 +176,11 @@ TEST_F(LocalServiceTest, AnswersWhatHasArrivedWhenStopped) {
   start({"--delay", "60000"});
   const Connection slow(port(), request("Login"));
   process.terminate();
-  QThread::msleep(200);
+  QTcpSocket probe; // until the first signal has arrived: then the service refuses connections
+  do {
+    probe.abort();
+    probe.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(port()));
+  } while (probe.waitForConnected(patience));
   const QDeadlineTimer soon(4500);
   EXPECT_EQ(stop().status, -1);
   EXPECT_FALSE(soon.hasExpired()) << "a second signal ends it at once";

@@ -1,4 +1,4 @@
-#include "localservice/Reply.h"
+#include "localservice/Response.h"
 
 #include "protocol/desktopservice.h"
 
@@ -9,7 +9,7 @@ namespace localservice {
 namespace {
 
 /// Resets the context's state of reading, such as the request's prefixes. The objects that were read stay.
-void beginAnswer(struct soap* soap, short soapVersion) {
+void beginResponse(struct soap* soap, short soapVersion) {
   soap_begin(soap);
   soap_set_version(soap, soapVersion);
   soap->encodingStyle = nullptr; // document/literal
@@ -32,7 +32,7 @@ int statusOf(int error, const char* faultCode) {
   if (error == SOAP_HDR)
     return 431;
   if (error == SOAP_HTTP_ERROR) // a chunk that is longer than the longest request
-    return 413;
+    return refusals::tooLong.status;
   const bool isSenders = error == SOAP_EOF || std::strcmp(faultCode, "SOAP-ENV:Sender") == 0;
   return isSenders ? 400 : 500;
 }
@@ -40,30 +40,34 @@ int statusOf(int error, const char* faultCode) {
 } // namespace
 
 void sendEnvelope(struct soap* soap, int status, const std::function<int()>& writeContent) {
-  beginAnswer(soap, 2);
+  beginResponse(soap, 2);
   sendEnvelopeBegun(soap, status, writeContent);
 }
 
-int sendFault(struct soap* soap, int status, short soapVersion) {
+int sendFault(struct soap* soap, const Refusal* refusal, short soapVersion) {
   const int error = soap->error;
-  if (soap->version != 2) // before it reads the envelope, the runtime sets texts of HTTP errors here
+  if (soap->version != 2 || refusal) // before it reads the envelope, the runtime sets texts of HTTP errors here
     soap->fault = nullptr;
   soap->version = soapVersion;
-  if (error == SOAP_EOM)
+  if (refusal && refusal->status >= 500)
+    soap_receiver_fault(soap, refusal->reason, nullptr);
+  else if (refusal)
+    soap_sender_fault(soap, refusal->reason, nullptr);
+  else if (error == SOAP_EOM)
     soap_set_receiver_error(soap, nullptr, nullptr, error);
   soap_set_fault(soap); // fills in code (Sender) and text where they are missing
   const char** const text = soap_faultstring(soap);
   *text = soap_strdup(soap, *text); // a copy, because sending overwrites the buffer of the text
-  const int answered = status ? status : statusOf(error, *soap_faultcode(soap));
-  beginAnswer(soap, soapVersion);
-  if (answered == 405)
+  const int status = refusal ? refusal->status : statusOf(error, *soap_faultcode(soap));
+  beginResponse(soap, soapVersion);
+  if (status == refusals::noSuchMethod.status)
     soap->http_extra_header = "Allow: GET, HEAD, POST";
-  sendEnvelopeBegun(soap, answered, [soap] { return soap_putfault(soap); });
-  return answered;
+  sendEnvelopeBegun(soap, status, [soap] { return soap_putfault(soap); });
+  return status;
 }
 
 int sendDocument(struct soap* soap, const std::string& xml) {
-  beginAnswer(soap, 2);
+  beginResponse(soap, 2);
   soap->http_content = "text/xml; charset=utf-8";
   if (soap_response(soap, SOAP_FILE) || soap_send_raw(soap, xml.data(), xml.size()))
     return soap->error;

@@ -1,0 +1,49 @@
+#include "localservice/Trace.h"
+
+#include <QtCore/QDateTime>
+#include <QtCore/QDir>
+#include <cerrno>
+#include <cstring>
+#include <iostream>
+#include <stdexcept>
+#include <sys/stat.h>
+
+namespace localservice {
+
+namespace {
+
+constexpr int mostFiles = 1000;
+
+} // namespace
+
+Trace::Trace(const std::string& folderName) : folder(QString::fromStdString(folderName)) {
+  if (mkdir(folderName.c_str(), S_IRWXU) != 0 && errno != EEXIST)
+    throw std::runtime_error(folderName + ": " + std::strerror(errno));
+  if (!QFileInfo(folder).isDir())
+    throw std::runtime_error(folderName + ": not a folder");
+}
+
+void Trace::write(TracedExchange& exchange, const LogEntry& entry) {
+  const QString operation = entry.operation.empty() ? "none" : QString::fromStdString(entry.operation);
+  const QString port = QString::fromStdString(entry.client).section(':', -1);
+  const std::string text = line(entry) + "\n" + exchange.request.text() + "\n" + exchange.response.text();
+
+  const std::lock_guard<std::mutex> lock(mutex);
+  const QString now = QDateTime::currentDateTimeUtc().toString("yyyyMMdd-HHmmss.zzz");
+  QFile file(folder + "/" + now + "-" + port + "-" + operation + ".txt");
+  const bool isWritten = file.open(QIODevice::WriteOnly | QIODevice::NewOnly) &&
+                         file.setPermissions(QFile::ReadOwner | QFile::WriteOwner) &&
+                         file.write(text.data(), static_cast<qint64>(text.size())) >= 0 && file.flush();
+  if (!isWritten)
+    std::cerr << "tarnwell-localservice: " << file.fileName().toStdString() << ": " << file.errorString().toStdString()
+              << '\n';
+  removeOldest();
+}
+
+void Trace::removeOldest() const {
+  QStringList files = QDir(folder).entryList({"[0-9]*-[0-9]*.[0-9]*-[0-9]*-*.txt"}, QDir::Files, QDir::Name);
+  while (files.size() > mostFiles)
+    QFile::remove(folder + "/" + files.takeFirst());
+}
+
+} // namespace localservice
