@@ -1,6 +1,7 @@
 #include "protocol/soap/Exchange.h"
 
 #include "protocol/Deployment.h"
+#include "protocol/soap/Chunks.h"
 #include "protocol/soap/Envelope.h"
 #include "protocol/soap/RuntimeInternals.h"
 
@@ -17,6 +18,7 @@ namespace {
 
 /// However an exchange ends, closes the socket and puts back what it changed in the context, whose error stays:
 /// - the mode, which a request with attachments sets;
+/// - the functions that receive, which a chunked answer replaces;
 /// - proxy credentials, which are taken out when they are too long for the runtime's buffer;
 /// - the header of an earlier answer: from then on every request carries an empty one until the context's objects are
 ///   released, but the runtime forgets it with the next answer that has none.
@@ -48,6 +50,7 @@ private:
   const char* m_user;
   const char* m_password;
   SOAP_ENV__Header* m_header;
+  Chunks m_chunks{m_soap};
 };
 
 /// Emits the message; run twice, once to count it and once to send it.
