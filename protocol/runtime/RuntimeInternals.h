@@ -32,6 +32,7 @@ void setUpClient(struct soap* soap);
 /// The uses of the pointers that a context keeps for whoever uses the runtime.
 enum class UserData {
   BlockMemory, ///< BlockMemory.h
+  Chunks,      ///< Chunks.h
   SpareText,   ///< RuntimeCallbacks.cpp
 };
 inline void*& userData(struct soap* soap, UserData use) { return soap->data[static_cast<std::size_t>(use)]; }
