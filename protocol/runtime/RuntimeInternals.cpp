@@ -1,9 +1,11 @@
-#include "protocol/soap/RuntimeInternals.h"
+#include "protocol/runtime/RuntimeInternals.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <sys/socket.h>
 
 namespace tarnwell {
 namespace {
@@ -65,7 +67,40 @@ bool peekPlainTag(struct soap* soap) {
   return true;
 }
 
+/// The runtime's own function for frecv gives up when signals interrupt it eleven times in a row.
+std::size_t receive(struct soap* soap, char* to, std::size_t size) {
+  ssize_t received = 0;
+  do
+    received = recv(soap->socket, to, size, soap->socket_flags);
+  while (received < 0 && errno == EINTR);
+  soap->errnum = received < 0 ? errno : 0;
+  return received < 0 ? 0 : static_cast<std::size_t>(received);
+}
+
+/// The runtime asks before it reads an attachment, and reserves what the attachment's header claims: so that a false
+/// claim costs nothing, none may be longer than the answer. Null: it is read into memory.
+void* checkAttachment(struct soap* soap, const char*, const char*, const char*) {
+  const std::size_t size = soap->dime.size;
+  if (size > largestBlock || (soap->length && size > soap->length))
+    soap->error = SOAP_DIME_ERROR;
+  return nullptr;
+}
+
 } // namespace
+
+void setUpClient(struct soap* soap) {
+  soap->socket_flags = MSG_NOSIGNAL; // a peer that closes early must not end the host by SIGPIPE
+  soap->recv_maxlength = 0;          // the reader bounds each block, and a map has four characters for three bytes
+  // The system's own socket buffers grow with what arrives; with the runtime's fixed ones a download costs twice the
+  // time.
+  soap->sndbuf = 0;
+  soap->rcvbuf = 0;
+  // Where the runtime turns for an endpoint without a host; by default the process's standard streams.
+  soap->sendfd = -1;
+  soap->recvfd = -1;
+  soap->frecv = receive;
+  soap->fdimewriteopen = checkAttachment;
+}
 
 ULONG64 expectedBytes(const struct soap* soap) {
   // What the runtime counts has the HTTP header in it, of one buffer at most.
@@ -182,15 +217,11 @@ int forEachPending(struct soap* soap, int (*write)(struct soap* soap, const void
   return SOAP_OK;
 }
 
-void deleteObject(struct soap* soap, soap_clist* entry) {
-  entry->fdelete(soap, entry);
-  soap_clist* const first = soap->clist;
-  soap->clist = first->next;
-  if (first != entry) {
-    first->next = entry->next;
-    *entry = *first;
-  }
-  SOAP_FREE(soap, first);
+void releaseAll(struct soap* soap, SOAP_ENV__Header* header) {
+  const bool hasHeader = soap->header != nullptr;
+  soap_destroy(soap);
+  soap_dealloc(soap, nullptr);
+  soap->header = hasHeader ? header : nullptr;
 }
 
 } // namespace tarnwell

@@ -1,10 +1,10 @@
-// Everything that copies or relies on the inside of the runtime: its receive and send buffers, its list of objects, and
-// faster equivalents of some of its functions, each beside the name of the one that it replaces. A new release of the
-// runtime means reading this pair of files. One thread at a time, as the context. Functions that return int return 0 or
-// the runtime's error code, which they also set in the context.
+// Everything that copies or relies on the inside of the runtime: how a context is set up, its receive and send buffers,
+// its list of objects, and faster equivalents of some of its functions, each beside the name of the one that it
+// replaces. A new release of the runtime means reading this pair of files. One thread at a time, as the context.
+// Functions that return int return 0 or the runtime's error code, which they also set in the context.
 #pragma once
 
-#include "protocol/soap/Runtime.h"
+#include "protocol/runtime/Runtime.h"
 
 #include <cstddef>
 #include <cstring>
@@ -18,6 +18,23 @@ inline constexpr soap_wchar startTagMark = -2;
 
 /// White space as the runtime sees it: all control characters.
 constexpr bool isBlank(int character) { return character >= 0 && character <= ' '; }
+
+/// Bytes of the largest block or attachment that is read: what a QByteArray, whose size is an int, holds together with
+/// its header.
+inline constexpr std::size_t largestBlock = 2147483000;
+
+// --- The context
+
+/// Sets up a new context for a client: no SIGPIPE, no standard streams, no end of a call by a signal, socket buffers of
+/// the system's size, attachments no longer than their answer.
+void setUpClient(struct soap* soap);
+
+/// The uses of the pointers that a context keeps for whoever uses the runtime.
+enum class UserData {
+  BlockMemory, ///< BlockMemory.h
+  SpareText,   ///< RuntimeCallbacks.cpp
+};
+inline void*& userData(struct soap* soap, UserData use) { return soap->data[static_cast<std::size_t>(use)]; }
 
 // --- Receiving
 
@@ -81,10 +98,24 @@ int forEachPending(struct soap* soap, int (*write)(struct soap* soap, const void
 
 // --- Objects
 
-/// Whether the context holds objects or data.
-inline bool holdsAnything(const struct soap* soap) { return soap->clist || soap->alist; }
-/// soap_delete of the object of `entry`, without searching for it: an answer's objects stand before it in the list. The
-/// first entry's content moves into `entry`, so that pointers to the first entry are no longer valid.
-void deleteObject(struct soap* soap, soap_clist* entry);
+/// soap_link with a new object, which the context owns from now on and ends with `destroy`; `count` below 0: it is no
+/// array. Returns the object; null when it is null or there is no memory for its entry, and then it is destroyed.
+template <void (*destroy)(void* object, int type, bool isArray)>
+void* own(struct soap* soap, void* object, int type, int count) {
+  constexpr auto end = [](struct soap*, soap_clist* entry) -> int {
+    destroy(entry->ptr, entry->type, entry->size >= 0);
+    return SOAP_OK;
+  };
+  soap_clist* const entry = object ? soap_link(soap, type, count, end) : nullptr;
+  if (entry)
+    return entry->ptr = object;
+  if (object)
+    destroy(object, type, count >= 0);
+  soap->error = SOAP_EOM;
+  return nullptr;
+}
+/// soap_destroy and soap_dealloc: deletes all objects and data. The header of an earlier answer, if there is one, gives
+/// way to `header`.
+void releaseAll(struct soap* soap, SOAP_ENV__Header* header);
 
 } // namespace tarnwell
