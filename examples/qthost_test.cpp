@@ -12,6 +12,7 @@
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QFileDialog>
 #include <QtWidgets/QInputDialog>
+#include <QtWidgets/QMessageBox>
 #include <stdexcept>
 #include <unistd.h>
 
@@ -29,10 +30,13 @@ struct Desk {
   Window window{cloud, {}};
   QListWidget& list = *window.findChild<QListWidget*>();
   QProgressBar& progress = *window.findChild<QProgressBar*>();
+  const QWidget* focus = nullptr; // has it when no call is running
+  int width = 0;                  // of the window
 
   Desk() {
     check(cloud.error().isEmpty(), cloud.error());
     window.show();
+    width = window.width();
   }
 
   QString status() const { return window.findChild<QLabel*>("status")->text(); }
@@ -42,14 +46,30 @@ struct Desk {
   }
   void press(const QString& text) {
     for (auto* const button : window.findChildren<QPushButton*>()) {
-      if (button->isVisible() && button->isEnabled() && button->text() == text)
-        return QTest::mouseClick(button, Qt::LeftButton);
+      if (button->isVisible() && button->isEnabled() && button->text().remove('&') == text)
+        return press(button);
     }
     check(false, "no button " + text);
+  }
+  void press(QPushButton* button) {
+    QTest::mouseClick(button, Qt::LeftButton);
+    if (button->window() == &window && button->text() != "&Give up")
+      focus = button;
+  }
+  /// The question that the window asks about a map is plain text, and the return key answers it with Cancel.
+  void pressReturn(const QString& text) {
+    auto& dialog = *window.findChild<QMessageBox*>();
+    check(dialog.text() == text && dialog.textFormat() == Qt::PlainText, "asks: " + dialog.text());
+    QTest::keyClick(&dialog, Qt::Key_Return);
+    qApp->sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    check(!cloud.isBusy() && window.findChild<QMessageBox*>() == nullptr, "the return key cancels");
   }
   void await(const QString& expected) {
     check(QTest::qWaitFor([this] { return !cloud.isBusy(); }, patience), "no end");
     check(status().contains(expected), "expected: " + expected);
+    check(window.focusWidget() == focus, "the focus is where it was");
+    qApp->sendPostedEvents(nullptr, QEvent::LayoutRequest);
+    check(window.width() == width, "the window is as wide as it was");
   }
   void logIn(const QString& endPoint, const QString& password) {
     const QStringList values{endPoint, "anna", password};
@@ -57,12 +77,15 @@ struct Desk {
       window.findChildren<QLineEdit*>()[i]->setText(values[i]);
     press("Log in");
   }
-  void choose(const QString& button, const QString& file) {
+  /// Chooses `file`, or cancels when it is empty; returns the file that the window has proposed.
+  QString choose(const QString& button, const QString& file) {
     press(button);
     auto* const dialog = window.findChild<QFileDialog*>();
+    const QString proposed = dialog->selectedFiles().value(0);
     dialog->selectFile(file);
-    static_cast<QDialog*>(dialog)->accept();
+    file.isEmpty() ? dialog->reject() : static_cast<QDialog*>(dialog)->accept();
     qApp->sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    return proposed;
   }
   void type(const QString& button, const QString& text) {
     press(button);
@@ -102,41 +125,50 @@ void useMaps(Desk& desk, const QString& endPoint, const QDir& maps) {
   desk.logIn(endPoint, "wrong");
   desk.await("does not know this user name");
   desk.logIn(endPoint, "secret");
-  desk.await("0 maps");
+  desk.await("Maps: 0");
   for (const QString& file : maps.entryList({"*.twlx"})) {
     desk.choose("Save...", maps.filePath(file));
-    desk.await(" map");
+    desk.await("Saved. Maps: ");
   }
   desk.check(desk.names() == "Garden year, Quarterly plan, Reading list", "three maps");
   desk.select("Garden year");
-  const QImage preview = desk.list.currentItem()->icon().pixmap(160, 100).toImage();
+  const QImage preview = desk.list.currentItem()->icon().pixmap(desk.window.windowHandle(), {160, 100}).toImage();
   const auto rgb = QImage::Format_RGB32;
   desk.check(preview.convertToFormat(rgb) == QImage(maps.filePath("Garden year.png")).convertToFormat(rgb), "preview");
 
   const QString file = maps.filePath("Garden year.twlx");
-  desk.choose("Download...", maps.filePath("first"));
-  desk.await("Done");
-  desk.check(read(maps.filePath("first")) == read(file), "the same bytes");
+  const QString longName = maps.filePath(QString(200, 'w'));
+  desk.choose("Download...", longName);
+  desk.await("Downloaded to " + longName);
+  desk.check(read(longName) == read(file), "the same bytes");
   write(file, "shorter");
   desk.choose("Save...", file);
   desk.await("already stored");
+  desk.pressReturn("\"Garden year\" is already stored.");
+  desk.choose("Save...", file);
+  desk.await("already stored");
   desk.press("Overwrite");
-  desk.await("3 maps");
+  desk.await("Saved. Maps: 3");
   desk.choose("Download...", maps.filePath("second"));
-  desk.await("Done");
+  desk.await("Downloaded");
   desk.check(read(maps.filePath("second")) == "shorter", "overwritten");
   desk.choose("Save...", file);
   desk.await("already stored");
   desk.type("Other name...", "Second garden");
-  desk.await("4 maps");
+  desk.await("Saved. Maps: 4");
   desk.select("Second garden");
-  desk.type("Rename...", "Third garden");
-  desk.await("4 maps");
-  desk.check(desk.names() == "Garden year, Quarterly plan, Reading list, Third garden", "renamed");
-  desk.select("Third garden");
+  const QString forged = "../<h1>Done</h1> %1 & &amp;";
+  desk.type("Rename...", forged);
+  desk.await("Renamed. Maps: 4");
+  desk.check(desk.names() == forged + ", Garden year, Quarterly plan, Reading list", "renamed");
+  desk.select(forged);
+  desk.check(desk.list.currentItem()->toolTip().contains("&lt;h1&gt;"), "a tool tip without HTML");
+  desk.check(desk.choose("Download...", {}).endsWith("/.._<h1>Done<_h1> %1 & &amp;.twlx"), "a file in the folder");
+  desk.press("Delete...");
+  desk.pressReturn("Delete \"" + forged + "\" from the cloud?");
   desk.press("Delete...");
   desk.press("Delete");
-  desk.await("3 maps");
+  desk.await("Deleted. Maps: 3");
 }
 
 void giveUp(Desk& desk, const QString& endPoint, const QString& silent, const QString& largeFile) {
@@ -145,7 +177,8 @@ void giveUp(Desk& desk, const QString& endPoint, const QString& silent, const QS
   QElapsedTimer timer;
   timer.start();
   desk.press("Give up");
-  desk.await("Given up");
+  desk.await("Given up.");
+  desk.check(!desk.status().contains("nevertheless"), "a login changes nothing");
   desk.check(timer.elapsed() < 1000, "given up within a second");
 
   desk.choose("Save...", largeFile);
@@ -154,11 +187,11 @@ void giveUp(Desk& desk, const QString& endPoint, const QString& silent, const QS
   desk.check(percent() < 100 && desk.status().contains(QRegularExpression("Saving: [1-9].* [KM]iB")), "bytes");
   timer.start();
   desk.press("Give up");
-  desk.await("Given up");
+  desk.await("Given up. The service may have done it nevertheless.");
   desk.check(timer.elapsed() < 1000, "given up within a second");
 
   desk.logIn(endPoint, "secret");
-  desk.await("3 maps");
+  desk.await("Maps: 3");
   desk.logIn(silent, "secret"); // in which the window is closed
   awaitPhase(desk.cloud, tarnwell::CallProgress::Connected);
 }
@@ -173,6 +206,8 @@ void run(const QDir& previews) {
     write(maps.filePath(QFileInfo(file).completeBaseName() + ".twlx"), large);
   }
   const QString largeFile = write(maps.filePath("large"), large);
+  const auto* const pixels = reinterpret_cast<const uchar*>(large.constData());
+  QImage(pixels, 320, 200, QImage::Format_RGB32).save(maps.filePath("Garden year.png"));
 
   QProcess service;
   service.start(TARNWELL_LOCALSERVICE, {"--db", maps.filePath("db"), "--add-account", "anna"});
@@ -217,6 +252,7 @@ int quit() {
 
 int main(int argc, char** argv) try {
   std::at_quick_exit([] { std::_Exit(quickExit); });
+  QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
   const QApplication application(argc, argv);
   if (QApplication::arguments().value(1) == "quit")
     return quit();

@@ -21,7 +21,7 @@ quietly() {
   local what=$1 log
   shift
   echo "$what ..."
-  mkdir -p build
   log="build/$(basename "$0").log"
+  { mkdir -p build && : >"$log"; } 2>/dev/null || log=$(mktemp) # the tree may be read-only
   "$@" >"$log" 2>&1 || { tail -n 40 "$log" >&2; fail "$what failed (see $log)"; }
 }

@@ -16,6 +16,7 @@ command, steps = sys.argv[1], sys.argv[2:]
 signal.alarm(20)
 child, terminal = pty.fork()
 if child == 0:
+    signal.signal(signal.SIGINT, signal.SIG_DFL)  # a shell lets its background jobs ignore it
     termios.tcsetwinsize(0, (24, 80))
     os.execl("/bin/sh", "sh", "-c", command)
 

@@ -5,11 +5,14 @@
 #include <QtWidgets/QMessageBox>
 
 int main(int argc, char** argv) {
+  QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+  QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
   const QApplication application(argc, argv);
   const QStringList arguments = QApplication::arguments();
   Cloud cloud(arguments.value(2, TARNWELL_PLUGIN));
   if (!cloud.error().isEmpty()) {
-    QMessageBox::critical(nullptr, "Tarnwell", "The plug-in cannot be loaded: " + cloud.error());
+    QMessageBox::critical(nullptr, "Tarnwell",
+                          QCoreApplication::translate("main", "The plug-in cannot be loaded: %1").arg(cloud.error()));
     return 1;
   }
   Window window(cloud, arguments.value(1, "http://127.0.0.1:8080/service/desktopservice.asmx"));
