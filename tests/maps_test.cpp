@@ -138,7 +138,8 @@ TEST(Saving, NeedsAFile) {
   const int terminal = posix_openpt(O_RDWR | O_NOCTTY); // the device that a test can make
   ASSERT_EQ(0, grantpt(terminal) + unlockpt(terminal));
   for (const int end : {pipeEnds[1], terminal})
-    EXPECT_EQ(5, write(end, "map\n\4", 5)) << "all that a reader would get: it would not wait";
+    EXPECT_EQ(8, write(end, "map\n\4\4\4\4", 8))
+        << "the last four end a terminal's input, so that a reader does not wait";
   close(pipeEnds[1]);
   ServiceUnderTest tested(save.name, "");
   const std::pair<QString, int> paths[] = {{QString(), ResultNoSuchFile},
@@ -184,6 +185,8 @@ TEST(Saving, UnconfirmedIsUndone) {
 }
 
 TEST(Conversions, OfWhatIsSent) {
+  setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1); // in March from 2:00 to 3:00
+  tzset();
   const auto utc = [](qint64 seconds) { return QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC); };
   const QChar high(0xD83D), low(0xDE00);
   const std::string last = "2106-02-07T06:28:15Z";
@@ -197,9 +200,6 @@ TEST(Conversions, OfWhatIsSent) {
        "2012-03-04T06:06:07Z"},
       {"e\u0301\u00E9", utc(1), "e\u0301\u00E9", "1970-01-01T00:00:01Z"},
       {QString(QChar(0xFEFF)) + "a", QDateTime(QDate(2012, 3, 25), QTime(2, 30)), "\uFEFFa", "2012-03-25T01:30:00Z"}};
-  // The clock goes forward from 2:00 to 3:00.
-  setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
-  tzset();
   ServiceUnderTest tested("RenameDesktopMap", "");
   for (const auto& [name, date, sentName, sentDate] : cases) {
     MapInfo info = known();
