@@ -19,7 +19,7 @@ struct Content {
   bool isFault = false;
   /// The fault's reason.
   QString reason;
-  /// "DbError" or "None": an outcome by which the service reports an error of its own. Empty for any other.
+  /// "DbError" or "None": an outcome that has no result code of its own. Empty for any other.
   QString outcome;
 };
 
@@ -46,6 +46,9 @@ Content contentOf(const QByteArray& response) {
   }
   return content;
 }
+
+constexpr char identifierAdvice[] =
+    "if you named a map by its identifier, see with 'tarnwell list' whether it is there";
 
 Diagnosis temporary(const QString& cause, const QString& advice) { return {cause, advice, true}; }
 
@@ -102,13 +105,16 @@ Diagnosis judge(const CallTrace& trace, const QString& peer, bool hasProxy) {
   if (!response.contains("Envelope"))
     return {"the endpoint answers with HTTP status " + line.section(' ', 1) + ", but not with SOAP",
             "check the path of the --endpoint"};
-  if (!content.outcome.isEmpty())
-    return refused(QString("the service answers %1: it could not read or change its data").arg(quoted(content.outcome)),
+  if (content.outcome == "DbError")
+    return refused("the service answers \"DbError\": it could not read or change its data",
                    "its disk may be full; try again later, or tell its operators");
+  if (content.outcome == "None")
+    return {"the service answers \"None\": it does not know the map, or gives no reason", identifierAdvice, false, true,
+            true};
   if (!response.contains("Envelope>")) // the end tag
     return temporary(peer + " breaks its response off", "try again");
-  return {"the service answers, but its response does not have what the call needs",
-          "if you named a map by its identifier, see with 'tarnwell list' whether it is there", false, false, true};
+  return {"the service answers, but its response does not have what the call needs", identifierAdvice, false, false,
+          true};
 }
 
 } // namespace

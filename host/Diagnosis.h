@@ -15,7 +15,7 @@ struct Diagnosis {
   bool isTemporary = false;
   /// The service has answered that it does not carry the request out.
   bool isRefused = false;
-  /// The service has carried the request out, as far as its response tells: neither a fault nor an error of its own.
+  /// The service works, as far as its response tells: neither a fault nor an error of its own.
   bool isAnswered = false;
 };
 
