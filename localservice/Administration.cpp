@@ -24,6 +24,8 @@ std::string readPassword(const std::string& account) {
     throw std::runtime_error("no password could be read");
   if (password.empty())
     throw std::runtime_error("an account needs a password");
+  if (password.back() == '\r')
+    throw std::runtime_error("the password ends with a carriage return, which nobody types: end the line without it");
   return password;
 }
 

@@ -13,7 +13,7 @@ namespace localservice {
 namespace {
 
 const char* const inMemory = ":memory:";
-constexpr int busyMilliseconds = 10000; // how long a request waits at most for others that save
+constexpr int busyMilliseconds = std::chrono::milliseconds(longestWait).count();
 
 // The long columns come last: SQLite reads a row from its start, so that a list reads no page of content.
 constexpr const char* schema = R"(

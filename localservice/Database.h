@@ -3,6 +3,7 @@
 #pragma once
 
 #include <SQLiteCpp/SQLiteCpp.h>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -11,6 +12,9 @@ namespace localservice {
 
 /// The database could not be opened, read or written; `what()` is a text for people.
 using StoreError = SQLite::Exception;
+
+/// How long a request waits for others that save, at most; once for those of this process, once for other processes.
+inline constexpr std::chrono::seconds longestWait{10};
 
 /// How a file is opened.
 enum class OpenMode {

@@ -7,7 +7,7 @@ namespace localservice {
 
 namespace {
 
-constexpr std::chrono::minutes patience{1};
+constexpr std::chrono::minutes patience{5};
 
 } // namespace
 

@@ -15,7 +15,7 @@ public:
   /// `bytes` is the size of the budget.
   explicit MemoryBudget(std::uint64_t bytes) : size(bytes), unused(bytes) {}
 
-  /// Waits until `bytes` are free and everybody who came before has been served. False: a minute was not enough.
+  /// Waits until `bytes` are free and everybody who came before has been served. False: five minutes were not enough.
   [[nodiscard]] bool take(std::uint64_t bytes);
   void giveBack(std::uint64_t bytes);
 

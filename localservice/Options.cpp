@@ -2,6 +2,7 @@
 
 #include "localservice/Description.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace localservice {
@@ -29,7 +30,7 @@ QList<QCommandLineOption> allOptions() {
       {"max-request", "Refuse longer requests with status 413; from 1 to 1024. Default: 256.", "MiB", "256"},
       {"max-memory",
        "Memory for large requests and responses, all together: those that find none free wait, and are refused with "
-       "status 503 after a minute. Default: 512.",
+       "status 503 after five minutes. Default: 512.",
        "MiB", "512"},
       {"log", "Write one line per request to standard error: time, client, operation, user, outcome, milliseconds, "
               "bytes received and sent."},
@@ -94,10 +95,15 @@ void setAddress(Options& options, const QString& text) {
   options.port = text.mid(colon + 1).toInt();
 }
 
-void refuseEmptyValues(const QCommandLineParser& parser) {
-  for (const QCommandLineOption& option : allOptions())
+/// Every value is used: an option that is given twice would lose one.
+void checkValues(const QCommandLineParser& parser) {
+  for (const QCommandLineOption& option : allOptions()) {
+    const QString name = option.names().constLast();
     if (!option.valueName().isEmpty() && parser.values(option).contains(QString()))
-      refuse(QString("--%1 needs a value").arg(option.names().constLast()));
+      refuse(QString("--%1 needs a value").arg(name));
+    if (name != "fail" && parser.values(option).size() > std::max(1, option.defaultValues().size()))
+      refuse(QString("--%1 can be given once").arg(name));
+  }
 }
 
 } // namespace
@@ -109,7 +115,7 @@ Options::Options(const QStringList& arguments) {
     refuse(parser.errorText());
   if (!parser.positionalArguments().isEmpty())
     refuse("unexpected argument " + parser.positionalArguments().constFirst());
-  refuseEmptyValues(parser);
+  checkValues(parser);
   const QString form = parser.value("describe");
   if (isSet("describe") && form != "wsdl" && form != "tables")
     refuse("--describe takes wsdl or tables");
@@ -119,6 +125,10 @@ Options::Options(const QStringList& arguments) {
     refuse("--db is missing");
   if (isSet("update-version") != isSet("update-url"))
     refuse("--update-version and --update-url go together");
+  if ((isSet("premium") || isSet("not-premium")) && !isSet("add-account"))
+    refuse("--premium and --not-premium go with --add-account");
+  if (isSet("premium") && isSet("not-premium"))
+    refuse("--premium and --not-premium exclude each other");
   for (const auto& [name, least, most] : numbers)
     checkNumber(name, parser.value(name), least, most);
   if (isSet("listen"))

@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <ctime>
+#include <mutex>
 
 namespace localservice {
 
@@ -105,8 +106,22 @@ std::string saveStatement() {
          ") ON CONFLICT(id) DO UPDATE SET version = version + 1" + updates;
 }
 
+/// The turn of one of this process's threads to write. Only one of them then asks SQLite for the file's lock, for which
+/// SQLite asks again and again, with pauses and without an order: whoever is unlucky would fail.
+class WriteTurn {
+public:
+  WriteTurn() : lock(mutex, longestWait) {
+    if (!lock)
+      throw StoreError("database is locked");
+  }
+
+private:
+  static inline std::timed_mutex mutex;
+  std::unique_lock<std::timed_mutex> lock;
+};
+
 /// A transaction that takes the write lock at once: a later query cannot fail because another process has the lock.
-class WriteTransaction : public SQLite::Transaction {
+class WriteTransaction : WriteTurn, public SQLite::Transaction {
 public:
   explicit WriteTransaction(SQLite::Database& database)
       : SQLite::Transaction(database, SQLite::TransactionBehavior::IMMEDIATE) {}

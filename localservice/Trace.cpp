@@ -4,6 +4,7 @@
 #include <QtCore/QDir>
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <iostream>
 #include <stdexcept>
 #include <sys/stat.h>
@@ -30,13 +31,13 @@ void Trace::write(TracedExchange& exchange, const LogEntry& entry) {
 
   const std::lock_guard<std::mutex> lock(mutex);
   const QString now = QDateTime::currentDateTimeUtc().toString("yyyyMMdd-HHmmss.zzz");
-  QFile file(folder + "/" + now + "-" + port + "-" + operation + ".txt");
-  const bool isWritten = file.open(QIODevice::WriteOnly | QIODevice::NewOnly) &&
-                         file.setPermissions(QFile::ReadOwner | QFile::WriteOwner) &&
+  const std::string name = (folder + "/" + now + "-" + port + "-" + operation + ".txt").toStdString();
+  QFile file;
+  const int descriptor = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  const bool isWritten = descriptor >= 0 && file.open(descriptor, QIODevice::WriteOnly, QFile::AutoCloseHandle) &&
                          file.write(text.data(), static_cast<qint64>(text.size())) >= 0 && file.flush();
   if (!isWritten)
-    std::cerr << "tarnwell-localservice: " << file.fileName().toStdString() << ": " << file.errorString().toStdString()
-              << '\n';
+    std::cerr << "tarnwell-localservice: the trace " << name << " could not be written\n";
   removeOldest();
 }
 

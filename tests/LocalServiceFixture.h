@@ -48,6 +48,8 @@ public:
       EXPECT_EQ(administer(QStringList{"--add-account"} + account, "secretü\n"), "");
     start();
   }
+  /// Another process with the file of this path.
+  explicit LocalService(const QString& file) : database(file) { start(); }
   ~LocalService() { EXPECT_EQ(stop().status, 0); } // with the leak sanitizer, the status also tells of leaks
 
   /// What the program prints, or "status" and its exit status when that is not 0. Without "--db" in `arguments` it uses
@@ -61,7 +63,7 @@ public:
   }
 
   void start(const QStringList& arguments = {}) {
-    process.start(TARNWELL_LOCALSERVICE, QStringList{"--port", "0", "--db", path("db")} + arguments);
+    process.start(TARNWELL_LOCALSERVICE, QStringList{"--port", "0", "--db", database} + arguments);
     while (!process.canReadLine() && process.waitForReadyRead(patience)) {
     }
     endpoint = QString::fromUtf8(process.readLine()).trimmed();
@@ -77,6 +79,7 @@ public:
   QString path(const QString& file) const { return folder.filePath(file); }
 
   QTemporaryDir folder;
+  QString database = path("db");
   QProcess process;
   QString endpoint;
 };

@@ -5,8 +5,11 @@
 #include <QtCore/QDeadlineTimer>
 #include <QtCore/QFileInfo>
 #include <QtCore/QThread>
+#include <SQLiteCpp/SQLiteCpp.h>
 #include <csignal>
 #include <list>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -147,6 +150,69 @@ TEST_F(LocalServiceTest, IsNotHeldUpByClientsThatStall) {
     isFirst = !stalled.front().waitForReadyRead(0);
   }
   EXPECT_TRUE(isFirst) << "waited for the stalled ones, which are given up after ten seconds";
+}
+
+/// Calls `run` with each number below `clients`, all at the same time.
+template <class Run> void atOnce(int clients, Run run) {
+  std::vector<std::thread> threads;
+  for (int client = 0; client < clients; ++client)
+    threads.emplace_back(run, client);
+  for (std::thread& thread : threads)
+    thread.join();
+}
+
+/// The elements of a request for a map that is named after a client.
+std::string mapOf(int client, const std::string& content) {
+  return element("DesktopInfo", element("MapName", std::to_string(client)) + element("MapContent", content)) +
+         "<IsForced>true</IsForced>";
+}
+
+TEST_F(LocalServiceTest, SharesItsFileWithOtherProcesses) {
+  LocalService other(path("db"));
+  const auto content = [](int client, int round) {
+    return std::string(static_cast<std::size_t>(4000 + 4000 * client), static_cast<char>('a' + round));
+  };
+  const int clients = 8, lastRound = 14;
+  atOnce(clients + 1, [&](int client) {
+    for (int round = 0; round <= lastRound; ++round) {
+      if (client == clients) {
+        EXPECT_EQ(administer({"--update-version", "2", "--update-url", "a", "--list-accounts"}).count('\n'), 3);
+        continue;
+      }
+      Connection saving((client % 2 ? other : *this).port(),
+                        request("SaveDesktopMap", mapOf(client, content(client, round))));
+      EXPECT_EQ(shown(saving.answer()).substr(0, 15), "Success Success");
+    }
+  });
+  for (int client = 0; client < clients; ++client) {
+    const std::string id = element("MapId", identifier(std::to_string(client).c_str()));
+    const std::string kept = "MapContent=" + content(client, lastRound) + " ";
+    EXPECT_NE(call("GetDesktopMapContent", element("DesktopInfo", id)).find(kept), std::string::npos) << client;
+  }
+  SQLite::Database file(path("db").toStdString());
+  EXPECT_EQ(file.execAndGet("PRAGMA integrity_check").getString(), "ok");
+}
+
+TEST_F(LocalServiceTest, BoundsTheMemoryOfAllRequests) {
+  EXPECT_EQ(stop().status, 0);
+  start({"--max-memory", "8"});
+  const std::string content(8 << 20, 'A');
+  const int clients = 8;
+  atOnce(clients, [&](int client) {
+    const std::string whole = request("SaveDesktopMap", mapOf(client, content));
+    EXPECT_EQ(shown(Connection(port(), whole).answer()).substr(0, 15), "Success Success");
+  });
+  std::vector<std::string> loads;
+  for (int client = 0; client < clients; ++client)
+    loads.push_back(request("GetDesktopMapContent",
+                            element("DesktopInfo", element("MapId", identifier(std::to_string(client).c_str())))));
+  atOnce(clients, [&](int client) {
+    const std::string response = Connection(port(), loads[static_cast<std::size_t>(client)]).answer();
+    EXPECT_NE(response.find('>' + content + '<'), std::string::npos);
+  });
+#ifndef __SANITIZE_ADDRESS__
+  EXPECT_LT(peakMebibytes(process), 48) << "64 MiB of requests, or of responses, were in memory at once";
+#endif
 }
 
 TEST_F(LocalServiceTest, ServesSoManyClientsAtOnceAndNoMore) {

@@ -3,7 +3,9 @@
 #include "tests/LocalServiceFixture.h"
 #include "tests/Table.h"
 
+#include <QtCore/QDir>
 #include <SQLiteCpp/SQLiteCpp.h>
+#include <sys/resource.h>
 
 namespace {
 
@@ -104,21 +106,74 @@ TEST_F(LocalServiceTest, RefusesByAccountAndMap) {
   EXPECT_EQ(call("DeleteDesktopMap", described(identified(identifier("Busy")))), "Success Success");
 }
 
-TEST_F(LocalServiceTest, HashesForUnknownNamesToo) {
+TEST_F(LocalServiceTest, HashesWhatHasNotMatchedBefore) {
   clockid_t clock{};
   ASSERT_EQ(clock_getcpuclockid(static_cast<pid_t>(process.processId()), &clock), 0);
-  const auto cost = [&](const std::string& name) { // seconds of CPU, which other processes do not change
+  const auto cost = [&](const std::string& credentials, const std::string& outcome) { // seconds of CPU
     timespec before{}, after{};
     clock_gettime(clock, &before);
     for (int i = 0; i < 10; ++i)
-      EXPECT_EQ(call("Login", element("username", name) + "<pass>wrong</pass>"), "NotAUser");
+      EXPECT_EQ(call("Login", credentials), outcome);
     clock_gettime(clock, &after);
     return static_cast<double>(after.tv_sec - before.tv_sec) +
            static_cast<double>(after.tv_nsec - before.tv_nsec) / 1e9;
   };
-  const double known = cost("anna"), unknown = cost("nobody");
+  EXPECT_EQ(call("Login"), "Success");
+  const double right = cost("", "Success"), known = cost("<pass>wrong</pass>", "NotAUser");
+  const double unknown = cost("<username>nobody</username>", "NotAUser");
+  EXPECT_LT(right, known / 4) << "a password that has matched is hashed again";
   EXPECT_GT(unknown, known / 2) << "the time of a response tells which accounts exist";
   EXPECT_LT(unknown, known * 2);
+
+  EXPECT_EQ(administer({"--add-account", "anna"}, "changed\n"), "");
+  EXPECT_EQ(call("Login"), "NotAUser") << "another process has changed the password";
+  EXPECT_EQ(call("Login", "<pass>changed</pass>"), "Success");
+  ASSERT_TRUE(QFile::rename(path("db"), path("moved")));
+  EXPECT_EQ(administer({"--add-account", "anna"}, "secretü\n"), "");
+  EXPECT_EQ(call("SaveDesktopMap", described(named("Plan"))),
+            "Success Success MapName=Plan MapId=# Author= Created=% Description= Version=1");
+  EXPECT_NE(identifier("Plan"), "no such map") << "saved into a file that nobody finds";
+}
+
+TEST_F(LocalServiceTest, WritesTraces) {
+  const QDir traces(path("traces"));
+  ASSERT_TRUE(QDir().mkpath(traces.path()));
+  const QString old = "20200101-000000.000-1-%1.txt";
+  for (int i = 0; i < 1000; ++i)
+    ASSERT_TRUE(QFile(traces.filePath(old.arg(i, 4))).open(QIODevice::WriteOnly));
+  ASSERT_TRUE(QFile(traces.filePath("notes.txt")).open(QIODevice::WriteOnly));
+  EXPECT_EQ(stop().status, 0);
+  start({"--trace", traces.path()});
+  const std::string hidden = "<d:pass a='>'><![CDATA[secret </d:pass> secret]]><d:pass>secret</d:pass>secret</d:pass>";
+  const std::string bodies[] = {
+      message::envelope(
+          "<SaveDesktopMap><username>anna</username><pass>secretü</pass><DesktopInfo><MapName>Plan</MapName>"
+          "<MapContent>" +
+          std::string(1 << 20, 'A') + "</MapContent></DesktopInfo></SaveDesktopMap>"),
+      message::envelope("<Login><username>bert</username>" + hidden + "<pass href='#p'/></Login><a id='p'>secret</a>"),
+      "<pass>secret<a>secret", std::string("\xff\xfe<\0p\0a\0s\0s\0>\0s\0e\0c\0r\0e\0t\0", 26)};
+  std::string traced;
+  for (const std::string& body : bodies) {
+    const QStringList before = traces.entryList(QDir::Files);
+    const std::string fields = soapType + "Authorization: Basic c2VjcmV0\r\n";
+    Connection(port(), post(body, fields, "http://anna:secret@a" + servicePath)).answer();
+    QStringList files;
+    do { // the trace is written after the response
+      files = traces.entryList(QDir::Files);
+    } while (files == before);
+    EXPECT_EQ(files.size(), 1001);
+    traced += contentOf(traces.filePath(files[files.size() - 2])).toStdString();
+  }
+  EXPECT_EQ(stop().status, 0);
+  for (const char* const secret : {"secret", "s e c", "c2VjcmV0"})
+    EXPECT_EQ(traced.find(secret), std::string::npos) << traced;
+  for (const char* const shown :
+       {"\tSaveDesktopMap\tanna\tSuccess\t", "\nAuthorization: ***\n",
+        "\n      <username>anna</username>\n      <pass>***</pass>\n", "AAAA... [1048576 bytes]</MapContent>\n",
+        "HTTP/1.1 200 OK\n", "\n        <dsns:DesktopMapAccess>Success</dsns:DesktopMapAccess>\n",
+        "<username>bert</username>", "[26 bytes that are not UTF-8]"})
+    EXPECT_NE(traced.find(shown), std::string::npos) << shown << traced;
+  EXPECT_TRUE(traces.exists("notes.txt") && !traces.exists(old.arg(0, 4)) && traces.exists(old.arg(999, 4)));
 }
 
 TEST_F(LocalServiceTest, AnnouncesUpdatesAndKeepsReports) {
@@ -147,6 +202,17 @@ TEST_F(LocalServiceTest, AnnouncesUpdatesAndKeepsReports) {
 }
 
 TEST_F(LocalServiceTest, SaysWhenTheDatabaseFails) {
+  rlimit limit{};
+  ASSERT_EQ(prlimit(static_cast<pid_t>(process.processId()), RLIMIT_FSIZE, nullptr, &limit), 0);
+  const rlimit full{100000, limit.rlim_max};
+  ASSERT_EQ(prlimit(static_cast<pid_t>(process.processId()), RLIMIT_FSIZE, &full, nullptr), 0);
+  const std::string big = element("bytes", std::string(200000, 'A'));
+  EXPECT_EQ(call("SaveDesktopMap", described(named("Plan") + element("MapContent", std::string(200000, 'A')))),
+            "DbError Success");
+  EXPECT_EQ(call("SendFeedbackWithAttachment", big).substr(0, 17), "SOAP-ENV:Receiver");
+  ASSERT_EQ(prlimit(static_cast<pid_t>(process.processId()), RLIMIT_FSIZE, &limit, nullptr), 0);
+  EXPECT_EQ(call("SendFeedbackWithAttachment", big), "Success None");
+
   EXPECT_EQ(stop().status, 0);
   start({"--read-only"});
   EXPECT_EQ(call("SaveDesktopMap", described(named("Plan"))), "DbError Success");
@@ -183,6 +249,8 @@ GetDesktopMapsListLite | DesktopInfoObjectList= Success
   const QByteArray log = stop().err;
   EXPECT_EQ(log.count('\n'), 7) << log.toStdString();
   EXPECT_TRUE(QRegularExpression("\tGetDesktopMapsListLite\tanna\tSuccess\t(?!0 )\\d\\d+ ms\t").match(log).hasMatch());
+  EXPECT_TRUE(log.contains("\tConvertMap\tanna\t500\t") && log.contains("\tCheckDesktopVersion\t-\tdrop\t"))
+      << log.data();
   EXPECT_FALSE(log.contains("secret"));
 }
 
@@ -202,6 +270,10 @@ TEST_F(LocalServiceTest, UnderstandsItsCommandLine) {
               {"no such account", {"--remove-account", "carl"}, "status 1"},
               {"no password", {"--add-account", "bert"}, "status 1"},
               {"an empty password", {"--add-account", "bert"}, "status 1", "\n"},
+              {"a line end of Windows", {"--add-account", "bert"}, "status 1", "secret\r\n"},
+              {"two accounts", {"--add-account", "bert", "--add-account", "carl"}, "status 2", "secret\n"},
+              {"premium without account", {"--premium", "--list-accounts"}, "status 2"},
+              {"premium and not", {"--add-account", "bert", "--premium", "--not-premium"}, "status 2", "secret\n"},
               {"no such map", {"--start-collaboration", "nothing"}, "status 1"},
               {"a wrong name", {"--db", none, "--list-maps"}, "status 1"},
               {"another program's file", {"--db", foreign, "--add-account", "bert"}, "status 1", "secret"},
@@ -210,6 +282,7 @@ TEST_F(LocalServiceTest, UnderstandsItsCommandLine) {
               {"a port that is none", {"--port", "65536"}, "status 2"},
               {"an address without port", {"--listen", "localhost"}, "status 2"},
               {"no size", {"--max-request", "0"}, "status 2"},
+              {"no folder for traces", {"--port", "0", "--trace", path("none/traces")}, "status 1"},
               {"an unknown operation", {"--fail", "Logout=fault"}, "status 2"},
               {"a result of others", {"--fail", "Login=FileExists"}, "status 2"},
               {"an unknown option", {"-dash"}, "status 2"},
