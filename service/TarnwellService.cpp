@@ -2,10 +2,12 @@
 
 #include "client/Containment.h"
 #include "client/ContextObject.h"
+#include "protocol/binding/BlockMemory.h"
 #include "service/Conversions.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
+#include <QtCore/QScopeGuard>
 
 #include <cerrno>
 #include <optional>
@@ -69,7 +71,7 @@ template <class Response, class Result> int mapOutcome(int code, const Response*
 }
 
 /// Fills a new record from an answer's description.
-void fillListed(MapInfo& map, dsns__DesktopInfoClass& description, bool withThumbnail, DownloadedBlocks& downloads) {
+void fillListed(MapInfo& map, dsns__DesktopInfoClass& description, bool withThumbnail, Downloads& downloads) {
   map.setMapAuthor(fromWide(description.Author));
   map.setMapDescription(fromWide(description.Description));
   map.setMapModificationDate(fromSeconds(description.LastModified));
@@ -116,7 +118,7 @@ bool isNameless(uint user) {
 
 TarnwellService::TarnwellService() {
   if (context())
-    setBlockMemory(context(), &m_downloads);
+    setReceiver(context(), &m_downloads);
 }
 
 /// One networked operation: frees what earlier ones left, then runs `body`. What that throws makes it `failed`.
@@ -151,21 +153,23 @@ int TarnwellService::listMaps(Call call, dsns__CompleteDesktopResponse* Response
                               QList<MapInfo>& maps) {
   return perform<int>(ResultFailed, [&]() -> int {
     const ContextObject<Response> response(context());
+    QList<MapInfo> listed;
+    const MapInfo unfilled;
+    const auto list = [&](dsns__DesktopInfoClass& description) {
+      listed.append(unfilled);
+      fillListed(listed.last(), description, withThumbnails, m_downloads);
+    };
+    const auto unset = qScopeGuard([this] { m_downloads.list = nullptr; });
+    m_downloads.list = std::ref(list); // while the answer arrives, so that the context holds one description at a time
     if (call(response.get()) != SOAP_OK)
       return ResultFailed;
     const dsns__CompleteDesktopResponse* const answer = *response.*result;
     const int outcome = loginOutcome(answer);
     if (outcome != ResultOk || !answer->DesktopInfoObjectList)
       return outcome;
-    QList<MapInfo> listed;
-    listed.reserve(static_cast<int>(answer->DesktopInfoObjectList->DesktopInfoClass.size()));
-    const MapInfo unfilled;
-    for (dsns__DesktopInfoClass* description : answer->DesktopInfoObjectList->DesktopInfoClass) {
-      if (!description)
-        continue;
-      listed.append(unfilled);
-      fillListed(listed.last(), *description, withThumbnails, m_downloads);
-    }
+    for (dsns__DesktopInfoClass* description : answer->DesktopInfoObjectList->DesktopInfoClass) // what was not taken
+      if (description)
+        list(*description);
     maps.append(listed); // at once, so that a failure leaves the host's list alone
     return ResultOk;
   });

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "client/STLDesktopService.h"
-#include "service/DownloadedBlocks.h"
+#include "service/Downloads.h"
 #include "service/ITarnwellService.h"
 
 /// What the interface does not tell: nothing here asks for the login flag before a call, the outcome in each answer
@@ -66,5 +66,5 @@ private:
   template <class Response, class Call>
   bool checkVersion(const QString& version, Call call, dsns__DesktopVersioningClass* Response::*result);
 
-  tarnwell::DownloadedBlocks m_downloads;
+  tarnwell::Downloads m_downloads;
 };

@@ -1,6 +1,6 @@
 #include "protocol/binding/Reader.h"
 
-#include "protocol/binding/BlockMemory.h"
+#include "protocol/binding/Receiver.h"
 #include "protocol/soap/RuntimeInternals.h"
 
 #include <cstring>
@@ -38,10 +38,23 @@ int beginElement(struct soap* soap, const char* tag, bool nillable) {
   return peekElement(soap) ? soap->error : soap_element_begin_in(soap, tag, nillable, nullptr);
 }
 
+/// The answer has an id or a reference.
+void noteReference(struct soap* soap) {
+  if (Receiver* const receiver = receiverOf(soap))
+    receiver->hasReferences = true;
+}
+
+/// Whether the element refers to another one's id.
+bool isReference(struct soap* soap) {
+  if (*soap->href != '#')
+    return false;
+  noteReference(soap);
+  return true;
+}
+
 /// Registers `value` under its element's id for references to it.
 bool enterId(struct soap* soap, void* value, const Type& type) {
-  if (BlockMemory* const memory = blockMemory(soap))
-    memory->hasReferences = true;
+  noteReference(soap);
   const std::string id = soap->id; // the runtime copies it into the context again
   return soap_id_enter(soap, id.c_str(), value, type.number, type.size, nullptr, nullptr, nullptr, nullptr) != nullptr;
 }
@@ -55,7 +68,7 @@ void* readAfterTag(struct soap* soap, const char* tag, void* value, const char* 
   }
   if (type.codec->characters) {
     char** const characters = static_cast<char**>(value);
-    if (*soap->href == '#') {
+    if (isReference(soap)) {
       if (!soap_id_lookup(soap, soap->href, static_cast<void**>(value), type.number, type.size, 0, nullptr))
         return nullptr;
     } else if (!soap->null &&
@@ -65,7 +78,7 @@ void* readAfterTag(struct soap* soap, const char* tag, void* value, const char* 
   } else {
     if (*soap->id && !enterId(soap, value, type))
       return nullptr;
-    if (*soap->href == '#') {
+    if (isReference(soap)) {
       if (!soap_id_forward(soap, soap->href, value, 0, type.number, type.number, type.size, 0, resolve, nullptr))
         return nullptr;
     } else if (!soap->null && type.codec->read(soap, type, value)) {
@@ -88,7 +101,7 @@ void* readPointerAfterTag(struct soap* soap, const char* tag, void* slot, const 
     return nullptr;
   void** const pointer = static_cast<void**>(slot);
   *pointer = nullptr;
-  if (soap->null || *soap->href == '#') {
+  if (soap->null || isReference(soap)) {
     const bool open = soap->body != 0;
     if (*soap->href == '#' && !soap_id_lookup(soap, soap->href, pointer, type.number, type.size, 0, nullptr))
       return nullptr;
@@ -101,14 +114,25 @@ void* readPointerAfterTag(struct soap* soap, const char* tag, void* slot, const 
   return slot;
 }
 
+/// Offers an entry to the receiver, unless something may refer to it or into it: an attachment is stored there later.
+bool isTaken(struct soap* soap, const Type& type, void* entry) {
+  Receiver* const receiver = receiverOf(soap);
+  return receiver && !receiver->hasReferences && !soap->xlist && receiver->take(type, entry);
+}
+
 /// Reads one entry of a list; one given by reference takes its place in the list when the reference is resolved.
 int readEntry(struct soap* soap, const Row& row, void* list) {
   const Type& type = typeOf(row.type);
   void* entry = nullptr;
-  if (*soap->href != '#') {
+  if (!isReference(soap)) {
+    const soap_clist* const object = soap->clist;
+    const void* const data = soap->alist;
     if (!readPointerAfterTag(soap, row.tag, &entry, nullptr, type))
       return soap->error;
-    row.list->append(list, entry);
+    if (entry && isTaken(soap, type, entry))
+      deleteSince(soap, object, data);
+    else
+      row.list->append(list, entry);
     return SOAP_OK;
   }
   const bool open = soap->body != 0;
@@ -124,7 +148,7 @@ int readMember(struct soap* soap, const Row& row, void* record) {
   void* const member = row.member(record);
   const Type& type = typeOf(row.type);
   const bool pointer = row.occurs == Occurs::Optional && !type.codec->characters;
-  if (beginElement(soap, nullptr, pointer || type.codec->characters || row.occurs == Occurs::Repeated))
+  if (takeElement(soap, pointer || type.codec->characters || row.occurs == Occurs::Repeated))
     return soap->error;
   if (row.occurs == Occurs::Repeated)
     return readEntry(soap, row, member);

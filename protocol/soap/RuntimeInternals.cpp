@@ -87,6 +87,13 @@ int peekElement(struct soap* soap) {
   return SOAP_OK;
 }
 
+int takeElement(struct soap* soap, bool isNillable) {
+  if (soap->mode & SOAP_XML_STRICT || soap->other)
+    return soap_element_begin_in(soap, nullptr, isNillable, nullptr);
+  soap->peeked = 0;
+  return soap->error = soap->body && ++soap->level > soap->maxlevel ? SOAP_LEVEL : SOAP_OK;
+}
+
 int endElement(struct soap* soap, const char* tag) {
   const std::string_view next = unread(soap);
   const bool peekedAtEnd = soap->peeked && !*soap->tag && soap->ahead == endTagMark;
@@ -191,6 +198,14 @@ void deleteObject(struct soap* soap, soap_clist* entry) {
     *entry = *first;
   }
   SOAP_FREE(soap, first);
+}
+
+void deleteSince(struct soap* soap, const soap_clist* object, const void* data) {
+  while (soap->clist != object)
+    deleteObject(soap, soap->clist);
+  // soap_malloc notes the next data and the size behind the data; soap_dealloc finds the last one at once.
+  while (soap->alist != data)
+    soap_dealloc(soap, static_cast<char*>(soap->alist) - static_cast<std::size_t*>(soap->alist)[1]);
 }
 
 } // namespace tarnwell

@@ -39,6 +39,8 @@ ULONG64 expectedBytes(const struct soap* soap);
 /// tag, that is whole in the buffer; and "href" counts in SOAP 1.2 messages too. SOAP_NO_TAG: there is none before the
 /// parent's end.
 int peekElement(struct soap* soap);
+/// soap_element_begin_in of any name for the element that was peeked at, without looking at it again.
+int takeElement(struct soap* soap, bool isNillable);
 /// Whether peekElement() has found text, and not an end tag, in the place of a start tag.
 inline bool isBeforeText(const struct soap* soap) {
   return soap->peeked && !*soap->tag && soap->ahead && soap->ahead != endTagMark;
@@ -86,5 +88,7 @@ inline bool holdsAnything(const struct soap* soap) { return soap->clist || soap-
 /// soap_delete of the object of `entry`, without searching for it: an answer's objects stand before it in the list. The
 /// first entry's content moves into `entry`, so that pointers to the first entry are no longer valid.
 void deleteObject(struct soap* soap, soap_clist* entry);
+/// Deletes the objects and data that the context has got since `object` and `data` were its last ones.
+void deleteSince(struct soap* soap, const soap_clist* object, const void* data);
 
 } // namespace tarnwell
