@@ -2,7 +2,7 @@
 
 #include "protocol/binding/Base64.h"
 #include "protocol/binding/BlockMemory.h"
-#include "protocol/soap/RuntimeInternals.h"
+#include "protocol/runtime/RuntimeInternals.h"
 
 #include <algorithm>
 
@@ -45,7 +45,7 @@ int readBase64(struct soap* soap, OpenBlock& block) {
     if (unread(soap).empty() && soap_recv(soap))
       return soap->error = SOAP_CHK_EOF;
     const std::string_view next = unread(soap);
-    if (readsBuffer(soap) && next.substr(0, 2) == "</")
+    if (readsBuffer(soap) && next.starts_with("</"))
       break;
     if (count == 0 && !padded && !soap->ahead) {
       const std::size_t taken = decode(soap, block, next);

@@ -20,9 +20,6 @@ private:
   unsigned char* m_bytes = nullptr;
 };
 
-/// Bytes of the largest block that is read: what a QByteArray, whose size is an int, holds together with its header.
-inline constexpr std::size_t largestBlock = 2147483000;
-
 /// The block that is being read: decides how much memory is asked for.
 class OpenBlock {
 public:

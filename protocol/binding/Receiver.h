@@ -1,7 +1,7 @@
 // Who receives what an answer brings while it is read: bytes of blocks, entries of lists. One thread, as the context.
 #pragma once
 
-#include "protocol/soap/Runtime.h"
+#include "protocol/runtime/RuntimeInternals.h"
 
 #include <cstddef>
 
@@ -36,7 +36,7 @@ public:
 };
 
 /// Lets the context read into `receiver`, which outlives the use of the context; null: into its own memory.
-inline void setReceiver(struct soap* soap, Receiver* receiver) { soap->data[0] = receiver; }
-inline Receiver* receiverOf(const struct soap* soap) { return static_cast<Receiver*>(soap->data[0]); }
+inline void setReceiver(struct soap* soap, Receiver* receiver) { userData(soap, UserData::Receiver) = receiver; }
+inline Receiver* receiverOf(struct soap* soap) { return static_cast<Receiver*>(userData(soap, UserData::Receiver)); }
 
 } // namespace tarnwell

@@ -1,6 +1,6 @@
 #include "protocol/binding/Text.h"
 
-#include "protocol/soap/RuntimeInternals.h"
+#include "protocol/runtime/RuntimeInternals.h"
 
 #include <charconv>
 #include <cstring>

@@ -2,7 +2,7 @@
 // wide text to and from UTF-8.
 #pragma once
 
-#include "protocol/soap/Runtime.h"
+#include "protocol/runtime/Runtime.h"
 
 #include <string>
 #include <string_view>

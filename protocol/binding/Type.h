@@ -3,7 +3,7 @@
 #pragma once
 
 #include "protocol/binding/Row.h"
-#include "protocol/soap/Runtime.h"
+#include "protocol/runtime/Runtime.h"
 
 #include <cstddef>
 
@@ -52,7 +52,8 @@ struct Type {
   void (*destroy)(void* value, bool array);
 };
 
-/// The type with this number, by the schema's table (TypeTable.cpp); the numbers of no type give null.
+/// The type with this number, by the table of whoever uses the binding; null for a number of no type. Types have the
+/// numbers from 1 on.
 const Type* findType(int number) noexcept;
 /// The type with this number, which must be one of SOAP_TYPE_.
 const Type& typeOf(int number) noexcept;

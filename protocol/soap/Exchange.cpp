@@ -1,8 +1,8 @@
 #include "protocol/soap/Exchange.h"
 
-#include "protocol/Deployment.h"
-#include "protocol/soap/Envelope.h"
-#include "protocol/soap/RuntimeInternals.h"
+#include "Deployment.h"
+#include "protocol/runtime/RuntimeInternals.h"
+#include "protocol/schema/Envelope.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -50,16 +50,15 @@ private:
 };
 
 /// Emits the message; run twice, once to count it and once to send it.
-int writeMessage(struct soap* soap, const Operation& operation, const SchemaObject* request) {
+int writeMessage(struct soap* soap, const SchemaObject* request) {
   if (beginEnvelope(soap) || soap_putheader(soap) || soap_body_begin_out(soap))
     return soap->error;
-  if (request && request->soap_put(soap, operation.requestElement, ""))
+  if (request && request->soap_put(soap, nullptr, ""))
     return soap->error;
   return soap_body_end_out(soap) || soap_envelope_end_out(soap) ? soap->error : SOAP_OK;
 }
 
-int send(struct soap* soap, const char* endpoint, const char* action, const Operation& operation,
-         const SchemaObject* request) {
+int send(struct soap* soap, const char* endpoint, const char* action, const SchemaObject* request) {
   beginMessage(soap);
   soap->encodingStyle = nullptr; // document/literal
   soap_serializeheader(soap);
@@ -67,9 +66,9 @@ int send(struct soap* soap, const char* endpoint, const char* action, const Oper
     request->soap_serialize(soap);
   if (soap_begin_count(soap))
     return soap->error;
-  if (soap->mode & SOAP_IO_LENGTH && writeMessage(soap, operation, request))
+  if (soap->mode & SOAP_IO_LENGTH && writeMessage(soap, request))
     return soap->error;
-  if (soap_end_count(soap) || soap_connect(soap, endpoint, action) || writeMessage(soap, operation, request))
+  if (soap_end_count(soap) || soap_connect(soap, endpoint, action) || writeMessage(soap, request))
     return soap->error;
   return soap_end_send(soap);
 }
@@ -166,7 +165,7 @@ int exchange(struct soap* soap, const char* endpoint, const char* action, Operat
   if (!canConnect(soap, endpoint))
     return soap->error = SOAP_TCP_ERROR;
   const ExchangeScope scope(soap);
-  if (send(soap, endpoint, action ? action : operation.action, operation, request))
+  if (send(soap, endpoint, action ? action : operation.action, request))
     return soap->error;
   if (!response)
     return soap->error;
@@ -177,7 +176,7 @@ int exchange(struct soap* soap, const char* endpoint, const char* action, Operat
     return soap->error = SOAP_TAG_MISMATCH;
   if (soap_recv_header(soap) || soap_body_begin_in(soap))
     return soap->error;
-  if (!response->soap_get(soap, operation.responseElement, nullptr))
+  if (!response->soap_get(soap, typeOf(operation.response).name, nullptr))
     return receiveFault(soap);
   if (soap_body_end_in(soap) || soap_envelope_end_in(soap) || endReceive(soap))
     return soap->error;

@@ -1,9 +1,11 @@
-#include "protocol/soap/RuntimeInternals.h"
+#include "protocol/runtime/RuntimeInternals.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <sys/socket.h>
 
 namespace tarnwell {
 namespace {
@@ -65,7 +67,40 @@ bool peekPlainTag(struct soap* soap) {
   return true;
 }
 
+/// The runtime's own function for frecv gives up when signals interrupt it eleven times in a row.
+std::size_t receive(struct soap* soap, char* to, std::size_t size) {
+  ssize_t received = 0;
+  do
+    received = recv(soap->socket, to, size, soap->socket_flags);
+  while (received < 0 && errno == EINTR);
+  soap->errnum = received < 0 ? errno : 0;
+  return received < 0 ? 0 : static_cast<std::size_t>(received);
+}
+
+/// The runtime asks before it reads an attachment, and reserves what the attachment's header claims: so that a false
+/// claim costs nothing, none may be longer than the answer. Null: it is read into memory.
+void* checkAttachment(struct soap* soap, const char*, const char*, const char*) {
+  const std::size_t size = soap->dime.size;
+  if (size > largestBlock || (soap->length && size > soap->length))
+    soap->error = SOAP_DIME_ERROR;
+  return nullptr;
+}
+
 } // namespace
+
+void setUpClient(struct soap* soap) {
+  soap->socket_flags = MSG_NOSIGNAL; // a peer that closes early must not end the host by SIGPIPE
+  soap->recv_maxlength = 0;          // the reader bounds each block, and a map has four characters for three bytes
+  // The system's own socket buffers grow with what arrives; with the runtime's fixed ones a download costs twice the
+  // time.
+  soap->sndbuf = 0;
+  soap->rcvbuf = 0;
+  // Where the runtime turns for an endpoint without a host; by default the process's standard streams.
+  soap->sendfd = -1;
+  soap->recvfd = -1;
+  soap->frecv = receive;
+  soap->fdimewriteopen = checkAttachment;
+}
 
 ULONG64 expectedBytes(const struct soap* soap) {
   // What the runtime counts has the HTTP header in it, of one buffer at most.
@@ -74,12 +109,10 @@ ULONG64 expectedBytes(const struct soap* soap) {
 }
 
 int peekElement(struct soap* soap) {
-  const bool again = soap->peeked != 0;
-  if (!again && peekPlainTag(soap))
-    return soap->error;
-  if (!again)
-    dropAttributes(soap);
-  if (soap_peek_element(soap) || again || *soap->href)
+  if (soap->peeked || peekPlainTag(soap))
+    return soap->error = *soap->tag ? SOAP_OK : SOAP_NO_TAG;
+  dropAttributes(soap);
+  if (soap_peek_element(soap) || *soap->href)
     return soap->error;
   for (const struct soap_attribute* attribute = soap->attributes; attribute; attribute = attribute->next)
     if (attribute->visible && attribute->value && std::strcmp(attribute->name, "href") == 0)
@@ -87,9 +120,9 @@ int peekElement(struct soap* soap) {
   return SOAP_OK;
 }
 
-int takeElement(struct soap* soap, bool isNillable) {
-  if (soap->mode & SOAP_XML_STRICT || soap->other)
-    return soap_element_begin_in(soap, nullptr, isNillable, nullptr);
+int takeElement(struct soap* soap, const char* tag, bool isNillable) {
+  if (peekElement(soap) || tag || soap->mode & SOAP_XML_STRICT || soap->other)
+    return soap->error ? soap->error : soap_element_begin_in(soap, tag, isNillable, nullptr);
   soap->peeked = 0;
   return soap->error = soap->body && ++soap->level > soap->maxlevel ? SOAP_LEVEL : SOAP_OK;
 }
@@ -189,23 +222,19 @@ int forEachPending(struct soap* soap, int (*write)(struct soap* soap, const void
   return SOAP_OK;
 }
 
-void deleteObject(struct soap* soap, soap_clist* entry) {
-  entry->fdelete(soap, entry);
-  soap_clist* const first = soap->clist;
-  soap->clist = first->next;
-  if (first != entry) {
-    first->next = entry->next;
-    *entry = *first;
-  }
-  SOAP_FREE(soap, first);
+void releaseAll(struct soap* soap, SOAP_ENV__Header* header) {
+  const bool hasHeader = soap->header != nullptr;
+  soap_destroy(soap);
+  soap_dealloc(soap, nullptr);
+  soap->header = hasHeader ? header : nullptr;
 }
 
-void deleteSince(struct soap* soap, const soap_clist* object, const void* data) {
-  while (soap->clist != object)
-    deleteObject(soap, soap->clist);
-  // soap_malloc notes the next data and the size behind the data; soap_dealloc finds the last one at once.
-  while (soap->alist != data)
-    soap_dealloc(soap, static_cast<char*>(soap->alist) - static_cast<std::size_t*>(soap->alist)[1]);
+void ContextMark::releaseLater() const {
+  while (m_soap->clist != m_object)
+    soap_delete(m_soap, m_soap->clist->ptr);
+  // soap_malloc notes the next data and the size behind the data.
+  while (m_soap->alist != m_data)
+    soap_dealloc(m_soap, static_cast<char*>(m_soap->alist) - static_cast<std::size_t*>(m_soap->alist)[1]);
 }
 
 } // namespace tarnwell

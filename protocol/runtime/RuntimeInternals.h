@@ -1,10 +1,10 @@
-// Everything that copies or relies on the inside of the runtime: its receive and send buffers, its list of objects, and
-// faster equivalents of some of its functions, each beside the name of the one that it replaces. A new release of the
-// runtime means reading this pair of files. One thread at a time, as the context. Functions that return int return 0 or
-// the runtime's error code, which they also set in the context.
+// Everything that copies or relies on the inside of the runtime: how a context is set up, its receive and send buffers,
+// its list of objects, and faster equivalents of some of its functions, each beside the name of the one that it
+// replaces. A new release of the runtime means reading this pair of files. One thread at a time, as the context.
+// Functions that return int return 0 or the runtime's error code, which they also set in the context.
 #pragma once
 
-#include "protocol/soap/Runtime.h"
+#include "protocol/runtime/Runtime.h"
 
 #include <cstddef>
 #include <cstring>
@@ -18,6 +18,23 @@ inline constexpr soap_wchar startTagMark = -2;
 
 /// White space as the runtime sees it: all control characters.
 constexpr bool isBlank(int character) { return character >= 0 && character <= ' '; }
+
+/// Bytes of the largest block or attachment that is read: what a QByteArray, whose size is an int, holds together with
+/// its header.
+inline constexpr std::size_t largestBlock = 2147483000;
+
+// --- The context
+
+/// Sets up a new context for a client: no SIGPIPE, no standard streams, no end of a call by a signal, socket buffers of
+/// the system's size, attachments no longer than their answer.
+void setUpClient(struct soap* soap);
+
+/// The uses of the pointers that a context keeps for whoever uses the runtime.
+enum class UserData {
+  Receiver,  ///< Receiver.h
+  SpareText, ///< RuntimeCallbacks.cpp
+};
+inline void*& userData(struct soap* soap, UserData use) { return soap->data[static_cast<std::size_t>(use)]; }
 
 // --- Receiving
 
@@ -39,8 +56,8 @@ ULONG64 expectedBytes(const struct soap* soap);
 /// tag, that is whole in the buffer; and "href" counts in SOAP 1.2 messages too. SOAP_NO_TAG: there is none before the
 /// parent's end.
 int peekElement(struct soap* soap);
-/// soap_element_begin_in of any name for the element that was peeked at, without looking at it again.
-int takeElement(struct soap* soap, bool isNillable);
+/// soap_element_begin_in: takes the start tag `tag` (null: any). Faster for one of any name, found by peekElement().
+int takeElement(struct soap* soap, const char* tag, bool isNillable);
 /// Whether peekElement() has found text, and not an end tag, in the place of a start tag.
 inline bool isBeforeText(const struct soap* soap) {
   return soap->peeked && !*soap->tag && soap->ahead && soap->ahead != endTagMark;
@@ -83,12 +100,36 @@ int forEachPending(struct soap* soap, int (*write)(struct soap* soap, const void
 
 // --- Objects
 
-/// Whether the context holds objects or data.
-inline bool holdsAnything(const struct soap* soap) { return soap->clist || soap->alist; }
-/// soap_delete of the object of `entry`, without searching for it: an answer's objects stand before it in the list. The
-/// first entry's content moves into `entry`, so that pointers to the first entry are no longer valid.
-void deleteObject(struct soap* soap, soap_clist* entry);
-/// Deletes the objects and data that the context has got since `object` and `data` were its last ones.
-void deleteSince(struct soap* soap, const soap_clist* object, const void* data);
+/// soap_link with a new object, which the context owns from now on and ends with `destroy`; `count` below 0: it is no
+/// array. Returns the object; null when it is null or there is no memory for its entry, and then it is destroyed.
+template <void (*destroy)(void* object, int type, bool isArray)>
+void* own(struct soap* soap, void* object, int type, int count) {
+  constexpr auto end = [](struct soap*, soap_clist* entry) -> int {
+    destroy(entry->ptr, entry->type, entry->size >= 0);
+    return SOAP_OK;
+  };
+  soap_clist* const entry = object ? soap_link(soap, type, count, end) : nullptr;
+  if (entry)
+    return entry->ptr = object;
+  if (object)
+    destroy(object, type, count >= 0);
+  soap->error = SOAP_EOM;
+  return nullptr;
+}
+/// soap_destroy and soap_dealloc: deletes all objects and data. The header of an earlier answer, if there is one, gives
+/// way to `header`.
+void releaseAll(struct soap* soap, SOAP_ENV__Header* header);
+/// The objects and data of a context at one moment.
+class ContextMark {
+public:
+  explicit ContextMark(struct soap* soap) : m_soap(soap), m_object(soap->clist), m_data(soap->alist) {}
+  /// soap_delete and soap_dealloc of all that the context has got since, the last first, which is found at once.
+  void releaseLater() const;
+
+private:
+  struct soap* m_soap;
+  const soap_clist* m_object;
+  const void* m_data;
+};
 
 } // namespace tarnwell

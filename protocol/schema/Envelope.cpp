@@ -1,8 +1,8 @@
-#include "protocol/soap/Envelope.h"
+#include "protocol/schema/Envelope.h"
 
 #include "protocol/binding/Reader.h"
 #include "protocol/binding/Writer.h"
-#include "protocol/soap/RuntimeInternals.h"
+#include "protocol/runtime/RuntimeInternals.h"
 
 namespace tarnwell {
 namespace {
