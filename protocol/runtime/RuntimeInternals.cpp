@@ -120,13 +120,6 @@ int peekElement(struct soap* soap) {
   return SOAP_OK;
 }
 
-int takeElement(struct soap* soap, const char* tag, bool isNillable) {
-  if (peekElement(soap) || tag || soap->mode & SOAP_XML_STRICT || soap->other)
-    return soap->error ? soap->error : soap_element_begin_in(soap, tag, isNillable, nullptr);
-  soap->peeked = 0;
-  return soap->error = soap->body && ++soap->level > soap->maxlevel ? SOAP_LEVEL : SOAP_OK;
-}
-
 int endElement(struct soap* soap, const char* tag) {
   const std::string_view next = unread(soap);
   const bool peekedAtEnd = soap->peeked && !*soap->tag && soap->ahead == endTagMark;

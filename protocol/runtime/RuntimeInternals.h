@@ -57,7 +57,12 @@ ULONG64 expectedBytes(const struct soap* soap);
 /// parent's end.
 int peekElement(struct soap* soap);
 /// soap_element_begin_in: takes the start tag `tag` (null: any). Faster for one of any name, found by peekElement().
-int takeElement(struct soap* soap, const char* tag, bool isNillable);
+inline int takeElement(struct soap* soap, const char* tag, bool isNillable) {
+  if (!soap->peeked || !*soap->tag || tag || soap->mode & SOAP_XML_STRICT || soap->other)
+    return peekElement(soap) ? soap->error : soap_element_begin_in(soap, tag, isNillable, nullptr);
+  soap->peeked = 0;
+  return soap->error = soap->body && ++soap->level > soap->maxlevel ? SOAP_LEVEL : SOAP_OK;
+}
 /// Whether peekElement() has found text, and not an end tag, in the place of a start tag.
 inline bool isBeforeText(const struct soap* soap) {
   return soap->peeked && !*soap->tag && soap->ahead && soap->ahead != endTagMark;
