@@ -29,11 +29,11 @@ unsigned char* Downloads::keep(std::size_t size, bool shrink) noexcept try {
   return nullptr;
 }
 
-bool Downloads::take(const Type& type, void* entry) {
-  if (!list || type.number != SOAP_TYPE_dsns__DesktopInfoClass)
+bool Downloads::takeEntry(const Type& type, void* entry) {
+  if (!onDescription || type.number != dsns__DesktopInfoClass::number)
     return false;
-  list(*static_cast<dsns__DesktopInfoClass*>(entry));
-  m_kept.clear(); // all of them are this description's
+  onDescription(*static_cast<dsns__DesktopInfoClass*>(entry));
+  m_kept.clear(); // what it has left there: all records before it were taken, too
   return true;
 }
 
@@ -51,7 +51,7 @@ QByteArray Downloads::take(xsd__base64Binary& block) {
 }
 
 void Downloads::clear() {
-  m_kept.clear();
+  m_kept = {}; // clear() would keep room for as many again
   hasReferences = false;
 }
 

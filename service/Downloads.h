@@ -18,10 +18,10 @@ public:
   unsigned char* reserve(std::size_t capacity, std::size_t size) noexcept override;
   unsigned char* keep(std::size_t size, bool shrink) noexcept override;
   void discard() noexcept override { m_open = QByteArray(); }
-  bool take(const Type& type, void* entry) override;
+  bool takeEntry(const Type& type, void* entry) override;
 
-  /// Gets each description of a list as soon as it was read, if set; the description then dies with its blocks.
-  std::function<void(dsns__DesktopInfoClass&)> list;
+  /// If set, takes the descriptions of lists. Blocks that it leaves in a description are freed with it.
+  std::function<void(dsns__DesktopInfoClass&)> onDescription;
 
   /// The bytes of `block`, which is left empty: the array is their only owner. Copies, and leaves `block` as it is,
   /// only what does not lie here: an attachment, or a block that several references may lead to. Throws std::bad_alloc.

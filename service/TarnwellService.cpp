@@ -159,8 +159,8 @@ int TarnwellService::listMaps(Call call, dsns__CompleteDesktopResponse* Response
       listed.append(unfilled);
       fillListed(listed.last(), description, withThumbnails, m_downloads);
     };
-    const auto unset = qScopeGuard([this] { m_downloads.list = nullptr; });
-    m_downloads.list = std::ref(list); // while the answer arrives, so that the context holds one description at a time
+    m_downloads.onDescription = list; // while the answer arrives, so that the context holds one description at a time
+    const auto unset = qScopeGuard([this] { m_downloads.onDescription = nullptr; });
     if (call(response.get()) != SOAP_OK)
       return ResultFailed;
     const dsns__CompleteDesktopResponse* const answer = *response.*result;

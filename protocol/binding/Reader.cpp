@@ -104,7 +104,7 @@ bool readTarget(struct soap* soap, void** pointer, const char* name, const Type&
 /// Offers an entry to the receiver, unless something may refer to it or into it: an attachment is stored there later.
 bool isTaken(struct soap* soap, const Type& type, void* entry) {
   Receiver* const receiver = receiverOf(soap);
-  return receiver && !receiver->hasReferences && !soap->xlist && receiver->take(type, entry);
+  return receiver && !receiver->hasReferences && !soap->xlist && receiver->takeEntry(type, entry);
 }
 
 /// One entry of a list; one given by reference takes its place in the list when the reference is resolved.

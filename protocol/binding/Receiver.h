@@ -26,16 +26,16 @@ public:
   /// Frees the open block.
   virtual void discard() noexcept = 0;
 
-  /// Offers an entry of a list that was just read. True: it was taken, and the context deletes it, with all that was
-  /// read into it, before it reads on. May throw.
-  virtual bool take(const Type& /*type*/, void* /*entry*/) { return false; }
+  /// Offers an entry of a list as soon as it was read. True: it was taken, and the context deletes it with all that was
+  /// read into it. May throw.
+  virtual bool takeEntry(const Type& /*type*/, void* /*entry*/) { return false; }
 
-  /// The answer has an id or a reference, so that several references may lead to one value, also to one that is not
-  /// read yet: from then on everything is read into the context and stays there.
+  /// The answer has an id or a reference, so that several references may lead to one value: from then on blocks are
+  /// read into the context's own memory, and entries stay there.
   bool hasReferences = false;
 };
 
-/// Lets the context read into `receiver`, which outlives the use of the context; null: into its own memory.
+/// Lets the context read for `receiver`, which outlives the use of the context; null: all stays in the context.
 inline void setReceiver(struct soap* soap, Receiver* receiver) { userData(soap, UserData::Receiver) = receiver; }
 inline Receiver* receiverOf(struct soap* soap) { return static_cast<Receiver*>(userData(soap, UserData::Receiver)); }
 
