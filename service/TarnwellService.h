@@ -9,7 +9,8 @@
 
 /// What the interface does not tell: nothing here asks for the login flag before a call, the outcome in each answer
 /// decides; an answer that lacks its result or its login object is a failed call; and the records that an operation
-/// leaves in the context stay there until the next one that talks to the service, so that nothing grows.
+/// leaves in the context stay there until the next one that talks to the service, so that nothing grows. A list's
+/// descriptions go as soon as they were read, unless something may refer to them.
 class TarnwellService : public ITarnwellService {
 public:
   TarnwellService();
