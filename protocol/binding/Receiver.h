@@ -35,7 +35,7 @@ public:
   bool hasReferences = false;
 };
 
-/// Lets the context read for `receiver`, which outlives the use of the context; null: all stays in the context.
+/// Lets the context read for `receiver`; null: all stays in the context. Requires: `receiver` outlives the context's use.
 inline void setReceiver(struct soap* soap, Receiver* receiver) { userData(soap, UserData::Receiver) = receiver; }
 inline Receiver* receiverOf(struct soap* soap) { return static_cast<Receiver*>(userData(soap, UserData::Receiver)); }
 

@@ -55,7 +55,7 @@ struct Type {
 /// The type with this number, by the table of whoever uses the binding; null for a number of no type. Types have the
 /// numbers from 1 on.
 const Type* findType(int number) noexcept;
-/// The type with this number, which must be one of SOAP_TYPE_.
+/// The type with this number. Requires: the number of a type.
 const Type& typeOf(int number) noexcept;
 /// The schema type called `name`, or the message whose element is called `element`, by the prefixes of the message that
 /// is being read; null if there is neither.
@@ -63,7 +63,7 @@ const Type* findTypeNamed(struct soap* soap, const char* name, const char* eleme
 
 /// Makes one object (`count` below 0) or an array in the context, which deletes it. `size`, if given, gets its bytes.
 void* instantiate(struct soap* soap, int count, const Type& type, std::size_t* size);
-/// The runtime's call-back for a resolved forward reference: copies *from over *to if both are of one type.
+/// The runtime's callback for a resolved forward reference: copies *from over *to if both are of one type.
 void resolve(struct soap* soap, int sourceType, int targetType, void* to, std::size_t index, const void* from,
              void** shared);
 
