@@ -3,7 +3,7 @@
 // read without the host's memory for blocks. The answer's text selects the operations. A finding is a difference
 // between the two results, a next call that fails, a crash or a leak.
 // scripts/fuzz runs it with libFuzzer; as a test, runs.cpp makes the inputs.
-#include "protocol/binding/BlockMemory.h"
+#include "protocol/binding/Receiver.h"
 #include "tests/HostOperations.h"
 #include "tests/WireClient.h"
 
@@ -25,7 +25,7 @@ std::string outcome(const std::string& reply, std::size_t piece, bool ownMemory)
   wire.reply = client.reply = reply;
   wire.piece = client.piece = piece;
   if (ownMemory)
-    tarnwell::setBlockMemory(host.context(), nullptr);
+    tarnwell::setReceiver(host.context(), nullptr);
   const int result = operation.call(host);
   const std::string seen =
       std::to_string(result) + "\n" + host.seen() + "\n" + named(clientOperations, reply).ask(client, Proxy);

@@ -6,12 +6,14 @@
 #include "service/MapFile.h"
 #include "service/Outcomes.h"
 
+#include <QtCore/QScopeGuard>
+
 using namespace tarnwell;
 
 namespace {
 
 /// Fills a new record from an answer's description.
-void fillListed(MapInfo& map, dsns__DesktopInfoClass& description, bool withThumbnail, DownloadedBlocks& downloads) {
+void fillListed(MapInfo& map, dsns__DesktopInfoClass& description, bool withThumbnail, Downloads& downloads) {
   map.setMapAuthor(fromWide(description.Author));
   map.setMapDescription(fromWide(description.Description));
   map.setMapModificationDate(fromSeconds(description.LastModified));
@@ -28,7 +30,7 @@ void fillListed(MapInfo& map, dsns__DesktopInfoClass& description, bool withThum
 
 TarnwellService::TarnwellService() {
   if (context())
-    setBlockMemory(context(), &m_downloads);
+    setReceiver(context(), &m_downloads);
 }
 
 /// One networked operation: frees what earlier ones left, then runs `body`. What that throws makes it `failed`.
@@ -63,21 +65,23 @@ int TarnwellService::listMaps(Call call, dsns__CompleteDesktopResponse* Response
                               QList<MapInfo>& maps) {
   return perform<int>(ResultFailed, [&]() -> int {
     const ContextObject<Response> response(context());
+    QList<MapInfo> listed;
+    const MapInfo unfilled;
+    const auto list = [&](dsns__DesktopInfoClass& description) {
+      listed.append(unfilled);
+      fillListed(listed.last(), description, withThumbnails, m_downloads);
+    };
+    m_downloads.onDescription = list; // while the answer arrives, so that the context holds one description at a time
+    const auto unset = qScopeGuard([this] { m_downloads.onDescription = nullptr; });
     if (call(response.get()) != SOAP_OK)
       return ResultFailed;
     const dsns__CompleteDesktopResponse* const answer = *response.*result;
     const int outcome = loginOutcome(answer);
     if (outcome != ResultOk || !answer->DesktopInfoObjectList)
       return outcome;
-    QList<MapInfo> listed;
-    listed.reserve(static_cast<int>(answer->DesktopInfoObjectList->DesktopInfoClass.size()));
-    const MapInfo unfilled;
-    for (dsns__DesktopInfoClass* description : answer->DesktopInfoObjectList->DesktopInfoClass) {
-      if (!description)
-        continue;
-      listed.append(unfilled);
-      fillListed(listed.last(), *description, withThumbnails, m_downloads);
-    }
+    for (dsns__DesktopInfoClass* description : answer->DesktopInfoObjectList->DesktopInfoClass) // what was not taken
+      if (description)
+        list(*description);
     maps.append(listed); // at once, so that a failure leaves the host's list alone
     return ResultOk;
   });

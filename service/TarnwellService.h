@@ -4,12 +4,13 @@
 #pragma once
 
 #include "client/STLDesktopService.h"
-#include "service/DownloadedBlocks.h"
+#include "service/Downloads.h"
 #include "service/ITarnwellService.h"
 
 /// What the interface does not tell: nothing here asks for the login flag before a call, the outcome in each answer
 /// decides; an answer that lacks its result or its login object is a failed call; and the records that an operation
-/// leaves in the context stay there until the next one that talks to the service, so that nothing grows.
+/// leaves in the context stay there until the next one that talks to the service, so that nothing grows. A list's
+/// descriptions go as soon as they were read, unless something may refer to them.
 class TarnwellService : public ITarnwellService {
 public:
   TarnwellService();
@@ -66,5 +67,5 @@ private:
   template <class Response, class Call>
   bool checkVersion(const QString& version, Call call, dsns__DesktopVersioningClass* Response::*result);
 
-  tarnwell::DownloadedBlocks m_downloads;
+  tarnwell::Downloads m_downloads;
 };

@@ -9,13 +9,14 @@
 #include <fcntl.h>
 #include <netdb.h>
 #include <new>
+#include <pthread.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 /// The faults of a thread's calls while `meets` points here.
 struct Faults {
-  /// Waiting: calls that a signal interrupts.
-  enum Kind { None, Memory, System, Waiting } kind = None;
+  /// Waiting: calls that a signal interrupts. Receiving: the thread is cancelled instead.
+  enum Kind { None, Memory, System, Waiting, Receiving } kind = None;
   long position = 0;     ///< of the first call that fails, from 0
   bool andAll = false;   ///< so do all after it
   int error = ENOMEM;    ///< errno after it
@@ -93,6 +94,8 @@ ssize_t send(int descriptor, const void* bytes, std::size_t size, int flags) {
   return failsMoving() ? -1 : behind<send>("send")(descriptor, bytes, most(size), flags);
 }
 ssize_t recv(int descriptor, void* bytes, std::size_t size, int flags) {
+  if (fails(Faults::Receiving))
+    pthread_cancel(pthread_self());
   return failsMoving() ? -1 : behind<recv>("recv")(descriptor, bytes, most(size), flags);
 }
 ssize_t read(int descriptor, void* bytes, std::size_t size) {

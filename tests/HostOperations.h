@@ -102,8 +102,8 @@ inline const std::vector<HostOperation>& hostOperations() {
   static const std::string author = "<Author>a</Author>", map = author + "<MapContent>QQ==</MapContent>",
                            success = message::outcome("Success", "Success"),
                            saved = success + "<DesktopInfoClass>" + author + "</DesktopInfoClass>",
-                           listed =
-                               message::listing("<DesktopInfoClass>" + map + "</DesktopInfoClass><DesktopInfoClass/>");
+                           twice = "<DesktopInfoClass id=\"m\"/><DesktopInfoClass href=\"#m\"/>",
+                           listed = message::listing(element("DesktopInfoClass", map) + twice);
   static const std::vector<HostOperation> operations = {
       {"Login", message::loginValue("Success"), [](Host& host) { return host.login(host.word, host.word); }},
       {"GetMapsList_NEW_DESKTOP", listed, [](Host& host) { return host.getDesktopMapsList(true, host.maps); }},

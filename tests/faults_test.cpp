@@ -187,6 +187,18 @@ TEST(Faults, CancelledThreadsLeaveAUsableObject) {
       caller.join();
       expectUsable(host, faults);
     }
+  // And in the midst of an answer.
+  for (const HostOperation& operation : hostOperations())
+    for (auto [position, reached] = std::pair(0L, true); reached; position += 3) {
+      const ScriptedService server(reply(200, operation.answer()));
+      Host host(server.url());
+      Faults faults{Faults::Receiving, position, false, 0, 16};
+      std::thread caller([&] { outcome(operation, host, faults); });
+      caller.join();
+      reached = faults.calls > position;
+      EXPECT_TRUE(!reached || host.maps.size() == 1) << operation.name << " " << position;
+      expectUsable(host, faults);
+    }
 }
 
 TEST(CallMonitor, EndsTheWatchedCallAlone) {

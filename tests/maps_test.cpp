@@ -213,8 +213,8 @@ TEST(Conversions, OfWhatIsSent) {
 // Types and numbers of the objects that stay after success, and after failure; a row for each operation.
 const char* const left = R"(
 Header=1 DesktopLoginResponseClass=1 | LoginResponse=1
-string=1 base64Binary=1 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=2 ArrayOfDesktopInfoClass=1 CompleteDesktopResponse=1 |
-string=1 base64Binary=1 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=2 ArrayOfDesktopInfoClass=1 CompleteDesktopResponse=1 |
+Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=1 ArrayOfDesktopInfoClass=1 CompleteDesktopResponse=1 |
+Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=1 ArrayOfDesktopInfoClass=1 CompleteDesktopResponse=1 |
 string=1 base64Binary=2 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=2 GetMapResponse=1 GetMapContent_NEW_DESKTOPResponse=1 | base64Binary=1 DesktopInfoClass=1 GetMapContent_NEW_DESKTOPResponse=1
 string=1 base64Binary=2 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=2 MapActionResponse=1 SaveMap_NEW_DESKTOPResponse=1 | base64Binary=2 DesktopInfoClass=1 SaveMap_NEW_DESKTOPResponse=1
 string=1 Header=1 DesktopLoginResponseClass=1 DesktopInfoClass=1 MapActionResponse=1 |

@@ -145,7 +145,7 @@ TEST(Values, DatesWithoutACalendar) {
     EXPECT_EQ("1969-12-31T23:59:59Z", written(client, &time, tarnwell::typeOf(SOAP_TYPE_xsd__dateTime)));
 }
 /// Memory that refuses more than `most` bytes: address space that nobody touches, so that gigabytes cost nothing.
-class SparseMemory : public tarnwell::BlockMemory {
+class SparseMemory : public tarnwell::Receiver {
 public:
   unsigned char* reserve(std::size_t capacity, std::size_t) noexcept override {
     return capacity <= most ? &somewhere : nullptr;

@@ -98,7 +98,7 @@ int readBlock(struct soap* soap, const Type&, void* value) {
   if (!soap->body)
     return SOAP_OK;
   ContextMemory ofContext(soap);
-  BlockMemory* const given = blockMemory(soap);
+  Receiver* const given = receiverOf(soap);
   OpenBlock open(given && !given->hasReferences ? *given : ofContext);
   if (readBase64(soap, open))
     return soap->error;

@@ -10,11 +10,16 @@
 namespace tarnwell {
 namespace {
 
-/// Whether a start tag's name ends here: at white space, "/" or ">", all of them below the letters.
-bool endsName(char c) {
-  constexpr std::uint64_t ends = ((2ULL << ' ') - 1) | 1ULL << '/' | 1ULL << '>';
-  const unsigned code = static_cast<unsigned char>(c);
-  return code < 64 && (ends >> code & 1) != 0;
+/// The size of the name at the start of `text`, if all that follows it in its tag is ">"; npos if more does, or the tag
+/// goes on behind `text`.
+std::size_t nameSize(std::string_view text) {
+  constexpr std::uint64_t ends =
+      ((2ULL << ' ') - 1) | 1ULL << '"' | 1ULL << '&' | 1ULL << '\'' | 1ULL << '/' | 1ULL << '<' | 1ULL << '>';
+  std::size_t size = 0;
+  for (; size < text.size(); ++size)
+    if (const unsigned code = static_cast<unsigned char>(text[size]); code < 64 && (ends >> code & 1) != 0)
+      break;
+  return size < text.size() && text[size] == '>' ? size : text.npos;
 }
 
 /// The runtime keeps the attributes of earlier elements and looks through them at each element: drops them, so that
@@ -37,17 +42,12 @@ bool peekPlainTag(struct soap* soap) {
     ++at;
   if (soap->ahead || soap->cdata || soap->feltbegin || soap->mode & SOAP_XML_DOM || end - at < 3 || *at++ != '<')
     return false;
-  std::size_t size = 0;
-  const std::size_t most = std::min<std::size_t>(static_cast<std::size_t>(end - at), sizeof soap->tag);
   const bool endTag = *at == '/';
-  if (!endTag) {
-    while (size < most && !endsName(at[size]))
-      ++size;
-    if (size == 0 || size == most || at[size] != '>' || *at == '!' || *at == '?' || *at == '%')
-      return false;
-    std::memcpy(soap->tag, at, size);
-  }
-  soap->tag[size] = '\0';
+  const std::string_view rest(at, std::min<std::size_t>(static_cast<std::size_t>(end - at), sizeof soap->tag));
+  const std::size_t size = endTag ? 0 : nameSize(rest);
+  if (!endTag && (size == 0 || size == rest.npos || *at == '!' || *at == '?' || *at == '%'))
+    return false;
+  soap->tag[rest.copy(soap->tag, size)] = '\0';
   soap->peeked = 1;
   soap->id[0] = soap->href[0] = soap->type[0] = '\0';
   soap->arrayType[0] = soap->arraySize[0] = soap->arrayOffset[0] = '\0';
@@ -109,12 +109,10 @@ ULONG64 expectedBytes(const struct soap* soap) {
 }
 
 int peekElement(struct soap* soap) {
-  const bool again = soap->peeked != 0;
-  if (!again && peekPlainTag(soap))
-    return soap->error;
-  if (!again)
-    dropAttributes(soap);
-  if (soap_peek_element(soap) || again || *soap->href)
+  if (soap->peeked || peekPlainTag(soap))
+    return soap->error = *soap->tag ? SOAP_OK : SOAP_NO_TAG;
+  dropAttributes(soap);
+  if (soap_peek_element(soap) || *soap->href)
     return soap->error;
   for (const struct soap_attribute* attribute = soap->attributes; attribute; attribute = attribute->next)
     if (attribute->visible && attribute->value && std::strcmp(attribute->name, "href") == 0)
@@ -124,27 +122,15 @@ int peekElement(struct soap* soap) {
 
 int endElement(struct soap* soap, const char* tag) {
   const std::string_view next = unread(soap);
-  const bool peekedAtEnd = soap->peeked && !*soap->tag && soap->ahead == endTagMark;
-  if (soap->mode & (SOAP_XML_STRICT | SOAP_XML_DOM) || soap->feltendin || soap->cdata)
+  const bool isTaken = soap->peeked && !*soap->tag && soap->ahead == endTagMark; // "</"
+  const bool isNext = !soap->error && !soap->peeked && !soap->ahead && next.starts_with("</");
+  const std::size_t start = isTaken ? 0 : 2, size = isTaken || isNext ? nameSize(next.substr(start)) : next.npos;
+  if (size == next.npos || soap->mode & (SOAP_XML_STRICT | SOAP_XML_DOM) || soap->feltendin || soap->cdata)
     return soap_element_end_in(soap, tag);
-  if (peekedAtEnd) { // "</" was taken: the rest of the tag, whatever its name, without anything behind it
-    const auto needsRuntime = [](char c) { return isBlank(c) || c == '<' || c == '"' || c == '\'' || c == '&'; };
-    const std::size_t close = next.find('>');
-    if (close == next.npos || std::any_of(next.begin(), next.begin() + close, needsRuntime))
-      return soap_element_end_in(soap, tag);
-    skipUnread(soap, close + 1);
-    soap->peeked = 0;
-    soap->ahead = 0;
-    soap->error = SOAP_OK;
-    --soap->level;
-    return SOAP_OK;
-  }
-  // The very end tag of the start tag taken last, whole in the buffer: nothing for the runtime to find out.
-  const std::size_t size = std::strlen(soap->tag);
-  if (soap->error || soap->peeked || soap->ahead || next.size() < size + 3 || next[0] != '<' || next[1] != '/' ||
-      next[size + 2] != '>' || next.compare(2, size, soap->tag, size) != 0)
-    return soap_element_end_in(soap, tag);
-  skipUnread(soap, size + 3);
+  skipUnread(soap, start + size + 1);
+  soap->peeked = 0;
+  soap->ahead = 0;
+  soap->error = SOAP_OK;
   --soap->level;
   return SOAP_OK;
 }
@@ -222,6 +208,14 @@ void releaseAll(struct soap* soap, SOAP_ENV__Header* header) {
   soap_destroy(soap);
   soap_dealloc(soap, nullptr);
   soap->header = hasHeader ? header : nullptr;
+}
+
+void ContextMark::releaseLater() const {
+  while (m_soap->clist != m_object)
+    soap_delete(m_soap, m_soap->clist->ptr);
+  // soap_malloc notes the next data and the size behind the data.
+  while (m_soap->alist != m_data)
+    soap_dealloc(m_soap, static_cast<char*>(m_soap->alist) - static_cast<std::size_t*>(m_soap->alist)[1]);
 }
 
 } // namespace tarnwell

@@ -31,9 +31,9 @@ void setUpClient(struct soap* soap);
 
 /// The uses of the pointers that a context keeps for whoever uses the runtime.
 enum class UserData {
-  BlockMemory, ///< BlockMemory.h
-  Chunks,      ///< Chunks.h
-  SpareText,   ///< RuntimeCallbacks.cpp
+  Chunks,    ///< Chunks.h
+  Receiver,  ///< Receiver.h
+  SpareText, ///< RuntimeCallbacks.cpp
 };
 inline void*& userData(struct soap* soap, UserData use) { return soap->data[static_cast<std::size_t>(use)]; }
 
@@ -57,6 +57,13 @@ ULONG64 expectedBytes(const struct soap* soap);
 /// tag, that is whole in the buffer; and "href" counts in SOAP 1.2 messages too. SOAP_NO_TAG: there is none before the
 /// parent's end.
 int peekElement(struct soap* soap);
+/// soap_element_begin_in: takes the start tag `tag` (null: any). Faster for one of any name, found by peekElement().
+inline int takeElement(struct soap* soap, const char* tag, bool isNillable) {
+  if (!soap->peeked || !*soap->tag || tag || soap->mode & SOAP_XML_STRICT || soap->other)
+    return peekElement(soap) ? soap->error : soap_element_begin_in(soap, tag, isNillable, nullptr);
+  soap->peeked = 0;
+  return soap->error = soap->body && ++soap->level > soap->maxlevel ? SOAP_LEVEL : SOAP_OK;
+}
 /// Whether peekElement() has found text, and not an end tag, in the place of a start tag.
 inline bool isBeforeText(const struct soap* soap) {
   return soap->peeked && !*soap->tag && soap->ahead && soap->ahead != endTagMark;
@@ -118,5 +125,17 @@ void* own(struct soap* soap, void* object, int type, int count) {
 /// soap_destroy and soap_dealloc: deletes all objects and data. The header of an earlier answer, if there is one, gives
 /// way to `header`.
 void releaseAll(struct soap* soap, SOAP_ENV__Header* header);
+/// The objects and data of a context at one moment.
+class ContextMark {
+public:
+  explicit ContextMark(struct soap* soap) : m_soap(soap), m_object(soap->clist), m_data(soap->alist) {}
+  /// soap_delete and soap_dealloc of all that the context has got since, the last first, which is found at once.
+  void releaseLater() const;
+
+private:
+  struct soap* m_soap;
+  const soap_clist* m_object;
+  const void* m_data;
+};
 
 } // namespace tarnwell

@@ -1,4 +1,4 @@
-#include "service/DownloadedBlocks.h"
+#include "service/Downloads.h"
 
 #include <exception>
 #include <utility>
@@ -10,7 +10,7 @@ unsigned char* bytesOf(QByteArray& array) { return reinterpret_cast<unsigned cha
 
 } // namespace
 
-unsigned char* DownloadedBlocks::reserve(std::size_t capacity, std::size_t size) noexcept try {
+unsigned char* Downloads::reserve(std::size_t capacity, std::size_t size) noexcept try {
   m_open.resize(static_cast<int>(size)); // never more than was reserved before
   m_open.reserve(static_cast<int>(capacity));
   return bytesOf(m_open);
@@ -18,7 +18,7 @@ unsigned char* DownloadedBlocks::reserve(std::size_t capacity, std::size_t size)
   return nullptr;
 }
 
-unsigned char* DownloadedBlocks::keep(std::size_t size, bool shrink) noexcept try {
+unsigned char* Downloads::keep(std::size_t size, bool shrink) noexcept try {
   m_open.resize(static_cast<int>(size));
   if (shrink)
     m_open.squeeze();
@@ -29,7 +29,15 @@ unsigned char* DownloadedBlocks::keep(std::size_t size, bool shrink) noexcept tr
   return nullptr;
 }
 
-QByteArray DownloadedBlocks::take(xsd__base64Binary& block) {
+bool Downloads::takeEntry(const Type& type, void* entry) {
+  if (!onDescription || type.number != dsns__DesktopInfoClass::number)
+    return false;
+  onDescription(*static_cast<dsns__DesktopInfoClass*>(entry));
+  m_kept.clear(); // what it has left there: all records before it were taken, too
+  return true;
+}
+
+QByteArray Downloads::take(xsd__base64Binary& block) {
   if (!block.__ptr)
     return QByteArray(); // also of a size that says otherwise
   const auto kept = m_kept.find(block.__ptr);
@@ -42,8 +50,8 @@ QByteArray DownloadedBlocks::take(xsd__base64Binary& block) {
   return bytes;
 }
 
-void DownloadedBlocks::clear() {
-  m_kept.clear();
+void Downloads::clear() {
+  m_kept = {}; // clear() would keep room for as many again
   hasReferences = false;
 }
 

@@ -1,22 +1,27 @@
-// The bytes of downloaded blocks, each in a byte array that the host can have without a copy. Used by TarnwellService
-// alone; one thread, as the context.
+// Receives what an answer brings while it arrives: the bytes of blocks, each in a byte array that the host can have
+// without a copy, and the descriptions of a list. Used by TarnwellService alone; one thread, as the context.
 #pragma once
 
-#include "protocol/binding/BlockMemory.h"
+#include "protocol/binding/Receiver.h"
 #include "protocol/schema/SchemaTypes.h"
 
 #include <QtCore/QByteArray>
 
+#include <functional>
 #include <unordered_map>
 
 namespace tarnwell {
 
 /// Owns the bytes of all blocks that a context reads until they are taken or cleared.
-class DownloadedBlocks : public BlockMemory {
+class Downloads : public Receiver {
 public:
   unsigned char* reserve(std::size_t capacity, std::size_t size) noexcept override;
   unsigned char* keep(std::size_t size, bool shrink) noexcept override;
   void discard() noexcept override { m_open = QByteArray(); }
+  bool takeEntry(const Type& type, void* entry) override;
+
+  /// If set, takes the descriptions of lists. Blocks that it leaves in a description are freed with it.
+  std::function<void(dsns__DesktopInfoClass&)> onDescription;
 
   /// The bytes of `block`, which is left empty: the array is their only owner. Copies, and leaves `block` as it is,
   /// only what does not lie here: an attachment, or a block that several references may lead to. Throws std::bad_alloc.
