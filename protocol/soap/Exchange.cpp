@@ -128,12 +128,10 @@ int readDeclaration(struct soap* soap) {
       return soap->error = SOAP_EOF;
     declaration.push_back(static_cast<char>(c));
   }
-  constexpr char attribute[] = "encoding=";
-  const std::size_t start = declaration.find(attribute);
+  const std::size_t start = declaration.find("encoding");
   if (start == std::string::npos)
     return SOAP_OK;
-  const std::size_t name = start + sizeof attribute; // behind the quote
-  const std::string encoding = declaration.substr(std::min(name, declaration.size()));
+  const std::string encoding = declaration.substr(declaration.find_first_of("\"'", start) + 1); // behind the quote
   const auto is = [&encoding](std::string_view known) {
     const char after = encoding.size() > known.size() ? encoding[known.size()] : '\0';
     return strncasecmp(encoding.c_str(), known.data(), known.size()) == 0 && (after == '"' || after == '\'');
