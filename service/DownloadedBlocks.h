@@ -1,12 +1,14 @@
-// The bytes of downloaded blocks, each in a byte array that the host can have without a copy. Used by TarnwellService
-// alone; one thread, as the context.
+// The bytes of downloaded blocks, each in a byte array that the host can have without a copy, and what records share.
+// Used by TarnwellService alone; one thread, as the context.
 #pragma once
 
 #include "protocol/binding/BlockMemory.h"
 #include "protocol/schema/SchemaTypes.h"
 
 #include <QtCore/QByteArray>
+#include <QtCore/QString>
 
+#include <string>
 #include <unordered_map>
 
 namespace tarnwell {
@@ -27,6 +29,22 @@ public:
 private:
   QByteArray m_open;
   std::unordered_map<const unsigned char*, QByteArray> m_kept; ///< by where the bytes lie
+};
+
+/// The host's values of one answer. What several references lead to is converted once, and its records share it.
+class AnswerValues {
+public:
+  explicit AnswerValues(DownloadedBlocks& downloads) : m_downloads(downloads) {}
+
+  /// Absent (null) as null. Throws std::bad_alloc.
+  QString text(const std::wstring* text);
+  /// As DownloadedBlocks::take(), but a copy is made once.
+  QByteArray bytes(xsd__base64Binary& block);
+
+private:
+  DownloadedBlocks& m_downloads;
+  std::unordered_map<const std::wstring*, QString> m_texts;
+  std::unordered_map<const unsigned char*, QByteArray> m_copies; ///< by where the bytes of the block lie
 };
 
 } // namespace tarnwell

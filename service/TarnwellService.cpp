@@ -69,14 +69,14 @@ template <class Response, class Result> int mapOutcome(int code, const Response*
 }
 
 /// Fills a new record from an answer's description.
-void fillListed(MapInfo& map, dsns__DesktopInfoClass& description, bool withThumbnail, DownloadedBlocks& downloads) {
-  map.setMapAuthor(fromWide(description.Author));
-  map.setMapDescription(fromWide(description.Description));
+void fillListed(MapInfo& map, dsns__DesktopInfoClass& description, bool withThumbnail, AnswerValues& values) {
+  map.setMapAuthor(values.text(description.Author));
+  map.setMapDescription(values.text(description.Description));
   map.setMapModificationDate(fromSeconds(description.LastModified));
-  map.setMapName(fromWide(description.MapName));
+  map.setMapName(values.text(description.MapName));
   map.setMapPublished(description.IsPublished);
   if (withThumbnail && description.Thumbnail)
-    map.setMapThumbnail(downloads.take(*description.Thumbnail));
+    map.setMapThumbnail(values.bytes(*description.Thumbnail));
   map.setMapID(fromGuid(description.MapId));
   map.setVersion(description.Version);
   map.setIsTWLX(description.Format_IsTwlx);
@@ -160,11 +160,12 @@ int TarnwellService::listMaps(Call call, dsns__CompleteDesktopResponse* Response
     QList<MapInfo> listed;
     listed.reserve(static_cast<int>(answer->DesktopInfoObjectList->DesktopInfoClass.size()));
     const MapInfo unfilled;
+    AnswerValues values(m_downloads);
     for (dsns__DesktopInfoClass* description : answer->DesktopInfoObjectList->DesktopInfoClass) {
       if (!description)
         continue;
       listed.append(unfilled);
-      fillListed(listed.last(), *description, withThumbnails, m_downloads);
+      fillListed(listed.last(), *description, withThumbnails, values);
     }
     maps.append(listed); // at once, so that a failure leaves the host's list alone
     return ResultOk;
