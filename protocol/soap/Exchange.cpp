@@ -5,6 +5,7 @@
 #include "protocol/soap/RuntimeInternals.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -143,16 +144,33 @@ int readDeclaration(struct soap* soap) {
   return SOAP_OK;
 }
 
+constexpr bool isPort(int port) { return port >= 1 && port <= 65535; }
+
+/// Whether `address`, "host" or "host:port", has a host and a port that is none or a number of those. An IPv6 address
+/// is in brackets.
+bool isAddress(std::string_view address) {
+  const std::size_t colon = address.find(':', address.substr(0, 1) == "[" ? address.find(']') : 0);
+  if (address.empty() || colon == 0)
+    return false;
+  if (colon == address.npos)
+    return true;
+  const char* const end = address.data() + address.size();
+  int port = 0;
+  return std::from_chars(address.data() + colon + 1, end, port).ptr == end && isPort(port);
+}
+
 /// Whether the runtime may be given these settings. With another scheme it waits for ever, or sends the envelope, with
 /// the password, to a socket without HTTP; a control character ends the request's first line, a blank begins another
-/// endpoint; and it takes a port modulo 65536.
+/// endpoint; it takes a port modulo 65536; and it takes what is before any "@" for user and password.
 bool canConnect(const struct soap* soap, const char* endpoint) {
   constexpr char scheme[] = "http://";
   constexpr std::size_t schemeSize = sizeof scheme - 1;
   const auto isForbidden = [](unsigned char c) { return c <= ' ' || c == 0x7f; };
-  return strncasecmp(endpoint, scheme, schemeSize) == 0 && std::strcspn(endpoint + schemeSize, ":/?#") > 0 &&
-         std::none_of(endpoint, endpoint + std::strlen(endpoint), isForbidden) &&
-         (!soap->proxy_host || (soap->proxy_port >= 1 && soap->proxy_port <= 65535));
+  if (strncasecmp(endpoint, scheme, schemeSize) != 0)
+    return false;
+  const std::string_view rest = endpoint + schemeSize, authority = rest.substr(0, rest.find_first_of("/?#"));
+  return isAddress(authority.substr(authority.rfind('@') + 1)) && rest.find('@', authority.size()) == rest.npos &&
+         std::none_of(rest.begin(), rest.end(), isForbidden) && (!soap->proxy_host || isPort(soap->proxy_port));
 }
 
 } // namespace
