@@ -2,9 +2,9 @@
 // reply: it does not check namespaces or form, follows no references, ignores xsi:type, and knows the five predefined
 // entities only. It computes the request's length, encodes and decodes base64 in the connection's buffer, and scans the
 // reply once, tag by tag.
+#include "Deployment.h"
 #include "bench/FloorConnection.h"
 #include "bench/Harness.h"
-#include "protocol/Deployment.h"
 #include "protocol/binding/Base64.h"
 
 #include <QtCore/QFile>

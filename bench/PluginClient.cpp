@@ -26,7 +26,7 @@ private:
 
 std::unique_ptr<bench::Peer> connect(const char* endpoint) {
   QLibrary library(QStringLiteral(TARNWELL_PLUGIN));
-  auto factory = reinterpret_cast<ITarnwellService* (*)()>(library.resolve("_Z14serviceFactoryv"));
+  auto factory = reinterpret_cast<ServiceFactory>(library.resolve(serviceFactoryName));
   if (!factory) {
     fprintf(stderr, "%s\n", qPrintable(library.errorString()));
     exit(2);

@@ -5,7 +5,7 @@
 //   /list/N/T     N maps, each with a thumbnail of T bytes (0: none)
 //   /get/M        a map of M MiB
 //   /save         a successful save
-#include "protocol/Deployment.h"
+#include "Deployment.h"
 
 #include <QtCore/QByteArray>
 

@@ -1,9 +1,8 @@
-// Owner of one object inside a runtime context, for the length of a scope: the last made dies first. Used by the client
-// and the service; one thread at a time, as its context.
+// Owner of one object inside a runtime context, for the length of a scope. Used by the client and the service; one
+// thread at a time, as its context.
 #pragma once
 
 #include "protocol/desktopservice.h"
-#include "protocol/soap/RuntimeInternals.h"
 
 #include <new>
 #include <utility>
@@ -12,13 +11,12 @@
 /// Without a context it holds null. Throws std::bad_alloc.
 template <class T> class ContextObject {
 public:
-  explicit ContextObject(struct soap* soap)
-      : m_soap(soap), m_object(soap ? make(soap) : nullptr), m_entry(soap ? soap->clist : nullptr) {}
+  explicit ContextObject(struct soap* soap) : m_soap(soap), m_object(soap ? make(soap) : nullptr) {}
   ContextObject(const ContextObject&) = delete;
   ContextObject& operator=(const ContextObject&) = delete;
   ~ContextObject() {
     if (m_object)
-      tarnwell::deleteObject(m_soap, m_entry);
+      soap_delete(m_soap, m_object);
   }
 
   T* get() const { return m_object; }
@@ -36,5 +34,4 @@ private:
 
   struct soap* m_soap;
   T* m_object;
-  soap_clist* m_entry;
 };

@@ -1,11 +1,9 @@
 #include "client/STLDesktopService.h"
 
+#include "Deployment.h"
 #include "client/Containment.h"
 #include "client/ContextObject.h"
-#include "protocol/Deployment.h"
-#include "protocol/soap/RuntimeInternals.h"
-
-#include <type_traits>
+#include "protocol/runtime/RuntimeInternals.h"
 
 namespace {
 
@@ -28,9 +26,6 @@ int call(const DesktopServiceSoap12& proxy, Stub<Request, Response> stub, Respon
   });
 }
 
-template <class Request, class = void> constexpr bool hasBehaviour = false;
-template <class Request> constexpr bool hasBehaviour<Request, std::void_t<decltype(&Request::behaviour)>> = true;
-
 } // namespace
 
 /// A call with the stored credentials and, where the request has a behaviour, an empty one.
@@ -40,21 +35,16 @@ int STLDesktopService::callAsUser(Stub stub, Response* response, Fill fill) {
   return call(proxy, stub, response, [&](auto& request) {
     request.username = &username;
     request.pass = &password;
-    if constexpr (hasBehaviour<std::remove_reference_t<decltype(request)>>)
+    if constexpr (requires { request.behaviour; })
       request.behaviour = &behaviour;
     fill(request);
   });
 }
 
 void STLDesktopService::releaseObjects() {
-  struct soap* const soap = proxy.soap;
-  if (!soap || !tarnwell::holdsAnything(soap)) // the runtime's functions cost time also when there is nothing
-    return;
   static SOAP_ENV__Header carriedOver; // without members: never written
-  const bool hasHeader = soap->header != nullptr;
-  soap_destroy(soap);
-  soap_dealloc(soap, nullptr);
-  soap->header = hasHeader ? &carriedOver : nullptr;
+  if (proxy.soap)
+    tarnwell::releaseAll(proxy.soap, &carriedOver);
 }
 
 void STLDesktopService::setEndPoint(std::string url) {

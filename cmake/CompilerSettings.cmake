@@ -1,6 +1,9 @@
 # Warnings are errors in our own code. Sanitizers or, without them, hardening apply to everything that is built here.
 add_library(tarnwell_settings INTERFACE)
 target_compile_options(tarnwell_settings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  target_compile_options(tarnwell_settings INTERFACE -Wno-restrict) # false in C++20: GCC bug 105651
+endif()
 target_include_directories(tarnwell_settings INTERFACE ${CMAKE_SOURCE_DIR} ${CMAKE_BINARY_DIR}/generated)
 if(TARNWELL_SANITIZE)
   add_compile_options(-fsanitize=${TARNWELL_SANITIZE} -fno-sanitize-recover=undefined -fno-omit-frame-pointer)

@@ -1,5 +1,6 @@
 #include "host/Diagnosis.h"
 
+#include "Deployment.h"
 #include "host/Text.h"
 
 #include <QtCore/QDeadlineTimer>

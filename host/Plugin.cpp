@@ -11,7 +11,6 @@ namespace tarnwell {
 
 namespace {
 
-constexpr char factorySymbol[] = "_Z14serviceFactoryv";
 constexpr char pluginName[] = "libtarnwell.so";
 /// Relative to the executable's folder: in the build tree, then in installations.
 constexpr const char* pluginFolders[] = {".", TARNWELL_PLUGIN_FOLDER, "../lib"};
@@ -36,9 +35,9 @@ CommandResult loadPlugin(const QString& file, std::unique_ptr<ITarnwellService>&
   QLibrary library(path);
   if (!library.load())
     return failure(LocalError, printable(library.errorString()), "name the plug-in's file with --plugin");
-  const auto factory = reinterpret_cast<ITarnwellService* (*)()>(library.resolve(factorySymbol));
+  const auto factory = reinterpret_cast<ServiceFactory>(library.resolve(serviceFactoryName));
   if (factory == nullptr) {
-    return failure(LocalError, QString("%1 has no function %2").arg(quoted(path), factorySymbol),
+    return failure(LocalError, QString("%1 has no function %2").arg(quoted(path), serviceFactoryName),
                    "name another file with --plugin");
   }
   service.reset(factory());

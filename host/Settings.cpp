@@ -1,5 +1,6 @@
 #include "host/Settings.h"
 
+#include "Deployment.h"
 #include "host/Text.h"
 
 #include <QtCore/QFileInfo>

@@ -2,7 +2,7 @@
 // can end it. Used for every call of the service, from one thread.
 #pragma once
 
-#include "host/CallMonitor.h"
+#include "service/CallMonitor.h"
 
 #include <functional>
 

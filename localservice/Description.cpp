@@ -1,6 +1,6 @@
 #include "localservice/Description.h"
 
-#include "protocol/Deployment.h"
+#include "Deployment.h"
 #include "protocol/desktopservice.h"
 
 #include <QtCore/QString>
@@ -119,8 +119,8 @@ std::string serviceDescription(const std::string& endpoint) {
   text += forOperations([](const tarnwell::Operation& operation) {
     const std::string name = operation.name;
     return "  <wsdl:message name=\"" + name + "In\">\n    <wsdl:part name=\"parameters\" element=\"" +
-           operation.requestElement + "\"/>\n  </wsdl:message>\n  <wsdl:message name=\"" + name +
-           "Out\">\n    <wsdl:part name=\"parameters\" element=\"" + operation.responseElement +
+           tarnwell::typeOf(operation.request).name + "\"/>\n  </wsdl:message>\n  <wsdl:message name=\"" + name +
+           "Out\">\n    <wsdl:part name=\"parameters\" element=\"" + tarnwell::typeOf(operation.response).name +
            "\"/>\n  </wsdl:message>\n";
   });
   text += "  <wsdl:portType name=\"DesktopServiceSoap\">\n";
@@ -158,8 +158,8 @@ std::string protocolTables() {
           "| operation | request | response | result |\n|---|---|---|---|\n";
   text += forOperations([](const tarnwell::Operation& operation) {
     const Row& result = *tarnwell::typeOf(operation.response).rows;
-    return std::string("| ") + operation.name + " | " + operation.requestElement + " | " + operation.responseElement +
-           " | " + tarnwell::typeOf(result.type).name + " |\n";
+    return std::string("| ") + operation.name + " | " + tarnwell::typeOf(operation.request).name + " | " +
+           tarnwell::typeOf(operation.response).name + " | " + tarnwell::typeOf(result.type).name + " |\n";
   });
   text += "\n## Types and messages\n";
   forServiceTypes([&text](const Type& type) { text += typeTable(type); });

@@ -1,6 +1,6 @@
 #include "localservice/HttpConnection.h"
 
-#include "protocol/soap/RuntimeInternals.h"
+#include "protocol/runtime/RuntimeInternals.h"
 
 #include <algorithm>
 #include <cerrno>

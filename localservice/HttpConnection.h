@@ -4,7 +4,7 @@
 
 #include "localservice/MarkupLimit.h"
 #include "localservice/MinimumRate.h"
-#include "protocol/soap/Runtime.h"
+#include "protocol/runtime/Runtime.h"
 
 #include <cstdint>
 #include <map>

@@ -2,7 +2,7 @@
 // answer, and that is no error. A context belongs to one thread at a time.
 #pragma once
 
-#include "protocol/soap/Runtime.h"
+#include "protocol/runtime/Runtime.h"
 
 #include <functional>
 #include <string>

@@ -102,13 +102,14 @@ int receive(HttpConnection& connection, struct soap* soap, short& soapVersion, O
   if (receiveEnvelope(soap, soapVersion))
     return soap->error;
   const auto* const operation = std::find_if(
-      std::begin(tarnwell::operations), std::end(tarnwell::operations),
-      [soap](const tarnwell::Operation& known) { return !soap_match_tag(soap, soap->tag, known.requestElement); });
+      std::begin(tarnwell::operations), std::end(tarnwell::operations), [soap](const tarnwell::Operation& known) {
+        return !soap_match_tag(soap, soap->tag, tarnwell::typeOf(known.request).name);
+      });
   if (operation == std::end(tarnwell::operations))
     return soap->error = SOAP_NO_METHOD;
   index = static_cast<OperationIndex>(operation - std::begin(tarnwell::operations));
-  request = tarnwell::readIndependent(soap, operation->requestElement, nullptr, nullptr,
-                                      tarnwell::typeOf(operation->request));
+  const tarnwell::Type& type = tarnwell::typeOf(operation->request);
+  request = tarnwell::readIndependent(soap, type.name, nullptr, nullptr, type);
   if (!request || soap_body_end_in(soap) || soap_envelope_end_in(soap) || connection.readToEnd() || soap_end_recv(soap))
     return soap->error;
   return SOAP_OK;
@@ -174,7 +175,7 @@ void RequestHandler::exchange(HttpConnection& connection, struct soap* soap, Log
   entry.user = answered.user;
   entry.outcome = answered.outcome;
   sendEnvelope(soap, SOAP_OK, [&] {
-    return tarnwell::writeElement(soap, operation.responseElement, -1, answered.response, nullptr,
+    return tarnwell::writeElement(soap, tarnwell::typeOf(operation.response).name, -1, answered.response, nullptr,
                                   tarnwell::typeOf(operation.response));
   });
 }

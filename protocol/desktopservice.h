@@ -2,8 +2,8 @@
 // namespace table. The one header that users of the binding include.
 #pragma once
 
+#include "protocol/schema/Envelope.h"
 #include "protocol/schema/Namespaces.h"
 #include "protocol/schema/SchemaFunctions.h"
-#include "protocol/soap/Envelope.h"
 #include "protocol/soap/Exchange.h"
 #include "protocol/soap/RuntimeCallbacks.h"

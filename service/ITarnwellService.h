@@ -79,6 +79,10 @@ public:
   ///@}
 };
 
-/// The plug-in's one exported function, to be resolved by its decorated name "_Z14serviceFactoryv".
-/// Returns a new, independent service, logged out, on the test endpoint; the caller deletes it.
+/// The plug-in's one exported function. Returns a new, independent service, logged out, on the test endpoint; the
+/// caller deletes it.
 ITarnwellService* serviceFactory();
+/// The type by which a host calls it.
+using ServiceFactory = ITarnwellService* (*)();
+/// Its decorated name, by which a host finds it in the plug-in's file.
+constexpr char serviceFactoryName[] = "_Z14serviceFactoryv";

@@ -26,6 +26,8 @@ public:
   /// Whether both records mean the same map: compares the identifier and deliberately nothing else, so two
   /// records that were never filled are equal. Deliberately not const, as hosts were built against.
   bool operator==(const MapInfo& other) { return m_mapID == other.m_mapID; }
+  /// The same: without it, C++20 warns that the comparison of two records that are not const is ambiguous.
+  bool operator==(MapInfo& other) { return m_mapID == other.m_mapID; }
 
   ///@{
   /// Display name.

@@ -2,7 +2,7 @@
 // namespace as default namespace, other prefixes than ours.
 #pragma once
 
-#include "protocol/Deployment.h"
+#include "Deployment.h"
 
 #include <string>
 

@@ -1,6 +1,6 @@
 // Every networked operation while memory, the system or the host's own threads fail: it changes everything or nothing,
 // and the next operation works.
-#include "host/CallMonitor.h"
+#include "service/CallMonitor.h"
 #include "tests/FaultyCalls.h"
 #include "tests/ServiceUnderTest.h"
 

@@ -219,8 +219,8 @@ TEST_F(HostTest, CallsEndAtOnceByTimeLimitAndSignal) {
 
 TEST(TableTest, FitsTheTerminal) {
   QList<MapInfo> maps;
-  for (const char* name : {"Goals", u8"日本語の地図 日本語の地図 日本語の地図 日本語の地図",
-                           u8"👨‍👩‍👧 the family, é and a name that goes on and on"}) {
+  for (const char* name : {"Goals", "日本語の地図 日本語の地図 日本語の地図 日本語の地図",
+                           "👨‍👩‍👧 the family, é and a name that goes on and on"}) {
     maps += MapInfo();
     maps.last().setMapName(name);
     maps.last().setMapAuthor("somebody of a long name");

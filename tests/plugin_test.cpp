@@ -45,7 +45,7 @@ const QString pluginFile = TARNWELL_PLUGIN;
 class Plugin {
 public:
   explicit Plugin(const QString& file) : library(file) {
-    factory = reinterpret_cast<ITarnwellService* (*)()>(library.resolve("_Z14serviceFactoryv"));
+    factory = reinterpret_cast<ServiceFactory>(library.resolve(serviceFactoryName));
     EXPECT_NE(nullptr, factory) << library.errorString().toStdString();
   }
   std::unique_ptr<ITarnwellService> service(const ScriptedService& server) const {
@@ -54,7 +54,7 @@ public:
     return made;
   }
   QLibrary library;
-  ITarnwellService* (*factory)();
+  ServiceFactory factory;
 };
 
 /// The place of a virtual function in the interface's table, which the pointer to it holds (Itanium C++ ABI).
@@ -73,7 +73,7 @@ TEST(Plugin, ExportsOneSymbol) {
   QProcess nm;
   nm.start(TARNWELL_NM, {"-D", "--defined-only", "--format=just-symbols", pluginFile});
   ASSERT_TRUE(nm.waitForFinished());
-  EXPECT_EQ("_Z14serviceFactoryv\n", nm.readAllStandardOutput().toStdString());
+  EXPECT_EQ(serviceFactoryName + std::string("\n"), nm.readAllStandardOutput().toStdString());
 }
 
 // Hosts that are already built call by slot number and with these types.

@@ -14,7 +14,7 @@ constexpr int patience = 1000; // milliseconds for a call to end when the progra
 
 Cloud::Cloud(const QString& plugin) {
   QLibrary library(plugin);
-  const auto factory = reinterpret_cast<ITarnwellService* (*)()>(library.resolve("_Z14serviceFactoryv"));
+  const auto factory = reinterpret_cast<ServiceFactory>(library.resolve(serviceFactoryName));
   if (factory == nullptr) {
     m_error = library.errorString();
     return;

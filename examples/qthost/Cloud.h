@@ -2,7 +2,7 @@
 // object; none of them waits for the network. Only a `Call` runs on the worker thread.
 #pragma once
 
-#include "host/CallMonitor.h"
+#include "service/CallMonitor.h"
 #include "service/ITarnwellService.h"
 
 #include <QtCore/QObject>

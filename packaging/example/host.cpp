@@ -8,7 +8,7 @@
 
 int main(int, char** argv) {
   QLibrary library(TARNWELL_PLUGIN);
-  const auto factory = reinterpret_cast<ITarnwellService* (*)()>(library.resolve("_Z14serviceFactoryv"));
+  const auto factory = reinterpret_cast<ServiceFactory>(library.resolve(serviceFactoryName));
   if (!factory) {
     fprintf(stderr, "%s\n", qPrintable(library.errorString()));
     return 2;

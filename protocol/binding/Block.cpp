@@ -2,7 +2,7 @@
 
 #include "protocol/binding/Base64.h"
 #include "protocol/binding/BlockMemory.h"
-#include "protocol/soap/RuntimeInternals.h"
+#include "protocol/runtime/RuntimeInternals.h"
 
 #include <algorithm>
 
@@ -45,7 +45,7 @@ int readBase64(struct soap* soap, OpenBlock& block) {
     if (unread(soap).empty() && soap_recv(soap))
       return soap->error = SOAP_CHK_EOF;
     const std::string_view next = unread(soap);
-    if (readsBuffer(soap) && next.substr(0, 2) == "</")
+    if (readsBuffer(soap) && next.starts_with("</"))
       break;
     if (count == 0 && !padded && !soap->ahead) {
       const std::size_t taken = decode(soap, block, next);
@@ -162,8 +162,8 @@ void markAttachment(struct soap* soap, const Type& type, const void* value) {
 bool announceAttachment(struct soap* soap, const Type& type, const void* value, const char* tag, int& id,
                         const char* name) {
   const xsd__base64Binary& block = *static_cast<const xsd__base64Binary*>(value);
-  id = soap_attachment(soap, tag, id, value, bytesOf(block), block.__size, block.id, block.type, block.options,
-                       name, type.number);
+  id = soap_attachment(soap, tag, id, value, bytesOf(block), block.__size, block.id, block.type, block.options, name,
+                       type.number);
   return id >= 0;
 }
 

@@ -7,6 +7,11 @@
 #include <utility>
 
 namespace tarnwell {
+namespace {
+
+void freeBytes(void* bytes, int, bool) { std::free(bytes); }
+
+} // namespace
 
 unsigned char* ContextMemory::reserve(std::size_t capacity, std::size_t) noexcept {
   void* const bytes = std::realloc(m_bytes, capacity);
@@ -16,16 +21,10 @@ unsigned char* ContextMemory::reserve(std::size_t capacity, std::size_t) noexcep
 }
 
 unsigned char* ContextMemory::keep(std::size_t size, bool shrink) noexcept {
-  soap_clist* const entry = soap_link(m_soap, SOAP_TYPE_xsd__unsignedByte, -1, [](struct soap*, soap_clist* old) {
-    std::free(old->ptr);
-    return SOAP_OK;
-  });
-  if (!entry)
-    return nullptr;
   if (shrink)
     reserve(size, size);
-  entry->ptr = m_bytes;
-  return std::exchange(m_bytes, nullptr);
+  void* const bytes = std::exchange(m_bytes, nullptr);
+  return static_cast<unsigned char*>(own<freeBytes>(m_soap, bytes, SOAP_TYPE_xsd__unsignedByte, -1));
 }
 
 void ContextMemory::discard() noexcept { std::free(std::exchange(m_bytes, nullptr)); }

@@ -1,7 +1,7 @@
 // The memory that the bytes of a block are read into, and how much of it is asked for. One thread, as the context.
 #pragma once
 
-#include "protocol/soap/Runtime.h"
+#include "protocol/runtime/RuntimeInternals.h"
 
 #include <cstddef>
 
@@ -30,8 +30,10 @@ public:
 };
 
 /// Lets the context read blocks into `memory`, which outlives the use of the context; null: into its own memory.
-inline void setBlockMemory(struct soap* soap, BlockMemory* memory) { soap->data[0] = memory; }
-inline BlockMemory* blockMemory(const struct soap* soap) { return static_cast<BlockMemory*>(soap->data[0]); }
+inline void setBlockMemory(struct soap* soap, BlockMemory* memory) { userData(soap, UserData::BlockMemory) = memory; }
+inline BlockMemory* blockMemory(struct soap* soap) {
+  return static_cast<BlockMemory*>(userData(soap, UserData::BlockMemory));
+}
 
 /// Memory of a context, which frees it with its objects.
 class ContextMemory : public BlockMemory {
@@ -47,9 +49,6 @@ private:
   struct soap* m_soap;
   unsigned char* m_bytes = nullptr;
 };
-
-/// Bytes of the largest block that is read: what a QByteArray, whose size is an int, holds together with its header.
-inline constexpr std::size_t largestBlock = 2147483000;
 
 /// The block that is being read: decides how much memory is asked for.
 class OpenBlock {

@@ -4,7 +4,7 @@
 #include "protocol/binding/Reader.h"
 #include "protocol/binding/Text.h"
 #include "protocol/binding/Writer.h"
-#include "protocol/soap/RuntimeInternals.h"
+#include "protocol/runtime/RuntimeInternals.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,4 +1,4 @@
-// How the values of each kind of type are read and written between their tags. The type table (TypeTable.cpp) names
+// How the values of each kind of type are read and written between their tags. A type table names
 // them.
 #pragma once
 

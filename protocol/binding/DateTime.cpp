@@ -1,6 +1,6 @@
 #include "protocol/binding/DateTime.h"
 
-#include <cstdint>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -8,13 +8,6 @@
 
 namespace tarnwell {
 namespace {
-
-/// Days from 1970-01-01 to the first of a month of the Gregorian calendar, continued to the year 0.
-std::int64_t daysToMonth(int year, int month) {
-  year += month <= 2 ? 399 : 400; // years that begin in March put the leap day last; 400 more: no negative year
-  const int dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5;
-  return 365 * year + year / 4 - year / 100 + year / 400 + dayOfYear - 719468 - 146097;
-}
 
 /// The form "2012-03-04T05:06:07Z", which every service sends: without scanf, which takes longer.
 bool parseUsual(std::string_view text, std::time_t& seconds) {
@@ -25,11 +18,15 @@ bool parseUsual(std::string_view text, std::time_t& seconds) {
     if (form[i] == '0' ? text[i] < '0' || text[i] > '9' : text[i] != form[i])
       return false;
   const auto number = [text](std::size_t at) { return (text[at] - '0') * 10 + text[at + 1] - '0'; };
-  const int year = number(0) * 100 + number(2), month = number(5);
-  if (year == 1 || month < 1 || month > 12)
+  const int year = number(0) * 100 + number(2);
+  const std::chrono::month month(static_cast<unsigned>(number(5)));
+  if (year == 1 || !month.ok())
     return false;
-  const std::int64_t days = daysToMonth(year, month) + number(8) - 1;
-  seconds = ((days * 24 + number(11)) * 60 + number(14)) * 60 + number(17);
+  // Days, hours, minutes and seconds are not bounded: the rest counts on from the first of the month.
+  const std::chrono::sys_days first = std::chrono::year(year) / month / 1;
+  const std::chrono::sys_seconds time = first + std::chrono::days(number(8) - 1) + std::chrono::hours(number(11)) +
+                                        std::chrono::minutes(number(14)) + std::chrono::seconds(number(17));
+  seconds = time.time_since_epoch().count();
   return true;
 }
 

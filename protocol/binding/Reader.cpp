@@ -1,7 +1,8 @@
 #include "protocol/binding/Reader.h"
 
 #include "protocol/binding/BlockMemory.h"
-#include "protocol/soap/RuntimeInternals.h"
+#include "protocol/binding/Text.h"
+#include "protocol/runtime/RuntimeInternals.h"
 
 #include <cstring>
 #include <string>
@@ -33,9 +34,13 @@ bool typeFits(struct soap* soap, const char* name, const Type& type) {
   return local.find(':') == local.npos && std::strstr(type.accepts, (':' + local + ':').c_str());
 }
 
-/// Takes the start tag `tag` (null: any).
-int beginElement(struct soap* soap, const char* tag, bool nillable) {
-  return peekElement(soap) ? soap->error : soap_element_begin_in(soap, tag, nillable, nullptr);
+/// One element: takes its start tag (`start`; null: any), lets `readContent` read what follows, takes its end tag.
+template <class ReadContent>
+bool readTagged(struct soap* soap, const char* start, bool isNillable, const char* tag, ReadContent readContent) {
+  if (peekElement(soap) || soap_element_begin_in(soap, start, isNillable, nullptr))
+    return false;
+  const bool hasEndTag = soap->body != 0;
+  return readContent() && (!hasEndTag || !endElement(soap, tag));
 }
 
 /// Registers `value` under its element's id for references to it.
@@ -46,90 +51,69 @@ bool enterId(struct soap* soap, void* value, const Type& type) {
   return soap_id_enter(soap, id.c_str(), value, type.number, type.size, nullptr, nullptr, nullptr, nullptr) != nullptr;
 }
 
-/// Reads what follows the start tag just taken into `value`.
-void* readAfterTag(struct soap* soap, const char* tag, void* value, const char* name, const Type& type) {
-  const bool open = soap->body != 0;
+// Each of these reads what follows a start tag. False: it failed, with the context's error set.
+
+/// Characters, to which `characters` then points; nil leaves it as it is.
+bool readCharacters(struct soap* soap, char** characters, const Type& type) {
+  if (*soap->href == '#')
+    return soap_id_lookup(soap, soap->href, reinterpret_cast<void**>(characters), type.number, type.size, 0, nullptr);
+  return soap->null || (!type.codec->read(soap, type, characters) && (!*soap->id || enterId(soap, *characters, type)));
+}
+
+/// The value of `type`; nil leaves it as it is.
+bool readValue(struct soap* soap, void* value, const char* name, const Type& type) {
   if (!typeFits(soap, name, type)) {
     soap->error = SOAP_TYPE;
-    return nullptr;
+    return false;
   }
-  if (type.codec->characters) {
-    char** const characters = static_cast<char**>(value);
-    if (*soap->href == '#') {
-      if (!soap_id_lookup(soap, soap->href, static_cast<void**>(value), type.number, type.size, 0, nullptr))
-        return nullptr;
-    } else if (!soap->null &&
-               (type.codec->read(soap, type, value) || (*soap->id && !enterId(soap, *characters, type)))) {
-      return nullptr;
-    }
-  } else {
-    if (*soap->id && !enterId(soap, value, type))
-      return nullptr;
-    if (*soap->href == '#') {
-      if (!soap_id_forward(soap, soap->href, value, 0, type.number, type.number, type.size, 0, resolve, nullptr))
-        return nullptr;
-    } else if (!soap->null && type.codec->read(soap, type, value)) {
-      return nullptr;
-    }
-  }
-  return open && endElement(soap, tag) ? nullptr : value;
+  if (type.codec->characters)
+    return readCharacters(soap, static_cast<char**>(value), type);
+  if (*soap->href == '#') // of records, which are few, the runtime copies the members when all others are resolved
+    return soap_id_forward(soap, soap->href, value, 0, type.number, type.number, type.size, type.rows ? 0 : 1,
+                           type.rows ? resolve : resolveValue, nullptr);
+  if (*soap->id && !enterId(soap, value, type))
+    return false;
+  return soap->null || !type.codec->read(soap, type, value);
 }
 
-/// The rest of readElement(), after the start tag.
-void* readElementAfterTag(struct soap* soap, const char* tag, void* value, const char* name, const Type& type) {
-  if (!value && !(value = instantiate(soap, -1, type, nullptr)))
-    return nullptr;
-  return readAfterTag(soap, tag, value, name, type);
-}
-
-/// The rest of readPointer(), after the start tag.
-void* readPointerAfterTag(struct soap* soap, const char* tag, void* slot, const char* name, const Type& type) {
-  if (!slot && !(slot = soap_malloc(soap, sizeof(void*))))
-    return nullptr;
-  void** const pointer = static_cast<void**>(slot);
+/// A value in a new object, to which `pointer` then points; nil makes it null.
+bool readTarget(struct soap* soap, void** pointer, const char* name, const Type& type) {
   *pointer = nullptr;
-  if (soap->null || *soap->href == '#') {
-    const bool open = soap->body != 0;
-    if (*soap->href == '#' && !soap_id_lookup(soap, soap->href, pointer, type.number, type.size, 0, nullptr))
-      return nullptr;
-    return open && endElement(soap, tag) ? nullptr : slot;
-  }
+  if (*soap->href == '#')
+    return soap_id_lookup(soap, soap->href, pointer, type.number, type.size, 0, nullptr);
+  if (soap->null)
+    return true;
   void* const value = instantiate(soap, -1, type, nullptr);
-  if (!value || !readAfterTag(soap, tag, value, name, type))
-    return nullptr;
+  if (!value || !readValue(soap, value, name, type))
+    return false;
   *pointer = value;
-  return slot;
+  return true;
 }
 
-/// Reads one entry of a list; one given by reference takes its place in the list when the reference is resolved.
-int readEntry(struct soap* soap, const Row& row, void* list) {
-  const Type& type = typeOf(row.type);
+/// One entry of a list; one given by reference takes its place in the list when the reference is resolved.
+bool readEntry(struct soap* soap, const ListAccess& access, void* list, const Type& type) {
   void* entry = nullptr;
-  if (*soap->href != '#') {
-    if (!readPointerAfterTag(soap, row.tag, &entry, nullptr, type))
-      return soap->error;
-    row.list->append(list, entry);
-    return SOAP_OK;
-  }
-  const bool open = soap->body != 0;
-  if (!soap_id_forward(soap, soap->href, list, row.list->size(list), type.number, type.number, type.size, 1,
-                       row.list->place, nullptr))
-    return soap->error;
-  row.list->append(list, nullptr);
-  return open ? endElement(soap, row.tag) : SOAP_OK;
+  const bool isRead = *soap->href != '#' ? readTarget(soap, &entry, nullptr, type)
+                                         : soap_id_forward(soap, soap->href, list, access.size(list), type.number,
+                                                           type.number, type.size, 1, access.place, nullptr) != nullptr;
+  if (isRead)
+    access.append(list, entry);
+  return isRead;
 }
 
 /// Reads the element peeked at, which is that of `row`.
 int readMember(struct soap* soap, const Row& row, void* record) {
   void* const member = row.member(record);
   const Type& type = typeOf(row.type);
-  const bool pointer = row.occurs == Occurs::Optional && !type.codec->characters;
-  if (beginElement(soap, nullptr, pointer || type.codec->characters || row.occurs == Occurs::Repeated))
-    return soap->error;
-  if (row.occurs == Occurs::Repeated)
-    return readEntry(soap, row, member);
-  const auto read = pointer ? readPointerAfterTag : readElementAfterTag;
-  return read(soap, row.tag, member, type.name, type) ? SOAP_OK : soap->error;
+  const auto readContent = [&] {
+    if (row.list)
+      return readEntry(soap, *row.list, member, type);
+    if (row.occurs == Occurs::Optional && !type.codec->characters)
+      return readTarget(soap, static_cast<void**>(member), type.name, type);
+    return readValue(soap, member, type.name, type);
+  };
+  const bool isNillable = row.occurs != Occurs::Required || type.codec->characters;
+  return readTagged(soap, nullptr, isNillable, row.tag, readContent) ? SOAP_OK : soap->error;
 }
 
 /// Reads the element peeked at into the member of `row`, or skips it when `row` is null.
@@ -143,12 +127,6 @@ int readChild(struct soap* soap, const Row* row, void* record) {
 
 } // namespace
 
-int skipElement(struct soap* soap) {
-  soap->peeked = 0;
-  soap->error = SOAP_OK;
-  return soap->body ? soap_ignore(soap) : SOAP_OK;
-}
-
 int skipUnknown(struct soap* soap) {
   if (peekElement(soap))
     return soap->error;
@@ -157,7 +135,7 @@ int skipUnknown(struct soap* soap) {
   if (soap->mode & SOAP_XML_STRICT || soap_match_tag(soap, soap->tag, "SOAP-ENV:") == SOAP_OK)
     return soap->error = SOAP_TAG_MISMATCH;
   soap->error = SOAP_OK; // an undeclared prefix left one
-  if (*soap->id && soap->level < maximumDepth) {
+  if (*soap->id && *soap->href != '#' && soap->level < maximumDepth) {
     const unsigned level = soap->level;
     int number = 0;
     readAnyElement(soap, nullptr, &number);
@@ -196,12 +174,19 @@ int readRecord(struct soap* soap, const Type& type, void* record) {
 }
 
 void* readElement(struct soap* soap, const char* tag, void* value, const char* name, const Type& type) {
-  const bool pointer = type.codec->characters || value == nullptr;
-  return beginElement(soap, tag, pointer) ? nullptr : readElementAfterTag(soap, tag, value, name, type);
+  const bool isRead = readTagged(soap, tag, type.codec->characters || !value, tag, [&] {
+    value = value ? value : instantiate(soap, -1, type, nullptr);
+    return value && readValue(soap, value, name, type);
+  });
+  return isRead ? value : nullptr;
 }
 
 void* readPointer(struct soap* soap, const char* tag, void* slot, const char* name, const Type& type) {
-  return beginElement(soap, tag, true) ? nullptr : readPointerAfterTag(soap, tag, slot, name, type);
+  const bool isRead = readTagged(soap, tag, true, tag, [&] {
+    slot = slot ? slot : soap_malloc(soap, sizeof(void*));
+    return slot && readTarget(soap, static_cast<void**>(slot), name, type);
+  });
+  return isRead ? slot : nullptr;
 }
 
 void* readIndependent(struct soap* soap, const char* tag, void* value, const char* name, const Type& type) {

@@ -1,6 +1,6 @@
 #include "protocol/binding/Text.h"
 
-#include "protocol/soap/RuntimeInternals.h"
+#include "protocol/runtime/RuntimeInternals.h"
 
 #include <charconv>
 #include <cstring>
@@ -64,10 +64,30 @@ bool appendResolved(std::string& out, std::string_view text) {
   }
 }
 
+/// Whether XML can carry the code point at all (XML 1.0 section 2.2), as itself or as a reference.
+constexpr bool isXmlCharacter(unsigned c) {
+  return c >= 0x20 ? !isSurrogate(c) && (c < 0xfffe || c >= 0x10000) && c <= lastCodePoint
+                   : c == '\t' || c == '\n' || c == '\r';
+}
+
+/// Appends one code point of element content.
+void appendEscaped(std::string& text, unsigned c) {
+  if (c == '&')
+    text += "&amp;";
+  else if (c == '<')
+    text += "&lt;";
+  else if (c == '>')
+    text += "&gt;";
+  else if (c == '\r')
+    text += "&#xD;";
+  else
+    appendUtf8(text, isXmlCharacter(c) ? c : 0xfffd);
+}
+
 /// What is kept of the content of an element.
 enum class Keep {
   Text,   ///< character data, nested elements as literal markup
-  Markup, ///< everything as it stands
+  Markup, ///< everything, as it stands
   Nothing,
 };
 
@@ -103,19 +123,23 @@ private:
     return static_cast<int>(got) != EOF || fail(SOAP_EOF);
   }
 
-  /// What the runtime has looked at before: a character or the beginning of a tag, and the CDATA section around it.
+  /// What the runtime has looked at before: the start tag of an element that is skipped, a character of a text or the
+  /// beginning of a tag, and the CDATA section around it.
   bool takePeeked(int& depth) {
+    depth = m_soap->peeked && *m_soap->tag && m_soap->body ? 1 : 0;
     m_soap->peeked = 0;
     m_soap->error = SOAP_OK;
     while (m_soap->ahead || m_soap->cdata) {
       const soap_wchar c = soap_get(m_soap);
       if (static_cast<int>(c) == EOF)
         return fail(SOAP_EOF);
-      if (c == endTagMark)
-        --depth;
-      else if (c == startTagMark)
+      if (c == startTagMark)
         return markup(depth);
-      else if (c > 0)
+      if (c == endTagMark && depth-- == 0)
+        return true;
+      if (c > 0 && c < 0x80 && m_keep == Keep::Markup)
+        appendEscaped(m_out, static_cast<unsigned>(c));
+      else
         append(static_cast<char>(c));
     }
     return true;
@@ -218,26 +242,6 @@ private:
   const Keep m_keep;
 };
 
-/// Whether XML can carry the code point at all (XML 1.0 section 2.2), as itself or as a reference.
-constexpr bool isXmlCharacter(unsigned c) {
-  return c >= 0x20 ? !isSurrogate(c) && (c < 0xfffe || c >= 0x10000) && c <= lastCodePoint
-                   : c == '\t' || c == '\n' || c == '\r';
-}
-
-/// Appends one code point of element content.
-void appendEscaped(std::string& text, unsigned c) {
-  if (c == '&')
-    text += "&amp;";
-  else if (c == '<')
-    text += "&lt;";
-  else if (c == '>')
-    text += "&gt;";
-  else if (c == '\r')
-    text += "&#xD;";
-  else
-    appendUtf8(text, isXmlCharacter(c) ? c : 0xfffd);
-}
-
 /// The code point that starts at `p`, whose sequence must end before `end`; moves `p` past it.
 unsigned takeCodePoint(const unsigned char*& p, const unsigned char* end) {
   const unsigned first = *p++;
@@ -257,6 +261,21 @@ unsigned takeCodePoint(const unsigned char*& p, const unsigned char* end) {
     return first;
   p += more;
   return c;
+}
+
+/// The start tag that was peeked at. The values of its attributes are in ISO 8859-1, as the runtime keeps them.
+std::string startTag(const struct soap* soap) {
+  std::string text = '<' + std::string(soap->tag);
+  for (const struct soap_attribute* attribute = soap->attributes; attribute; attribute = attribute->next) {
+    text += ' ' + std::string(attribute->name) + "=\"";
+    for (const char* c = attribute->value; c && *c; ++c)
+      if (*c == '"')
+        text += "&quot;";
+      else
+        appendEscaped(text, static_cast<unsigned char>(*c));
+    text += '"';
+  }
+  return text + (soap->body ? ">" : "/>");
 }
 
 } // namespace
@@ -285,6 +304,36 @@ int Content::read(struct soap* soap) {
     return soap->error;
   m_text = m_collected;
   return SOAP_OK;
+}
+
+int skipElement(struct soap* soap, std::string* markup) {
+  const std::string tag = soap->tag;
+  soap->error = SOAP_OK;
+  if (!tag.empty()) {
+    soap->peeked = 0;
+    if (markup)
+      *markup = startTag(soap);
+    if (!soap->body)
+      return SOAP_OK;
+    ++soap->level;
+  }
+  std::string nothing;
+  if (!Collector(soap, markup ? *markup : nothing, markup ? Keep::Markup : Keep::Nothing).run())
+    return soap->error;
+  if (tag.empty())
+    return SOAP_OK;
+  if (markup)
+    *markup += "</" + tag + '>';
+  return soap_element_end_in(soap, nullptr);
+}
+
+int endElement(struct soap* soap, const char* tag) {
+  if (takeEndTag(soap))
+    return SOAP_OK;
+  std::string nothing;
+  if (!(soap->mode & SOAP_XML_STRICT) && !Collector(soap, nothing, Keep::Nothing).run())
+    return soap->error;
+  return soap_element_end_in(soap, tag);
 }
 
 std::string_view Content::trimmed() const {

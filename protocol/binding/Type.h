@@ -3,7 +3,7 @@
 #pragma once
 
 #include "protocol/binding/Row.h"
-#include "protocol/soap/Runtime.h"
+#include "protocol/runtime/Runtime.h"
 
 #include <cstddef>
 
@@ -52,7 +52,8 @@ struct Type {
   void (*destroy)(void* value, bool array);
 };
 
-/// The type with this number, by the schema's table (TypeTable.cpp); the numbers of no type give null.
+/// The type with this number, by the table of whoever uses the binding; null for a number of no type. Types have the
+/// numbers from 1 on.
 const Type* findType(int number) noexcept;
 /// The type with this number, which must be one of SOAP_TYPE_.
 const Type& typeOf(int number) noexcept;
@@ -65,5 +66,9 @@ void* instantiate(struct soap* soap, int count, const Type& type, std::size_t* s
 /// The runtime's call-back for a resolved forward reference: copies *from over *to if both are of one type.
 void resolve(struct soap* soap, int sourceType, int targetType, void* to, std::size_t index, const void* from,
              void** shared);
+/// The same for a simple value; `from` points to the pointer to it. The runtime calls it earlier and only once, while
+/// for resolve() it compares each reference with all ids.
+void resolveValue(struct soap* soap, int sourceType, int targetType, void* to, std::size_t index, const void* from,
+                  void** shared);
 
 } // namespace tarnwell

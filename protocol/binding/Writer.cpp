@@ -1,6 +1,6 @@
 #include "protocol/binding/Writer.h"
 
-#include "protocol/soap/RuntimeInternals.h"
+#include "protocol/runtime/RuntimeInternals.h"
 
 namespace tarnwell {
 namespace {
@@ -20,20 +20,16 @@ int writeList(struct soap* soap, const Row& row, const void* list) {
 int writeMember(struct soap* soap, const Row& row, const void* record) {
   const void* const member = memberOf(row, record);
   const Type& type = typeOf(row.type);
-  switch (row.occurs) {
-  case Occurs::Required:
-    return writeElement(soap, row.tag, -1, member, nullptr, type);
-  case Occurs::RequiredNillable:
-    return *static_cast<const void* const*>(member) ? writeElement(soap, row.tag, -1, member, nullptr, type)
-                                                    : soap_element_nil(soap, row.tag);
-  case Occurs::Repeated:
+  if (row.list)
     return writeList(soap, row, member);
-  case Occurs::Optional:
-    break;
-  }
-  if (type.codec->characters) // the member itself is the pointer
-    return *static_cast<const void* const*>(member) ? writeElement(soap, row.tag, -1, member, nullptr, type) : SOAP_OK;
-  return writePointer(soap, row.tag, -1, static_cast<const void* const*>(member), nullptr, type);
+  if (row.occurs == Occurs::Required)
+    return writeElement(soap, row.tag, -1, member, nullptr, type);
+  const auto* const pointer = static_cast<const void* const*>(member);
+  if (!type.codec->characters)
+    return writePointer(soap, row.tag, -1, pointer, nullptr, type);
+  if (*pointer)
+    return writeElement(soap, row.tag, -1, pointer, nullptr, type);
+  return row.occurs == Occurs::RequiredNillable ? soap_element_nil(soap, row.tag) : SOAP_OK;
 }
 
 } // namespace

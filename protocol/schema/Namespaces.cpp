@@ -1,6 +1,6 @@
 #include "protocol/schema/Namespaces.h"
 
-#include "protocol/Deployment.h"
+#include "Deployment.h"
 
 namespace tarnwell {
 

@@ -2,7 +2,7 @@
 // twice: the runtime's global `namespaces`, and this one, which the proxy installs in contexts that have none.
 #pragma once
 
-#include "protocol/soap/Runtime.h"
+#include "protocol/runtime/Runtime.h"
 
 namespace tarnwell {
 

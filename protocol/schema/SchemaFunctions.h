@@ -1,7 +1,9 @@
 // The named functions of every type: built-in types, envelope, schema and messages.
 #pragma once
 
+#include "protocol/binding/Codecs.h"
 #include "protocol/binding/NamedFunctions.h"
+#include "protocol/schema/Envelope.h"
 #include "protocol/schema/Messages.h"
 
 TARNWELL_NAMED_FUNCTIONS(xsd__byte)
@@ -35,8 +37,17 @@ TARNWELL_NAMED_FUNCTIONS(dsns__DesktopVersioningClass)
 #undef TARNWELL_OPERATION
 
 /// The text of an enumeration's value: its name, or the decimal number when it has none.
-const char* soap_dsns__DesktopLoginEnumerators2s(struct soap* soap, dsns__DesktopLoginEnumerators value);
-const char* soap_dsns__DesktopMapAccess2s(struct soap* soap, dsns__DesktopMapAccess value);
+inline const char* soap_dsns__DesktopLoginEnumerators2s(struct soap* soap, dsns__DesktopLoginEnumerators value) {
+  return tarnwell::enumerationText(soap, tarnwell::typeOf(SOAP_TYPE_dsns__DesktopLoginEnumerators), value);
+}
+inline const char* soap_dsns__DesktopMapAccess2s(struct soap* soap, dsns__DesktopMapAccess value) {
+  return tarnwell::enumerationText(soap, tarnwell::typeOf(SOAP_TYPE_dsns__DesktopMapAccess), value);
+}
 /// The value of a text. Returns 0, or 4 (type error) when it is null or neither a name nor a number.
-int soap_s2dsns__DesktopLoginEnumerators(struct soap* soap, const char* text, dsns__DesktopLoginEnumerators* value);
-int soap_s2dsns__DesktopMapAccess(struct soap* soap, const char* text, dsns__DesktopMapAccess* value);
+inline int soap_s2dsns__DesktopLoginEnumerators(struct soap* soap, const char* text,
+                                                dsns__DesktopLoginEnumerators* value) {
+  return tarnwell::enumerationValue(soap, tarnwell::typeOf(SOAP_TYPE_dsns__DesktopLoginEnumerators), text, value);
+}
+inline int soap_s2dsns__DesktopMapAccess(struct soap* soap, const char* text, dsns__DesktopMapAccess* value) {
+  return tarnwell::enumerationValue(soap, tarnwell::typeOf(SOAP_TYPE_dsns__DesktopMapAccess), text, value);
+}

@@ -1,7 +1,7 @@
 // The numbers of the schema's types, which follow those of the built-in types and of the envelope.
 #pragma once
 
-#include "protocol/soap/Envelope.h"
+#include "protocol/schema/Envelope.h"
 
 enum {
   SOAP_TYPE_dsns2__guid = SOAP_TYPE_afterEnvelope,

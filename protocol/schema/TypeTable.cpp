@@ -1,10 +1,6 @@
-#include "protocol/binding/Codecs.h"
+#include "protocol/binding/Describe.h"
+#include "protocol/schema/Envelope.h"
 #include "protocol/schema/Messages.h"
-#include "protocol/schema/SchemaFunctions.h"
-#include "protocol/soap/Envelope.h"
-
-#include <array>
-#include <new>
 
 namespace tarnwell {
 namespace {
@@ -27,69 +23,6 @@ constexpr Enumerator mapAccessNames[] = {
     {"MapRemoved", dsns__DesktopMapAccess__MapRemoved},
 };
 
-template <class T, class = void> constexpr bool hasContext = false;
-template <class T> constexpr bool hasContext<T, std::void_t<decltype(T::soap)>> = true;
-
-template <class T, class = void> constexpr bool hasRows = false;
-template <class T> constexpr bool hasRows<T, std::void_t<decltype(T::rows())>> = true;
-
-/// The rows of a record as static data.
-template <class T> constexpr auto rowsOf = T::rows();
-
-/// A type held as `T`. `accepts`, of a simple type: local parts that its xsi:type may have besides its own name.
-template <class T>
-constexpr Type describe(int number, const char* name, const Codec& codec, const char* accepts = nullptr) {
-  Type type{};
-  type.number = number;
-  type.name = name;
-  type.codec = &codec;
-  type.accepts = accepts;
-  type.size = sizeof(T);
-  type.setDefault = [](struct soap* soap, void* value) {
-    *static_cast<T*>(value) = T();
-    if constexpr (hasContext<T>)
-      static_cast<T*>(value)->soap = soap;
-  };
-  type.copy = [](void* to, const void* from) { *static_cast<T*>(to) = *static_cast<const T*>(from); };
-  type.create = [](struct soap* soap, int count) -> void* {
-    T* const made = count < 0 ? new (std::nothrow) T() : new (std::nothrow) T[static_cast<std::size_t>(count)]();
-    if constexpr (hasContext<T>)
-      for (int i = 0; made && i < (count < 0 ? 1 : count); ++i)
-        made[i].soap = soap;
-    return made;
-  };
-  type.destroy = [](void* value, bool array) {
-    if (array)
-      delete[] static_cast<T*>(value);
-    else
-      delete static_cast<T*>(value);
-  };
-  if constexpr (hasRows<T>) {
-    type.rows = rowsOf<T>.data();
-    type.rowCount = rowsOf<T>.size();
-    static_assert(rowsOf<T>.size() <= sizeof(long) * 8, "the reader marks rows in one word");
-  }
-  return type;
-}
-
-template <class T, std::size_t count>
-constexpr Type enumeration(int number, const char* name, const Enumerator (&names)[count]) {
-  Type type = describe<T>(number, name, enumerationCodec, "");
-  type.names = names;
-  type.nameCount = count;
-  return type;
-}
-
-template <class T> constexpr Type record(const char* name, const Codec& codec = recordCodec) {
-  return describe<T>(T::number, name, codec);
-}
-
-template <class T> constexpr Type message(const char* element) {
-  Type type = record<T>(element);
-  type.message = true;
-  return type;
-}
-
 /// The type table, by number.
 constexpr Type types[] = {
     {},
@@ -98,9 +31,10 @@ constexpr Type types[] = {
     describe<int>(SOAP_TYPE_xsd__int, "xsd:int", intCodec, ":int:short:byte:"),
     describe<unsigned>(SOAP_TYPE_xsd__unsignedInt, "xsd:unsignedInt", unsignedIntCodec,
                        ":unsignedInt:unsignedShort:unsignedByte:"),
-    describe<float>(SOAP_TYPE_xsd__float, "xsd:float", floatCodec,
-                    ":float:double:decimal:integer:positiveInteger:negativeInteger:nonPositiveInteger:nonNegativeInteger:"
-                    "long:int:short:byte:unsignedLong:unsignedInt:unsignedShort:unsignedByte:"),
+    describe<float>(
+        SOAP_TYPE_xsd__float, "xsd:float", floatCodec,
+        ":float:double:decimal:integer:positiveInteger:negativeInteger:nonPositiveInteger:nonNegativeInteger:"
+        "long:int:short:byte:unsignedLong:unsignedInt:unsignedShort:unsignedByte:"),
     describe<bool>(SOAP_TYPE_xsd__boolean, "xsd:boolean", booleanCodec, ":boolean:"),
     describe<std::time_t>(SOAP_TYPE_xsd__dateTime, "xsd:dateTime", dateTimeCodec, ":dateTime:"),
     describe<std::wstring>(SOAP_TYPE_xsd__string, "xsd:string", wideTextCodec),
@@ -137,57 +71,10 @@ constexpr bool everyTypeInItsPlace() {
 }
 static_assert(everyTypeInItsPlace(), "a type's number is its place in the table");
 
-int deleteValue(struct soap*, soap_clist* entry) {
-  types[entry->type].destroy(entry->ptr, entry->size >= 0);
-  return SOAP_OK;
-}
-
 } // namespace
 
 const Type* findType(int number) noexcept { return number > 0 && number < SOAP_TYPE_count ? &types[number] : nullptr; }
 
 const Type& typeOf(int number) noexcept { return types[number]; }
 
-const Type* findTypeNamed(struct soap* soap, const char* name, const char* element) {
-  for (int i = 1; i < SOAP_TYPE_count; ++i)
-    if (soap_match_tag(soap, types[i].message ? element : name, types[i].name) == SOAP_OK)
-      return &types[i];
-  return nullptr;
-}
-
-void* instantiate(struct soap* soap, int count, const Type& type, std::size_t* size) {
-  soap_clist* const entry = soap_link(soap, type.number, count, deleteValue);
-  if (!entry)
-    return nullptr;
-  entry->ptr = type.create(soap, count);
-  if (!entry->ptr) {
-    soap->error = SOAP_EOM;
-    return nullptr;
-  }
-  if (size)
-    *size = type.size * (count < 0 ? 1 : static_cast<std::size_t>(count));
-  return entry->ptr;
-}
-
-void resolve(struct soap*, int sourceType, int targetType, void* to, std::size_t, const void* from, void**) {
-  if (sourceType == targetType && to != from)
-    types[targetType].copy(to, from);
-}
-
 } // namespace tarnwell
-
-const char* soap_dsns__DesktopLoginEnumerators2s(struct soap* soap, dsns__DesktopLoginEnumerators value) {
-  return tarnwell::enumerationText(soap, tarnwell::typeOf(SOAP_TYPE_dsns__DesktopLoginEnumerators), value);
-}
-
-const char* soap_dsns__DesktopMapAccess2s(struct soap* soap, dsns__DesktopMapAccess value) {
-  return tarnwell::enumerationText(soap, tarnwell::typeOf(SOAP_TYPE_dsns__DesktopMapAccess), value);
-}
-
-int soap_s2dsns__DesktopLoginEnumerators(struct soap* soap, const char* text, dsns__DesktopLoginEnumerators* value) {
-  return tarnwell::enumerationValue(soap, tarnwell::typeOf(SOAP_TYPE_dsns__DesktopLoginEnumerators), text, value);
-}
-
-int soap_s2dsns__DesktopMapAccess(struct soap* soap, const char* text, dsns__DesktopMapAccess* value) {
-  return tarnwell::enumerationValue(soap, tarnwell::typeOf(SOAP_TYPE_dsns__DesktopMapAccess), text, value);
-}

@@ -1,8 +1,9 @@
 #include "protocol/soap/Exchange.h"
 
-#include "protocol/Deployment.h"
-#include "protocol/soap/Envelope.h"
-#include "protocol/soap/RuntimeInternals.h"
+#include "Deployment.h"
+#include "protocol/binding/Text.h"
+#include "protocol/runtime/RuntimeInternals.h"
+#include "protocol/schema/Envelope.h"
 
 #include <algorithm>
 #include <charconv>
@@ -51,16 +52,15 @@ private:
 };
 
 /// Emits the message; run twice, once to count it and once to send it.
-int writeMessage(struct soap* soap, const Operation& operation, const SchemaObject* request) {
+int writeMessage(struct soap* soap, const SchemaObject* request) {
   if (beginEnvelope(soap) || soap_putheader(soap) || soap_body_begin_out(soap))
     return soap->error;
-  if (request && request->soap_put(soap, operation.requestElement, ""))
+  if (request && request->soap_put(soap, nullptr, ""))
     return soap->error;
   return soap_body_end_out(soap) || soap_envelope_end_out(soap) ? soap->error : SOAP_OK;
 }
 
-int send(struct soap* soap, const char* endpoint, const char* action, const Operation& operation,
-         const SchemaObject* request) {
+int send(struct soap* soap, const char* endpoint, const char* action, const SchemaObject* request) {
   beginMessage(soap);
   soap->encodingStyle = nullptr; // document/literal
   soap_serializeheader(soap);
@@ -68,9 +68,9 @@ int send(struct soap* soap, const char* endpoint, const char* action, const Oper
     request->soap_serialize(soap);
   if (soap_begin_count(soap))
     return soap->error;
-  if (soap->mode & SOAP_IO_LENGTH && writeMessage(soap, operation, request))
+  if (soap->mode & SOAP_IO_LENGTH && writeMessage(soap, request))
     return soap->error;
-  if (soap_end_count(soap) || soap_connect(soap, endpoint, action) || writeMessage(soap, operation, request))
+  if (soap_end_count(soap) || soap_connect(soap, endpoint, action) || writeMessage(soap, request))
     return soap->error;
   return soap_end_send(soap);
 }
@@ -95,6 +95,13 @@ int faultResult(const char* code) {
   return SOAP_FAULT;
 }
 
+/// Reads the rest of the answer, behind the element in its body.
+int endEnvelope(struct soap* soap) {
+  if (soap->part != SOAP_NO_BODY && endElement(soap, "SOAP-ENV:Body"))
+    return soap->error;
+  return endElement(soap, "SOAP-ENV:Envelope") || endReceive(soap) ? soap->error : SOAP_OK;
+}
+
 /// Called when the response element could not be read. Reads a fault in its place, if that is what failed.
 int receiveFault(struct soap* soap) {
   const int first = soap->error;
@@ -107,9 +114,7 @@ int receiveFault(struct soap* soap) {
     return soap->error = first;
   }
   const int result = faultResult(faultCode(soap));
-  // The fault is complete: what follows it changes nothing any more.
-  if (!soap_body_end_in(soap) && !soap_envelope_end_in(soap))
-    static_cast<void>(soap_end_recv(soap));
+  static_cast<void>(endEnvelope(soap)); // the fault is complete: what follows it changes nothing any more
   return soap->error = result;
 }
 
@@ -117,6 +122,10 @@ int receiveFault(struct soap* soap) {
 /// of an encoding's name, and take what it does not know for UTF-8: here it fails, so that no text is misread.
 int readDeclaration(struct soap* soap) {
   soap_wchar c = soap_getchar(soap);
+  if (c == 0xEF && soap_get0(soap) == 0xBB) { // UTF-8's byte order mark
+    soap_get1(soap);
+    c = soap_get1(soap) == 0xBF ? soap_getchar(soap) : 0;
+  }
   while (isBlank(static_cast<int>(c)))
     c = soap_getchar(soap);
   if (c != '<' || soap_get0(soap) != '?') {
@@ -149,7 +158,7 @@ constexpr bool isPort(int port) { return port >= 1 && port <= 65535; }
 /// Whether `address`, "host" or "host:port", has a host and a port that is none or a number of those. An IPv6 address
 /// is in brackets.
 bool isAddress(std::string_view address) {
-  const std::size_t colon = address.find(':', address.substr(0, 1) == "[" ? address.find(']') : 0);
+  const std::size_t colon = address.find(':', address.starts_with("[") ? address.find(']') : 0);
   if (address.empty() || colon == 0)
     return false;
   if (colon == address.npos)
@@ -182,22 +191,21 @@ int exchange(struct soap* soap, const char* endpoint, const char* action, Operat
   if (!canConnect(soap, endpoint))
     return soap->error = SOAP_TCP_ERROR;
   const ExchangeScope scope(soap);
-  if (send(soap, endpoint, action ? action : operation.action, operation, request))
+  if (send(soap, endpoint, action ? action : operation.action, request))
     return soap->error;
   if (!response)
     return soap->error;
   response->soap_default(soap);
-  if (soap_begin_recv(soap) || readDeclaration(soap) || soap_envelope_begin_in(soap))
+  if (soap_begin_recv(soap) || readDeclaration(soap) || peekElement(soap) == SOAP_OCCURS ||
+      soap_envelope_begin_in(soap))
     return soap->error;
   if (soap->version == 0) // the runtime takes any XML for an answer, too
     return soap->error = SOAP_TAG_MISMATCH;
-  if (soap_recv_header(soap) || soap_body_begin_in(soap))
+  if (soap_recv_header(soap) || peekElement(soap) == SOAP_OCCURS || soap_body_begin_in(soap))
     return soap->error;
-  if (!response->soap_get(soap, operation.responseElement, nullptr))
+  if (!response->soap_get(soap, typeOf(operation.response).name, nullptr))
     return receiveFault(soap);
-  if (soap_body_end_in(soap) || soap_envelope_end_in(soap) || endReceive(soap))
-    return soap->error;
-  return soap->error = SOAP_OK;
+  return endEnvelope(soap) ? soap->error : soap->error = SOAP_OK;
 }
 
 } // namespace tarnwell

@@ -2,7 +2,8 @@
 
 #include "protocol/binding/Reader.h"
 #include "protocol/binding/Writer.h"
-#include "protocol/soap/Envelope.h"
+#include "protocol/runtime/RuntimeInternals.h"
+#include "protocol/schema/Envelope.h"
 
 #include <new>
 
@@ -28,7 +29,7 @@ bool isVersion12(const struct soap* soap) { return soap->version == 2; }
 /// The place of a text of the fault, as the runtime declares it. Null, for want of memory: the runtime writes there
 /// without a test, so it gets a place in the context, since several threads would write to a common one.
 const char** place(struct soap* soap, char** text) {
-  return text ? const_cast<const char**>(text) : new (&soap->data[1]) const char*(nullptr);
+  return text ? const_cast<const char**>(text) : new (&userData(soap, UserData::SpareText)) const char*(nullptr);
 }
 
 } // namespace

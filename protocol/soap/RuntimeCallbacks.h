@@ -3,7 +3,7 @@
 // which they also set in the context.
 #pragma once
 
-#include "protocol/soap/Runtime.h"
+#include "protocol/runtime/Runtime.h"
 
 extern "C" {
 

@@ -1,10 +1,10 @@
-// Everything that copies or relies on the inside of the runtime: its receive and send buffers, its list of objects, and
-// faster equivalents of some of its functions, each beside the name of the one that it replaces. A new release of the
-// runtime means reading this pair of files. One thread at a time, as the context. Functions that return int return 0 or
-// the runtime's error code, which they also set in the context.
+// Everything that copies or relies on the inside of the runtime: how a context is set up, its receive and send buffers,
+// its list of objects, and faster equivalents of some of its functions, each beside the name of the one that it
+// replaces. A new release of the runtime means reading this pair of files. One thread at a time, as the context.
+// Functions that return int return 0 or the runtime's error code, which they also set in the context.
 #pragma once
 
-#include "protocol/soap/Runtime.h"
+#include "protocol/runtime/Runtime.h"
 
 #include <cstddef>
 #include <cstring>
@@ -18,6 +18,23 @@ inline constexpr soap_wchar startTagMark = -2;
 
 /// White space as the runtime sees it: all control characters.
 constexpr bool isBlank(int character) { return character >= 0 && character <= ' '; }
+
+/// Bytes of the largest block or attachment that is read: what a QByteArray, whose size is an int, holds together with
+/// its header.
+inline constexpr std::size_t largestBlock = 2147483000;
+
+// --- The context
+
+/// Sets up a new context for a client: no SIGPIPE, no standard streams, no end of a call by a signal, socket buffers of
+/// the system's size, attachments no longer than their answer, an end to what costs too much while it arrives.
+void setUpClient(struct soap* soap);
+
+/// The uses of the pointers that a context keeps for whoever uses the runtime.
+enum class UserData {
+  BlockMemory, ///< BlockMemory.h
+  SpareText,   ///< RuntimeCallbacks.cpp
+};
+inline void*& userData(struct soap* soap, UserData use) { return soap->data[static_cast<std::size_t>(use)]; }
 
 // --- Receiving
 
@@ -36,15 +53,20 @@ inline bool readsBuffer(const struct soap* soap) { return !soap->ahead && !soap-
 ULONG64 expectedBytes(const struct soap* soap);
 
 /// soap_peek_element: looks at the next start tag without taking it. Faster for a tag without attributes, or an end
-/// tag, that is whole in the buffer; and "href" counts in SOAP 1.2 messages too. SOAP_NO_TAG: there is none before the
-/// parent's end.
+/// tag, that is whole in the buffer; "href" counts in SOAP 1.2 messages too; processing instructions may hold a "?".
+/// SOAP_NO_TAG: there is none before the parent's end. SOAP_OCCURS: too many names, or too many ids that the runtime
+/// keeps in one list, since it searches that for each.
 int peekElement(struct soap* soap);
+/// Whether an element has more attributes, with the namespaces in force, than peekElement() reads: for each of these
+/// names the runtime searches all of them.
+bool hasTooManyNames(const struct soap* soap);
 /// Whether peekElement() has found text, and not an end tag, in the place of a start tag.
 inline bool isBeforeText(const struct soap* soap) {
   return soap->peeked && !*soap->tag && soap->ahead && soap->ahead != endTagMark;
 }
-/// soap_element_end_in: takes the end tag of the element that is open. Faster when it is whole in the buffer.
-int endElement(struct soap* soap, const char* tag);
+/// What soap_element_end_in does, faster, for an end tag that comes next and is whole in the buffer. False: it is
+/// something else, and nothing was done.
+bool takeEndTag(struct soap* soap);
 /// soap_match_tag of the element peeked at, for a `name` whose local part, `local`, is known to be that of the element.
 /// Faster for an element without prefix in the default namespace.
 inline bool hasName(struct soap* soap, const char* name, const char* local, bool isPrefixed) {
@@ -57,7 +79,9 @@ inline bool hasName(struct soap* soap, const char* name, const char* local, bool
   }
   return soap_match_tag(soap, soap->tag, name) == SOAP_OK;
 }
-/// soap_end_recv, without two walks through the chains of all ids when the answer is plain and no element had one.
+/// soap_end_recv, without two walks through the chains of all ids when the answer is plain and no element had one. An
+/// attachment of more than largestBlock bytes is an error, and those referred to are found without comparing each with
+/// all references.
 int endReceive(struct soap* soap);
 
 // --- Sending
@@ -81,10 +105,24 @@ int forEachPending(struct soap* soap, int (*write)(struct soap* soap, const void
 
 // --- Objects
 
-/// Whether the context holds objects or data.
-inline bool holdsAnything(const struct soap* soap) { return soap->clist || soap->alist; }
-/// soap_delete of the object of `entry`, without searching for it: an answer's objects stand before it in the list. The
-/// first entry's content moves into `entry`, so that pointers to the first entry are no longer valid.
-void deleteObject(struct soap* soap, soap_clist* entry);
+/// soap_link with a new object, which the context owns from now on and ends with `destroy`; `count` below 0: it is no
+/// array. Returns the object; null when it is null or there is no memory for its entry, and then it is destroyed.
+template <void (*destroy)(void* object, int type, bool isArray)>
+void* own(struct soap* soap, void* object, int type, int count) {
+  constexpr auto end = [](struct soap*, soap_clist* entry) -> int {
+    destroy(entry->ptr, entry->type, entry->size >= 0);
+    return SOAP_OK;
+  };
+  soap_clist* const entry = object ? soap_link(soap, type, count, end) : nullptr;
+  if (entry)
+    return entry->ptr = object;
+  if (object)
+    destroy(object, type, count >= 0);
+  soap->error = SOAP_EOM;
+  return nullptr;
+}
+/// soap_destroy and soap_dealloc: deletes all objects and data. The header of an earlier answer, if there is one, gives
+/// way to `header`.
+void releaseAll(struct soap* soap, SOAP_ENV__Header* header);
 
 } // namespace tarnwell
