@@ -12,7 +12,7 @@ namespace localservice {
 class MarkupLimit {
 public:
   /// Counts a piece of content that the context reads next. Returns 0, or the HTTP status to refuse the request with:
-  /// 413 for more than 256 KiB of tags and texts, 400 for more than 256 attribute names.
+  /// 413 for more than 256 KiB of tags and texts, 400 for more than 256 attributes of an element and namespaces in force.
   int check(const struct soap* soap, const char* piece, std::size_t size);
 
 private:

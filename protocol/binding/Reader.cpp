@@ -127,12 +127,13 @@ int readChild(struct soap* soap, const Row* row, void* record) {
 
 } // namespace
 
-int skipUnknown(struct soap* soap) {
+int skipUnknown(struct soap* soap, bool independent) {
   if (peekElement(soap))
     return soap->error;
   if (soap->mustUnderstand && !soap->other)
     return soap->error = SOAP_MUSTUNDERSTAND;
-  if (soap->mode & SOAP_XML_STRICT || soap_match_tag(soap, soap->tag, "SOAP-ENV:") == SOAP_OK)
+  const bool isStrict = (soap->mode & SOAP_XML_STRICT) != 0;
+  if ((isStrict && !independent) || soap_match_tag(soap, soap->tag, "SOAP-ENV:") == SOAP_OK)
     return soap->error = SOAP_TAG_MISMATCH;
   soap->error = SOAP_OK; // an undeclared prefix left one
   if (*soap->id && *soap->href != '#' && soap->level < maximumDepth) {
@@ -142,7 +143,7 @@ int skipUnknown(struct soap* soap) {
     if (soap->error != SOAP_TAG_MISMATCH || soap->level != level)
       return soap->error;
   }
-  return skipElement(soap);
+  return isStrict ? soap->error = SOAP_TAG_MISMATCH : skipElement(soap);
 }
 
 int readRecord(struct soap* soap, const Type& type, void* record) {
@@ -214,7 +215,7 @@ void* readAnyElement(struct soap* soap, const char* tag, int* number) {
 
 int readFollowing(struct soap* soap) {
   const bool isWholeDocument = soap->level == 0;
-  while (!peekElement(soap) && !skipUnknown(soap))
+  while (!peekElement(soap) && !skipUnknown(soap, true))
     continue;
   if (soap->error == SOAP_NO_TAG || (isWholeDocument && soap->error == SOAP_CHK_EOF))
     soap->error = SOAP_OK;
