@@ -13,7 +13,7 @@ public:
   /// URL used by every call. Not owned.
   const char* soap_endpoint;
 
-  /// Makes the context; the endpoint is the test deployment's, deliberately.
+  /// Makes the context. The endpoint is the test deployment's, so that a program that sets none touches no real map.
   DesktopServiceSoap12();
   DesktopServiceSoap12(const DesktopServiceSoap12&) = delete;
   DesktopServiceSoap12& operator=(const DesktopServiceSoap12&) = delete;

@@ -21,7 +21,7 @@ public:
   /// An empty text selects the production deployment; anything else is used as it is.
   void setEndPoint(std::string url);
   /// With `useProxy`, stores the values and makes the context use them. Without, the context uses no proxy while the
-  /// stored values stay, deliberately: a single setter switches the proxy on again.
+  /// stored values stay, because hosts rely on it: a single setter switches the proxy on again.
   void setProxySettings(std::string host, int port, std::string user, std::string secret, bool useProxy);
   void setProxyHost(std::string host) { setText(proxyHost, std::move(host), &soap::proxy_host); }
   void setProxyPort(int port);
@@ -46,7 +46,7 @@ public:
   [[nodiscard]] int getMap(dsns__DesktopInfoClass* map, _dsns__GetMapContent_USCORENEW_USCOREDESKTOPResponse* response);
   [[nodiscard]] int deleteMap(dsns__DesktopInfoClass* map, _dsns__DeleteDesktopMapResponse* response);
   [[nodiscard]] int renameMap(dsns__DesktopInfoClass* map, _dsns__RenameDesktopMapResponse* response);
-  /// Deliberately the only call that takes a null response.
+  /// The only call that takes a null response: a check whose result nobody wants.
   [[nodiscard]] int checkForUpdate(std::wstring version, int desktopLiveUpdateType,
                                    _dsns__CheckDesktopVersionResponse* response);
   [[nodiscard]] int checkForUpdateExtended(std::wstring version, int desktopLiveUpdateType, int applicationUpdateType,

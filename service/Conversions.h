@@ -23,10 +23,11 @@ inline QByteArray toGuid(const QUuid& id) { return id.toByteArray(); }
 /// With or without braces, any case; absent (null) or any other text as the null identifier.
 inline QUuid fromGuid(const char* text) { return QUuid::fromString(QLatin1String(text)); }
 
-/// Seconds since 1970 UTC, below 2^32 - 1; deliberately that number for every date without such a count: null, invalid,
-/// earlier, later.
+/// Seconds since 1970 UTC, below 2^32 - 1; as QDateTime::toTime_t, that number itself for every date without such a
+/// count: null, invalid, earlier, later.
 std::time_t toSeconds(const QDateTime& date);
-/// A UTC date-time. Deliberately by the low 32 bits alone, without sign: -1 is 2106-02-07T06:28:15.
+/// A UTC date-time, by the low 32 bits alone, without sign, as QDateTime::fromTime_t takes them: -1 is
+/// 2106-02-07T06:28:15.
 QDateTime fromSeconds(std::time_t seconds);
 
 /// Lets `block`, of a request, point to the bytes: `bytes` has to outlive its use.

@@ -15,42 +15,66 @@
 
 /// The cloud of the mind-mapping application. The order of the virtual functions is the plug-in's contract with
 /// hosts that are already built: never reorder, insert or remove one, however oddly they are placed.
-/// Operations that return int return a ServiceResult.
+///
+/// Operations that return int return a ServiceResult. Every one of them may return ResultFailed: there was no
+/// connection or no answer, the answer was a SOAP fault or lacked its result, the service reported an error of its
+/// own, there was no memory. Every one of them whose answer tells how the service judged name and password may return
+/// ResultNotAUser or ResultNotPremiumAccount. Each operation lists what else it returns.
+///
+/// The service finds a map by its identifier alone. Name, author and the other texts of a record are sent with it, but
+/// do not select the map.
 class ITarnwellService {
 public:
-  /// Ends the connection's state in memory; sends nothing and does not log out on the service.
+  /// Frees the object's memory. Sends nothing, and does not log out on the service.
   virtual ~ITarnwellService() = default;
 
   /// Logs in and keeps name and password for the calls that follow, whatever the result.
-  /// ResultOk logs in; an answer of the service with another result logs out; a call that failed before an
-  /// answer was read (ResultFailed) leaves the login state as it was.
+  /// - ResultOk: logged in.
+  /// - ResultNotAUser, ResultNotPremiumAccount, or ResultFailed because of what the answer says: logged out.
+  /// - ResultFailed before an answer was read: the login state stays as it was.
   virtual int login(QString userName, QString password) = 0;
   /// The name given to the last login, successful or not; null before the first.
   virtual QString currentUser() const = 0;
   /// Forgets that the user is logged in. Local: sends nothing, and currentUser() keeps its name.
   virtual void logout() = 0;
 
-  /// Appends the user's maps, thumbnails included and contents not, to `maps`, which is never cleared.
-  /// On any result but ResultOk the list is unchanged. `isPublished` goes to the service, which selects by it.
+  /// Appends the user's maps, thumbnails included and contents not, to `maps`, which is never cleared. `isPublished`
+  /// goes to the service, which selects by it.
+  /// - ResultOk: all maps of the answer are appended; an answer without a list appends none.
+  /// - ResultNotAUser, ResultNotPremiumAccount, ResultFailed: the list is unchanged.
   virtual int getDesktopMapsList(bool isPublished, QList<MapInfo>& maps) = 0;
   /// The same without thumbnails.
   virtual int getDesktopMapsListLite(bool isPublished, QList<MapInfo>& maps) = 0;
-  /// Uploads the file `filePath` as the content of `info`, new (null identifier) or overwriting, with
-  /// `thumbnail` as its preview; what `isForced` permits is the service's decision. Once the file was found,
-  /// `info` carries its bytes, modification time and owner and the thumbnail, whatever the result; with ResultOk
-  /// also the identifier and version that the service gave. ResultNoSuchFile: nothing sent, `info` unchanged.
+  /// Uploads the file `filePath` as the content of `info`, new (null identifier) or overwriting, with `thumbnail` as
+  /// its preview. The name is that of `info`, not the file's. What `isForced` permits is the service's decision.
+  ///
+  /// Before anything is sent, `info` gets the file's bytes, its modification time, the name of its owner as author
+  /// (empty if the system has none) and the thumbnail. These stay, whatever the service answers. A file that cannot
+  /// be opened counts as empty.
+  /// - ResultOk: identifier and version of `info` are those that the service gave.
+  /// - ResultNoSuchFile: the path names a directory or nothing. Nothing was sent, `info` is unchanged.
+  /// - ResultFailed with `info` unchanged: the file is a device or a pipe, is too large for a QByteArray, cannot be
+  ///   read to its end, or its owner cannot be looked up. Nothing was sent.
+  /// - ResultFileExists: the map is already stored, and `isForced` was false.
+  /// - ResultNoAccess, ResultOngoingCollaboration, ResultMapRemoved: as ServiceResult says.
+  /// - ResultFailed otherwise: also when the service confirms the save without describing the map. The map is then
+  ///   deleted from the service.
   virtual int saveMap(QString filePath, MapInfo& info, QByteArray thumbnail, bool isForced) = 0;
-  /// Downloads the content of `info`; with ResultOk sets content, author, version and format flag, nothing else.
+  /// Downloads the content of `info`.
+  /// - ResultOk: content, author, version and format flag of `info` are the stored map's; the rest is unchanged.
+  /// - ResultNoAccess, ResultOngoingCollaboration, ResultMapRemoved, ResultFileExists if the service says so, and the
+  ///   results of every operation: `info` is unchanged.
   virtual int getMap(MapInfo& info) = 0;
-  /// Removes the map from the service; never changes `info`.
+  /// Removes the map from the service; never changes `info`. Results: as getMap().
   virtual int deleteMap(MapInfo& info) = 0;
-  /// Renames the map on the service; deliberately leaves the old name in `info`.
+  /// Renames the map on the service; never changes `info`, which keeps the old name. Results: as getMap().
   virtual int renameMap(MapInfo& info, const QString& newName) = 0;
 
-  /// Asks for a newer setup. True when getSetupUrl() and getSetupVersion() are both non-empty afterwards, which
-  /// deliberately stays so after one successful check, even if a later one fails.
+  /// Asks for a newer setup than `version`. `liveUpdateType` goes to the service unchanged; the service alone knows
+  /// what its values mean. True when getSetupUrl() and getSetupVersion() are both non-empty afterwards: a check that
+  /// fails keeps the texts of an earlier one, so that it returns true too.
   virtual bool checkForUpdates(QString version, int liveUpdateType) = 0;
-  /// The same with the kind of application, which the service selects by.
+  /// The same with the kind of application, another number that the service alone knows.
   virtual bool checkForUpdatesExtended(QString version, int liveUpdateType, int applicationUpdateType) = 0;
   /// Where the newer setup is, by the last check that delivered both texts; null before.
   virtual QString getSetupUrl() const = 0;
@@ -63,10 +87,12 @@ public:
   /// ignored. User and password that are empty still send an (empty) Proxy-Authorization.
   virtual void setProxySettings(QString host, int port, QString user, QString password, bool useProxy) = 0;
 
-  /// Whether the last answer to a login was a success and logout() was not called since. Informational only.
+  /// Whether the last answer to a login was a success and logout() was not called since. Informational only: no
+  /// operation depends on it.
   virtual bool isUserLogon() const = 0;
 
-  /// Sends a crash report with an attached file's bytes. True when the service took it without a fault.
+  /// Sends a crash report with the bytes `attachment`. `fileName` is the name that the service gives them; no file is
+  /// read. True when the service answered without a fault, whatever the answer says; false otherwise. Needs no login.
   virtual bool sendCrashReport(const QString& subject, const QString& message, const QString& fileName,
                                QByteArray attachment) = 0;
 

@@ -23,8 +23,8 @@ public:
   /// Virtual, so that a host may delete a record that the library appended to its list.
   virtual ~MapInfo() = default;
 
-  /// Whether both records mean the same map: compares the identifier and deliberately nothing else, so two
-  /// records that were never filled are equal. Deliberately not const, as hosts were built against.
+  /// Whether both records mean the same map: compares the identifier, by which the service finds a map, and nothing
+  /// else, so two records that were never filled are equal. Not const, because hosts were built against it.
   bool operator==(const MapInfo& other) { return m_mapID == other.m_mapID; }
   /// The same: without it, C++20 warns that the comparison of two records that are not const is ambiguous.
   bool operator==(MapInfo& other) { return m_mapID == other.m_mapID; }

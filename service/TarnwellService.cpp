@@ -3,70 +3,12 @@
 #include "client/Containment.h"
 #include "client/ContextObject.h"
 #include "service/Conversions.h"
-
-#include <QtCore/QFile>
-#include <QtCore/QFileInfo>
-
-#include <cerrno>
-#include <optional>
-#include <pwd.h>
-#include <sys/stat.h>
+#include "service/MapFile.h"
+#include "service/Outcomes.h"
 
 using namespace tarnwell;
 
 namespace {
-
-// What the host is told of each outcome. Without a default, so that a new value does not compile until it has a result;
-// the wire's values are not bounded, and any other one is a failure.
-
-constexpr ServiceResult resultOf(dsns__DesktopLoginEnumerators value) {
-  switch (value) {
-  case dsns__DesktopLoginEnumerators__Success:
-    return ResultOk;
-  case dsns__DesktopLoginEnumerators__NotAUser:
-    return ResultNotAUser;
-  case dsns__DesktopLoginEnumerators__NotPremiumAccount:
-    return ResultNotPremiumAccount;
-  case dsns__DesktopLoginEnumerators__DbError:
-  case dsns__DesktopLoginEnumerators__None:
-    break;
-  }
-  return ResultFailed;
-}
-
-constexpr ServiceResult resultOf(dsns__DesktopMapAccess value) {
-  switch (value) {
-  case dsns__DesktopMapAccess__Success:
-    return ResultOk;
-  case dsns__DesktopMapAccess__FileExists:
-    return ResultFileExists;
-  case dsns__DesktopMapAccess__NoAccess:
-    return ResultNoAccess;
-  case dsns__DesktopMapAccess__OngoingCollaboration:
-    return ResultOngoingCollaboration;
-  case dsns__DesktopMapAccess__MapRemoved:
-    return ResultMapRemoved;
-  case dsns__DesktopMapAccess__DbError:
-  case dsns__DesktopMapAccess__None:
-    break;
-  }
-  return ResultFailed;
-}
-
-/// The result of an answer by its login outcome.
-template <class Result> int loginOutcome(const Result* result) {
-  if (!result || !result->DesktopLoginResponseObject)
-    return ResultFailed;
-  return resultOf(result->DesktopLoginResponseObject->DesktopLoginValue);
-}
-
-/// The result of a map operation, in this order: by the call's code, by the login outcome, by the map-access outcome.
-template <class Response, class Result> int mapOutcome(int code, const Response* response, Result* Response::*result) {
-  if (code != SOAP_OK || !response)
-    return ResultFailed;
-  const int login = loginOutcome(response->*result);
-  return login == ResultOk ? resultOf((response->*result)->DesktopMapAccess) : login;
-}
 
 /// Fills a new record from an answer's description.
 void fillListed(MapInfo& map, dsns__DesktopInfoClass& description, bool withThumbnail, AnswerValues& values) {
@@ -80,36 +22,6 @@ void fillListed(MapInfo& map, dsns__DesktopInfoClass& description, bool withThum
   map.setMapID(fromGuid(description.MapId));
   map.setVersion(description.Version);
   map.setIsTWLX(description.Format_IsTwlx);
-}
-
-/// Largest file that is uploaded, bytes: what a QByteArray holds.
-constexpr qint64 largestFile = largestBlock;
-
-/// All bytes of a file. None when it cannot be opened, which does not stop a save: the interface promises it. Null:
-/// only part of it can be read, it is too large, or it is a device or a pipe, whose bytes may never end.
-std::optional<QByteArray> contentOf(const QString& filePath) {
-  struct stat status {};
-  if (stat(QFile::encodeName(filePath).constData(), &status) == 0 &&
-      (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode) || S_ISFIFO(status.st_mode)))
-    return std::nullopt;
-  QFile file(filePath);
-  if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-    return QByteArray();
-  if (file.size() > largestFile)
-    return std::nullopt;
-  QByteArray content = file.readAll();
-  if (file.error() != QFileDevice::NoError || content.size() > largestFile)
-    return std::nullopt;
-  return content;
-}
-
-/// Whether the system has no name for a user, which QFileInfo::owner() tells by an empty text, as it does when it
-/// fails.
-bool isNameless(uint user) {
-  passwd entry{}, *found = nullptr;
-  char buffer[1024];
-  const int error = getpwuid_r(user, &entry, buffer, sizeof buffer, &found);
-  return !found && (error == 0 || error == ENOENT || error == ESRCH);
 }
 
 } // namespace
@@ -135,7 +47,7 @@ int TarnwellService::login(QString userName, QString password) {
     std::wstring widePassword = toWide(password);
     m_userName = userName; // with all that may throw before it: name, flag and credentials change together
     if (m_service.login(std::move(wideName), std::move(widePassword), response.get()) != SOAP_OK) {
-      response.release(); // stays in the context, as the login flag stays, deliberately: there was no answer
+      response.release(); // there was no answer: it stays in the context, and the login flag stays as it was
       return ResultFailed;
     }
     const dsns__DesktopLoginResponseClass* const answer = response->LoginResult;
@@ -190,21 +102,13 @@ int TarnwellService::saveMap(QString filePath, MapInfo& info, QByteArray thumbna
     // Both stay in the context until the next operation, also when there is nothing to send.
     dsns__DesktopInfoClass* const record = ContextObject<dsns__DesktopInfoClass>(context()).release();
     Response* const response = ContextObject<Response>(context()).release();
-    const QFileInfo file(filePath);
-    if (filePath.contains(QChar::Null) || file.isDir() || !file.exists())
-      return ResultNoSuchFile;
-
-    // First what may fail, then the host's record: it changes wholly or not at all.
-    std::optional<QByteArray> content = contentOf(filePath);
-    if (!content)
-      return ResultFailed;
-    const QDateTime modified = file.lastModified();
-    const QString owner = file.owner();
-    if (owner.isEmpty() && !isNameless(file.ownerId()))
-      return ResultFailed;
-    info.setMapModificationDate(modified);
-    info.setMapContent(std::move(*content));
-    info.setMapAuthor(owner);
+    MapFile file;
+    if (const ServiceResult result = readMapFile(filePath, file); result != ResultOk)
+      return result;
+    // Nothing below fails before the host's record has changed wholly.
+    info.setMapModificationDate(file.modified);
+    info.setMapContent(std::move(file.content));
+    info.setMapAuthor(file.owner);
     info.setMapThumbnail(thumbnail);
 
     const RequestDescription description(record, info, info.mapName(), UploadParts);
@@ -322,7 +226,7 @@ bool TarnwellService::sendCrashReport(const QString& subject, const QString& mes
     request->message = &messageText;
     request->bytes = block.get();
     request->filename = &fileNameText;
-    // The answer's result is deliberately not examined: that the service took the report is all that counts.
+    // The answer's result is not examined, because only that the service took the report counts.
     return soap_call___dsns4__SendFeedbackWithAttachment(context(), m_service.proxy.soap_endpoint, nullptr,
                                                          request.get(), response.get()) == SOAP_OK;
   });

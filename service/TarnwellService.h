@@ -41,7 +41,7 @@ public:
   void setProxyPassword(QString password) override { set(&STLDesktopService::setProxyPassword, password); }
 
   /// The result of a login outcome, a dsns__DesktopLoginEnumerators; ResultFailed for a value outside it. The first
-  /// argument is deliberately without effect.
+  /// argument has no effect; the signature stays, because callers were built against it.
   int loginResult(int, int loginValue);
   /// The result of a map-access outcome, a dsns__DesktopMapAccess; ResultFailed for a value outside it.
   int mapAccess(int access);

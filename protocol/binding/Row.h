@@ -25,7 +25,7 @@ struct ListAccess {
   std::size_t (*size)(const void* list);
   const void* (*at)(const void* list, std::size_t index);
   void (*append)(void* list, void* entry);
-  /// The runtime's call-back for an entry that was a forward reference: `entry` points to the pointer to store.
+  /// The runtime's callback for an entry that was a forward reference: `entry` points to the pointer to store.
   void (*place)(struct soap*, int sourceType, int targetType, void* list, std::size_t index, const void* entry, void**);
 };
 

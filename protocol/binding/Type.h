@@ -63,7 +63,7 @@ const Type* findTypeNamed(struct soap* soap, const char* name, const char* eleme
 
 /// Makes one object (`count` below 0) or an array in the context, which deletes it. `size`, if given, gets its bytes.
 void* instantiate(struct soap* soap, int count, const Type& type, std::size_t* size);
-/// The runtime's call-back for a resolved forward reference: copies *from over *to if both are of one type.
+/// The runtime's callback for a resolved forward reference: copies *from over *to if both are of one type.
 void resolve(struct soap* soap, int sourceType, int targetType, void* to, std::size_t index, const void* from,
              void** shared);
 /// The same for a simple value; `from` points to the pointer to it. The runtime calls it earlier and only once, while

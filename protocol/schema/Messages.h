@@ -121,7 +121,7 @@ template <class Self, int number> using CredentialsRequest = Request<Self, numbe
 template <class Self, int number> using ListRequest = Request<Self, number, request::Credentials, request::Published>;
 template <class Self, int number>
 using ListBehaviourRequest = Request<Self, number, request::Credentials, request::Published, request::Behaviour>;
-/// Also of rename, whose new name deliberately travels inside `DesktopInfo`.
+/// Also of rename: the service expects the new name inside `DesktopInfo`.
 template <class Self, int number> using MapRequest = Request<Self, number, request::Credentials, request::Map>;
 template <class Self, int number>
 using MapBehaviourRequest = Request<Self, number, request::Credentials, request::Map, request::Behaviour>;
@@ -130,15 +130,15 @@ using SaveRequest = Request<Self, number, request::Credentials, request::Map, re
 template <class Self, int number>
 using SaveBehaviourRequest =
     Request<Self, number, request::Credentials, request::Map, request::Forced, request::Behaviour>;
-/// The formats deliberately come before the map.
+/// The service expects the formats before the map.
 template <class Self, int number>
 using ConvertRequest = Request<Self, number, request::Credentials, request::Formats, request::Map>;
 template <class Self, int number> using VersionRequest = Request<Self, number, request::Version>;
-/// The application's update type deliberately comes first.
+/// The service expects the application's update type first.
 template <class Self, int number>
 using ExtendedVersionRequest = Request<Self, number, request::ApplicationUpdate, request::Version>;
 template <class Self, int number> using FeedbackRequest = Request<Self, number, request::Sender, request::Message>;
-/// Deliberately without name and mail address.
+/// The service expects no name and mail address here.
 template <class Self, int number>
 using AttachmentRequest = Request<Self, number, request::Message, request::Attachment>;
 

@@ -114,7 +114,7 @@ public:
   }
 };
 
-/// "dsns:MapActionResponse": the result of save, rename, delete and feedback. Its map is deliberately named
+/// "dsns:MapActionResponse": the result of save, rename, delete and feedback. The service names its map
 /// otherwise than that of dsns__GetMapResponse.
 class dsns__MapActionResponse
     : public tarnwell::SchemaClass<dsns__MapActionResponse, SOAP_TYPE_dsns__MapActionResponse> {
@@ -131,7 +131,7 @@ public:
   }
 };
 
-/// "dsns:DesktopVersioningClass": the result of the version checks. `Version` is deliberately a text here.
+/// "dsns:DesktopVersioningClass": the result of the version checks. `Version` is a text here, not a number.
 class dsns__DesktopVersioningClass
     : public tarnwell::SchemaClass<dsns__DesktopVersioningClass, SOAP_TYPE_dsns__DesktopVersioningClass> {
 public:
