@@ -1,6 +1,7 @@
 #include "localservice/MarkupLimit.h"
 
 #include "protocol/desktopservice.h"
+#include "protocol/runtime/RuntimeInternals.h"
 
 #include <algorithm>
 #include <cstring>

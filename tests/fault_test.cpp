@@ -66,6 +66,8 @@ const char* const faults = R"(
 <R><T xml:lang="en">too much</T></R><C><S><V>d:Quota</V></S><V>soap:Sender</V></C> | SOAP-ENV:Sender dsns:Quota too much -
 <C><V>soap:Sender</V></C><D>full &amp; <b>more</b></D>                             | SOAP-ENV:Sender - - full &amp; <b>more</b>
 <D><b>1</b><c>2</c></D>                                                            | - - - <b>1</b>
+<D><b a="&quot;&amp;é"><![CDATA[/>]]><c/>&gt;</b></D>                              | - - - <b a="&quot;&amp;é"><![CDATA[/>]]><c/>&gt;</b>
+<D><![CDATA[<]]><b/></D>                                                           | - - - &lt;<b/>
 <D><!-- nothing --></D>                                                            | - - - -
 )";
 TEST(Fault, StaysInTheContext) {

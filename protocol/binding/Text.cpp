@@ -137,8 +137,13 @@ private:
         return markup(depth);
       if (c == endTagMark && depth-- == 0)
         return true;
-      if (c > 0 && c < 0x80 && m_keep == Keep::Markup)
-        appendEscaped(m_out, static_cast<unsigned>(c));
+      if (m_keep != Keep::Markup)
+        continue;
+      constexpr soap_wchar firstMark = -6;
+      if (c >= firstMark && c < endTagMark)
+        m_out.push_back("'\">"[c - firstMark]);
+      else if (c < 0x80) // negative: it was a reference
+        appendEscaped(m_out, static_cast<unsigned>(c) & 0x7fffffff);
       else
         append(static_cast<char>(c));
     }
