@@ -1,6 +1,7 @@
 #include "localservice/MarkupLimit.h"
 
 #include "protocol/desktopservice.h"
+#include "protocol/runtime/RuntimeInternals.h"
 
 #include <algorithm>
 #include <cstring>
@@ -11,7 +12,6 @@ namespace localservice {
 namespace {
 
 constexpr std::size_t longestMarkup = std::size_t{256} << 10; // bytes
-constexpr std::size_t mostAttributes = 256;
 
 /// Whether the latest start tag that the context has read is that of a byte block. A tag with an id does not count: by
 /// a reference to its id, the element may have any type.
@@ -25,17 +25,13 @@ bool isInBlock(const struct soap* soap) {
 } // namespace
 
 const Refusal* MarkupLimit::check(const struct soap* soap, const char* piece, std::size_t size) {
-  // The runtime keeps the names of all attributes that it has read, and searches them for each new one.
-  std::size_t attributes = 0;
-  for (const struct soap_attribute* attribute = soap->attributes; attribute; attribute = attribute->next)
-    ++attributes;
   // A long attribute in a block's start tag contains no "<" either, but it fills the runtime's buffer for labels.
   const bool isBlock = isInBlock(soap) && !std::memchr(piece, '<', size) && soap->lablen < longestMarkup;
   if (!isBlock)
     markup += size;
   if (markup > longestMarkup)
     return &refusals::muchMarkup;
-  return attributes > mostAttributes ? &refusals::manyAttributes : nullptr;
+  return tarnwell::hasTooManyNames(soap) ? &refusals::manyAttributes : nullptr;
 }
 
 } // namespace localservice

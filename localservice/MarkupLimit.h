@@ -14,7 +14,7 @@ namespace localservice {
 class MarkupLimit {
 public:
   /// Counts a piece of content that the context reads next. Refuses more than 256 KiB of tags and texts, and more
-  /// than 256 attribute names. Null: go on.
+  /// than 256 attributes of an element and namespaces in force. Null: go on.
   const Refusal* check(const struct soap* soap, const char* piece, std::size_t size);
 
 private:

@@ -1,5 +1,7 @@
 #include "service/Downloads.h"
 
+#include "service/Conversions.h"
+
 #include <exception>
 #include <utility>
 
@@ -53,6 +55,24 @@ QByteArray Downloads::take(xsd__base64Binary& block) {
 void Downloads::clear() {
   m_kept = {}; // clear() would keep room for as many again
   hasReferences = false;
+}
+
+QString AnswerValues::text(const std::wstring* text) {
+  if (!text || !m_downloads.hasReferences)
+    return fromWide(text);
+  const auto [known, isNew] = m_texts.try_emplace(text);
+  if (isNew)
+    known->second = fromWide(text);
+  return known->second;
+}
+
+QByteArray AnswerValues::bytes(xsd__base64Binary& block) {
+  if (const auto known = m_copies.find(block.__ptr); known != m_copies.end())
+    return known->second;
+  QByteArray bytes = m_downloads.take(block);
+  if (block.__ptr) // a copy: other records may have the same block
+    m_copies[block.__ptr] = bytes;
+  return bytes;
 }
 
 } // namespace tarnwell

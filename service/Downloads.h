@@ -1,13 +1,16 @@
 // Receives what an answer brings while it arrives: the bytes of blocks, each in a byte array that the host can have
-// without a copy, and the descriptions of a list. Used by TarnwellService alone; one thread, as the context.
+// without a copy, and the descriptions of a list; and what records share. Used by TarnwellService alone; one thread, as
+// the context.
 #pragma once
 
 #include "protocol/binding/Receiver.h"
 #include "protocol/schema/SchemaTypes.h"
 
 #include <QtCore/QByteArray>
+#include <QtCore/QString>
 
 #include <functional>
+#include <string>
 #include <unordered_map>
 
 namespace tarnwell {
@@ -32,6 +35,22 @@ public:
 private:
   QByteArray m_open;
   std::unordered_map<const unsigned char*, QByteArray> m_kept; ///< by where the bytes lie
+};
+
+/// The host's values of one answer. What several references lead to is converted once, and its records share it.
+class AnswerValues {
+public:
+  explicit AnswerValues(Downloads& downloads) : m_downloads(downloads) {}
+
+  /// Absent (null) as null. Throws std::bad_alloc.
+  QString text(const std::wstring* text);
+  /// As Downloads::take(), but a copy is made once.
+  QByteArray bytes(xsd__base64Binary& block);
+
+private:
+  Downloads& m_downloads;
+  std::unordered_map<const std::wstring*, QString> m_texts;
+  std::unordered_map<const unsigned char*, QByteArray> m_copies; ///< by where the bytes of the block lie
 };
 
 } // namespace tarnwell

@@ -5,9 +5,13 @@
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
+#include <algorithm>
 #include <cerrno>
+#include <fcntl.h>
 #include <pwd.h>
 #include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
 
 namespace tarnwell {
 namespace {
@@ -18,24 +22,58 @@ bool isDeviceOrPipe(const QString& path) {
          (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode) || S_ISFIFO(status.st_mode));
 }
 
+/// A file that is open for reading; `descriptor` is negative when it cannot be opened. Not a QFile: the first QObject
+/// of a thread ends the process when there is no memory.
+struct OpenFile {
+  explicit OpenFile(const QString& path) {
+    const QByteArray name = QFile::encodeName(path);
+    do
+      descriptor = open(name.constData(), O_RDONLY | O_CLOEXEC | O_LARGEFILE);
+    while (descriptor < 0 && errno == EINTR);
+  }
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
+  ~OpenFile() {
+    if (descriptor >= 0)
+      close(descriptor);
+  }
+  int descriptor = -1;
+};
+
 /// False: it is too large, or only a part of it can be read.
 bool readContent(const QString& path, QByteArray& content) {
-  QFile file(path);
-  if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+  constexpr auto most = static_cast<int>(largestBlock);
+  const OpenFile file(path);
+  if (file.descriptor < 0)
     return true;
-  if (file.size() > static_cast<qint64>(largestBlock))
+  struct stat status {};
+  if (fstat(file.descriptor, &status) != 0 || status.st_size > most)
     return false;
-  content = file.readAll();
-  return file.error() == QFileDevice::NoError && content.size() <= static_cast<qint64>(largestBlock);
+  int size = 0;
+  for (ssize_t count = 0; count >= 0 && size <= most;) {
+    if (size == content.size()) // one byte more, to see the end
+      content.resize(std::max<int>(static_cast<int>(status.st_size), std::min(size, most / 2) * 2) + 1);
+    count = read(file.descriptor, content.data() + size, static_cast<std::size_t>(content.size() - size));
+    if (count == 0) {
+      content.resize(size);
+      return true;
+    }
+    count = count < 0 && errno == EINTR ? 0 : count;
+    size += static_cast<int>(count);
+  }
+  return false;
 }
 
-/// Whether the system has no name for a user, which QFileInfo::owner() tells by an empty text, as it does when it
-/// fails.
-bool isNameless(uint user) {
+/// False: there is no memory or descriptor to look up the user's name, which is empty if the system has none.
+bool findName(uint user, QString& name) {
   passwd entry{}, *found = nullptr;
-  char buffer[1024];
-  const int error = getpwuid_r(user, &entry, buffer, sizeof buffer, &found);
-  return !found && (error == 0 || error == ENOENT || error == ESRCH);
+  std::vector<char> texts(1024);
+  int error = 0;
+  while ((error = getpwuid_r(user, &entry, texts.data(), texts.size(), &found)) == ERANGE)
+    texts.resize(texts.size() * 2);
+  if (found)
+    name = QFile::decodeName(entry.pw_name);
+  return error != ENOMEM && error != EMFILE && error != ENFILE;
 }
 
 } // namespace
@@ -47,8 +85,7 @@ ServiceResult readMapFile(const QString& path, MapFile& file) {
   if (isDeviceOrPipe(path) || !readContent(path, file.content))
     return ResultFailed;
   file.modified = info.lastModified();
-  file.owner = info.owner();
-  return file.owner.isEmpty() && !isNameless(info.ownerId()) ? ResultFailed : ResultOk;
+  return findName(info.ownerId(), file.owner) ? ResultOk : ResultFailed;
 }
 
 } // namespace tarnwell

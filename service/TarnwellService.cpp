@@ -13,14 +13,14 @@ using namespace tarnwell;
 namespace {
 
 /// Fills a new record from an answer's description.
-void fillListed(MapInfo& map, dsns__DesktopInfoClass& description, bool withThumbnail, Downloads& downloads) {
-  map.setMapAuthor(fromWide(description.Author));
-  map.setMapDescription(fromWide(description.Description));
+void fillListed(MapInfo& map, dsns__DesktopInfoClass& description, bool withThumbnail, AnswerValues& values) {
+  map.setMapAuthor(values.text(description.Author));
+  map.setMapDescription(values.text(description.Description));
   map.setMapModificationDate(fromSeconds(description.LastModified));
-  map.setMapName(fromWide(description.MapName));
+  map.setMapName(values.text(description.MapName));
   map.setMapPublished(description.IsPublished);
   if (withThumbnail && description.Thumbnail)
-    map.setMapThumbnail(downloads.take(*description.Thumbnail));
+    map.setMapThumbnail(values.bytes(*description.Thumbnail));
   map.setMapID(fromGuid(description.MapId));
   map.setVersion(description.Version);
   map.setIsTWLX(description.Format_IsTwlx);
@@ -67,9 +67,10 @@ int TarnwellService::listMaps(Call call, dsns__CompleteDesktopResponse* Response
     const ContextObject<Response> response(context());
     QList<MapInfo> listed;
     const MapInfo unfilled;
+    AnswerValues values(m_downloads);
     const auto list = [&](dsns__DesktopInfoClass& description) {
       listed.append(unfilled);
-      fillListed(listed.last(), description, withThumbnails, m_downloads);
+      fillListed(listed.last(), description, withThumbnails, values);
     };
     m_downloads.onDescription = list; // while the answer arrives, so that the context holds one description at a time
     const auto unset = qScopeGuard([this] { m_downloads.onDescription = nullptr; });

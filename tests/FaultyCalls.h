@@ -76,8 +76,8 @@ void* realloc(void* bytes, std::size_t size) noexcept {
 int socket(int domain, int type, int protocol) noexcept {
   return fails(Faults::System) ? -1 : opened(behind<socket>("socket")(domain, type, protocol));
 }
-int open64(const char* path, int flags, ...) {
-  return fails(Faults::System) ? -1 : opened(behind<open64>("open64")(path, flags, 0600));
+int open(const char* path, int flags, ...) {
+  return fails(Faults::System) ? -1 : opened(behind<open>("open")(path, flags, 0600));
 }
 int close(int descriptor) {
   if (Faults::meets)

@@ -90,4 +90,84 @@ TEST(Damage, AttachmentsMayNotClaimMoreThanTheAnswerHas) {
   }
 }
 
+/// `text` so many times, with numbers for "%".
+std::string repeated(int count, const std::string& text) {
+  std::string all;
+  for (int i = 0; i < count; ++i)
+    all += replaced(text, "%", std::to_string(i));
+  return all;
+}
+
+TEST(Damage, MoreNamesOrIdsThanTheBoundFail) {
+  const std::string value = message::loginValue("Success"), response = message::response("Login", value);
+  for (const auto& [names, few] : {std::pair(" a%=''", 240), {" xmlns:a%='u'", 120}})
+    for (const bool isMore : {false, true}) {
+      const std::string many = repeated(few + (isMore ? 20 : 0), names), entry = "<y" + many + "/>";
+      for (const std::string& body : {message::answer("Login", entry + value), message::envelope(response + entry),
+                                      message::envelope(response, element("soap:Header", entry)),
+                                      replaced(message::envelope(response), "<soap:Envelope", "<soap:Envelope" + many),
+                                      replaced(message::envelope(response), "<soap:Body", "<soap:Body" + many)})
+        for (const std::size_t piece : {0U, 7U}) {
+          WireClient client;
+          client.piece = piece;
+          EXPECT_EQ(isMore ? "error 44" : "login 2", client.login(body)) << body;
+        }
+    }
+  std::string ids, references;
+  const auto hasHash = [](const std::string& id) { return soap_hash(("#" + id).c_str()) == soap_hash("#0"); };
+  for (int id = 0, count = 0; count < 260; ++id)
+    if (hasHash(std::to_string(id))) {
+      ids += replaced("<x:int id='%'/>", "%", std::to_string(id));
+      references += replaced("<DesktopInfoClass href='#%'/>", "%", std::to_string(id));
+      if (++count == 250)
+        EXPECT_EQ("login 2 end",
+                  WireClient().list(message::answer("GetMapsList_NEW_DESKTOP", ids + message::listing(""))));
+    }
+  for (const std::string& list : {ids + message::listing(""), message::listing(references)})
+    EXPECT_EQ("error 44", WireClient().list(message::answer("GetMapsList_NEW_DESKTOP", list)));
+}
+
+// In the runtime each of these takes minutes.
+TEST(Damage, ReferencesCostLinearTime) {
+  const std::string list = message::response("GetMapsList_NEW_DESKTOP", message::listing("")),
+                    maps = repeated(9000, "<DesktopInfoClass><Version href='#a%'/></DesktopInfoClass>");
+  EXPECT_EQ("login 2 end",
+            WireClient().list(message::envelope(list + repeated(9000, "<DesktopInfoClass id='b%' href='#a%'/>") +
+                                                "<d:Login id='a0'/>")));
+  EXPECT_EQ("login 2 end",
+            WireClient().list(message::envelope(list + repeated(9000, "<x:float id='b%' href='#a%'>1</x:float>"))));
+  const std::string read =
+      WireClient().list(message::envelope(replaced(list, "<DesktopInfoObjectList>", "<DesktopInfoObjectList>" + maps) +
+                                          repeated(9000, "<x:float id='a%'>3</x:float>")));
+  EXPECT_EQ("login 2" + repeated(9000, " {Version=3}") + " end", read);
+}
+
+TEST(Damage, RecordsShareWhatManyReferencesLeadTo) {
+  const std::string text(400000, 'n'), list = "GetMapsList_NEW_DESKTOP", m = "DesktopInfoClass",
+                                       thumbnail = repeated(5000, element(m, "<Thumbnail href='cid:a'/>"));
+  const std::string mime = "--edge\r\nContent-Type: application/xop+xml; type=\"application/soap+xml\"\r\n\r\n" +
+                           message::answer(list, message::listing(thumbnail)) + "\r\n--edge\r\nContent-ID: a\r\n\r\n" +
+                           text + "\r\n--edge--\r\n";
+  const auto byId = [&](const std::string& name, const std::string& content) {
+    const std::string first = element(m, "<" + name + " id='a'>" + content + "</" + name + ">");
+    return message::answer(list, message::listing(first + repeated(5000, element(m, "<" + name + " href='#a'/>"))));
+  };
+  const std::string entry =
+      replaced(byId("MapName", text), "<" + m + "><MapName href='#a'/></" + m + ">", "<" + m + " href='#b'/>");
+  for (const Reply& answer :
+       {reply(200, replaced(entry, "<" + m + "><MapName id", "<" + m + " id='b'><MapName id")),
+        reply(200, byId("MapName", text)), reply(200, byId("Description", text)), reply(200, byId("Author", text)),
+        reply(200, byId("Thumbnail", text)),
+        reply(200, mime, "Content-Type: multipart/related; boundary=\"edge\"; type=\"application/xop+xml\"\r\n")}) {
+    Host host("http://service.example/");
+    Wire wire(host.context());
+    wire.reply = answer.bytes;
+    const long before = memory().second;
+    EXPECT_EQ(0, host.getDesktopMapsList(true, host.maps));
+    EXPECT_LE(5001, host.maps.size());
+    EXPECT_EQ(show(host.maps[1]), show(host.maps.last()));
+    EXPECT_LT(memory().second - before, 60);
+  }
+}
+
 } // namespace

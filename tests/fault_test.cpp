@@ -85,6 +85,8 @@ const char* const faults = R"(
 <Reason><Text xml:lang="en">too much</Text></Reason><Code><Subcode><Value>d:Quota</Value></Subcode><Value>soap:Sender</Value></Code> | SOAP-ENV:Sender dsns:Quota too much -
 <Code><Value>soap:Sender</Value></Code><Detail>full &amp; <b>more</b></Detail> | SOAP-ENV:Sender - - full &amp; <b>more</b>
 <Detail><b>1</b><c>2</c></Detail> | - - - <b>1</b>
+<Detail><b a="&quot;&amp;é"><![CDATA[/>]]><c/>&gt;</b></Detail> | - - - <b a="&quot;&amp;é"><![CDATA[/>]]><c/>&gt;</b>
+<Detail><![CDATA[<]]><b/></Detail> | - - - &lt;<b/>
 <Detail><!-- nothing --></Detail> | - - - -
 )";
 TEST(Fault, StaysInTheContext) {

@@ -49,8 +49,11 @@ TEST(Faults, EveryCallFailsOnce) {
       const ScriptedService server(reply(200, answer));
       Host untouched(server.url()), refused("http://127.0.0.1:1/"), reference(server.url());
       Faults none;
-      const std::vector<std::string> possible = {"1\n" + untouched.seen(), outcome(operation, refused, none),
-                                                 outcome(operation, reference, none)};
+      std::vector<std::string> possible = {"1\n" + untouched.seen(), outcome(operation, refused, none),
+                                           outcome(operation, reference, none)};
+      reference.info.setMapAuthor(QString()); // the system could not look up the owner of the file
+      if (reference.info.mapThumbnail() == reference.bytes)
+        possible.push_back(possible[2][0] + ("\n" + reference.seen()));
       for (const Faults& mode : modes) {
         const bool isHarmless = mode.piece || mode.kind == Faults::Waiting;
         for (auto [position, reached] = std::pair(0L, true); reached; ++position) {
@@ -60,8 +63,10 @@ TEST(Faults, EveryCallFailsOnce) {
           Host host(server.url());
           Faults faults = mode;
           faults.position = position;
-          const std::string seen = outcome(operation, host, faults);
-          EXPECT_TRUE(std::count(possible.begin() + (isHarmless ? 2 : 0), possible.end(), seen)) << seen;
+          std::string seen;
+          std::thread([&] { seen = outcome(operation, host, faults); }).join(); // in a new one, Qt needs memory for it
+          const auto end = isHarmless ? possible.begin() + 3 : possible.end();
+          EXPECT_TRUE(std::count(possible.begin() + (isHarmless ? 2 : 0), end, seen)) << seen;
           expectUsable(host, faults);
           reached = faults.calls > position;
         }
@@ -138,7 +143,9 @@ TEST(Faults, ClientTellsAnException) {
 TEST(Faults, ImpossibleEndpointsFailWithoutASocket) {
   const std::string endpoints = "soap.udp://127.0.0.1:9/|ftp://127.0.0.1/|127.0.0.1/|https://127.0.0.1/|http:///x|"
                                 "http://:80/|http://|http:/127.0.0.1/|http://127.0.0.1/a\r\nb: c|"
-                                "http://127.0.0.1/ http://127.0.0.1/|http://127.0.0.1/\x7f|x|:|file:///etc/passwd";
+                                "http://127.0.0.1/ http://127.0.0.1/|http://127.0.0.1/\x7f|x|:|file:///etc/passwd|"
+                                "http://127.0.0.1:99181/|http://127.0.0.1:0|http://127.0.0.1:/|http://127.0.0.1:80x/|"
+                                "http://[::1]:65536/|http://u:p@127.0.0.1:70000/|http://u:p@/|http://127.0.0.1/a@b";
   const auto expectFailure = [](const std::string& endpoint, int proxyPort) {
     Host host(endpoint);
     host.setProxySettings("127.0.0.1", proxyPort, "", "", proxyPort != 0);
@@ -151,7 +158,7 @@ TEST(Faults, ImpossibleEndpointsFailWithoutASocket) {
   for (const int port : {65536, -1})
     expectFailure("http://127.0.0.1/", port);
   const ScriptedService good(reply(200, hostOperations()[0].answer()));
-  Host host(replaced(good.url(), "http:", "HTTP:"));
+  Host host(replaced(good.url(), "http://", "HTTP://u:p@"));
   EXPECT_EQ(0, hostOperations()[0].call(host));
 }
 

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <sstream>
 #include <utility>
 
 namespace {
@@ -32,6 +33,8 @@ const char* const records = R"(
 <y soap:mustUnderstand="false"/><MapName>n</MapName>                                             | {MapName='n'}
 <soap:Node/><MapName>n</MapName>                                                                 | error 3
 <IsPublished xsi:type="x:boolean">1</IsPublished><Version xsi:type="x:float">2</Version> | {IsPublished=1 Version=2}
+<Version xsi:type="x:decimal">2</Version> | {Version=2}
+<Version xsi:type="x:boolean">2</Version> | error 4
 <IsPublished xsi:type="d:boolean">1</IsPublished>                                                | {IsPublished=1}
 <IsPublished xsi:type="x:int">1</IsPublished>                                                    | error 4
 <IsPublished xsi:type="x:bool">1</IsPublished>                                                   | error 4
@@ -47,6 +50,32 @@ TEST(Reading, TakesAndSkipsElements) {
     EXPECT_EQ(row[1][0] == '{' ? "0 no login " + row[1] : row[1],
               client.content(mapAnswer(replaced(row[0], "SERVICE", TARNWELL_SERVICE_NAMESPACE))))
         << row[0];
+  });
+}
+
+// What an answer may have beside the elements that are read.
+const char* const skipped = R"(
+<f:ext xmlns:f="urn:f"><f:note><![CDATA[line<br/>two]]></f:note></f:ext>
+<y a="/>" b='"/>'>a/>b<y/><z>/></z></y>
+<y><![CDATA[</y>]]]]><![CDATA[>/>]]><!-- </y> /> --><?p </y> a?b > />?></y>
+<?p a?b > <?>
+<y>&nbsp;<z><y></y></z></y><y/>
+<!-- /> <y> --><y> <![CDATA[]]> /> </y>
+)";
+TEST(Reading, SkipsAllOfAnElement) {
+  forEachArrival(skipped, [](WireClient& client, const auto& row) {
+    const std::string all = row[0], some = "t]]<![CDATA[]]]]>" + all, value = message::loginValue("Success"),
+                      fault = message::fault("soap:Receiver"), response = message::response("Login", all + value + all);
+    EXPECT_EQ("login 2", client.login(message::envelope(response + all, element("soap:Header", all + some)))) << all;
+    EXPECT_EQ("login 2", client.login(replaced(message::envelope(response), "</soap:Body>", some + "</soap:Body>")));
+    const std::string nil = "<Author xsi:nil='1'>" + all + "</Author><Thumbnail>" + all + "</Thumbnail>";
+    EXPECT_EQ("0 no login {MapName='n' Thumbnail=0:}",
+              client.content(mapAnswer(all + nil + all + "<MapName>n</MapName>" + some)))
+        << all;
+    for (const std::string& detail : {all + all, some, "<![CDATA[/>]]>" + some, "&lt;" + all})
+      EXPECT_EQ("error 2",
+                client.login(replaced(fault, "</soap:Fault>", element("soap:Detail", detail) + "</soap:Fault>")))
+          << detail;
   });
 }
 
@@ -136,25 +165,36 @@ TEST(Reading, StrictMode) {
     EXPECT_EQ(row[1], client.content(
                           answer(replaced(replaced(row[0], "REQUIRED", "<MapId>i</MapId>VALUES"), "VALUES", values))))
         << row[0];
+    const std::string after = "<DesktopInfoClass id=\"m\"><MapId>i</MapId>" + values + "</DesktopInfoClass>",
+                      response = message::response("GetMapContent_NEW_DESKTOP", "<DesktopMapAccess>6</DesktopMapAccess>"
+                                                                                "<DesktopInfo href=\"#m\"/>");
+    EXPECT_EQ("6 no login {MapId=i LastModified=1 Version=1}", client.content(message::envelope(response + after)));
+    EXPECT_EQ("error 3", client.content(message::envelope(response + after + "<y/>")));
   }
 }
 
 // Encodings in the XML declaration, and the text that is read from the bytes C3 A9.
 const char* const encodings = R"(
-UTF-8        | {MapName='é'}
-iso-8859-1   | {MapName='Ã©'}
-us-ascii     | {MapName='é'}
-ISO-8859-15  | error 48
-windows-1252 | error 48
-utf-7        | error 48
+="UTF-8"          | {MapName='é'}
+="iso-8859-1"     | {MapName='Ã©'}
+ =  'iso-8859-1'  | {MapName='Ã©'}
+="us-ascii"       | {MapName='é'}
+="ISO-8859-15"    | error 48
+="windows-1252"   | error 48
+ = "windows-1252" | error 48
+="utf-7"          | error 48
+=                 | error 48
 )";
 TEST(Reading, AnswersOfOtherKinds) {
   forEachArrival(encodings, [](WireClient& client, const auto& row) {
-    for (const std::string before : {"", "\r\n \t"}) {
-      const std::string read =
-          client.content(before + replaced(mapAnswer("<MapName>\xC3\xA9</MapName>"), "utf-8", row[0]));
+    for (const std::string before : {"", "\r\n \t", "\xEF\xBB\xBF"}) {
+      const std::string map = before + mapAnswer("<MapName>\xC3\xA9</MapName>");
+      const std::string read = client.content(replaced(map, "encoding=\"utf-8\"", "encoding " + row[0]));
       EXPECT_EQ(row[1][0] == '{' ? "0 no login " + row[1] : row[1], read) << row[0] << before.size();
     }
+    const char malformed[] = "\xC0\xAF \xE0\x80\xAF \xED\xA0\x80 \xF0\x80\x80\xAF \xF4\x90\x80\x80 \xE9";
+    EXPECT_EQ("0 no login {MapName='" + QString::fromLatin1(malformed).toStdString() + "'}",
+              client.content(mapAnswer(element("MapName", malformed))));
   });
   WireClient client;
   const std::string olderSchema = replaced(mapAnswer("<MapName xsi:nil=\"true\"/>"), "2001", "1999");
@@ -172,6 +212,12 @@ TEST(Reading, DocumentsOfOneElement) {
     ASSERT_EQ(SOAP_OK, soap_begin_recv(client.soap));
     EXPECT_EQ(std::string(body).size() > 4, soap_get_xsd__int(client.soap, &value, "v", nullptr) != nullptr) << body;
   }
+  DesktopServiceSoap12 reader; // from a stream, as users of the runtime may
+  std::istringstream stream("<v>7</v>");
+  reader.soap->is = &stream;
+  int value = 0;
+  EXPECT_TRUE(soap_begin_recv(reader.soap) == SOAP_OK && soap_get_xsd__int(reader.soap, &value, "v", nullptr));
+  EXPECT_EQ(7, value);
   dsns__DesktopMapAccess access{};
   EXPECT_EQ(SOAP_TYPE, soap_s2dsns__DesktopMapAccess(client.soap, nullptr, &access));
 }
@@ -188,7 +234,8 @@ TEST(Reading, AttributesOfEarlierElementsCostNothing) {
 
 TEST(Reading, Attachments) {
   const std::string include = "<xop:Include xmlns:xop=\"http://www.w3.org/2004/08/xop/include\" href=\"cid:b@x\"/>";
-  for (const std::string& content : {">" + include, std::string(" href=\"cid:b@x\">")}) {
+  for (const std::string& content :
+       {">" + include, std::string(" href=\"cid:b@x\">"), std::string(" href=\"cid:b%40x\">")}) {
     const std::string body =
         "--edge\r\nContent-Type: application/xop+xml; charset=utf-8; type=\"application/soap+xml\"\r\n"
         "Content-ID: <a@x>\r\n\r\n" +
@@ -229,6 +276,10 @@ TEST(Writing, ABlockWithIdOrTypeTravelsAsAttachment) {
     EXPECT_NE(isInline, sends(raw) && sends("<dsns:bytes href=\"")) << client.sent;
     EXPECT_EQ(isInline, sends("cmF3IDxieXRlcz4=") && sends("Content-Type: application/soap+xml;")) << client.sent;
   }
+  block.__size = 0;
+  block.id = id;
+  EXPECT_EQ(0, client.__dsns4__SendFeedbackWithAttachment(&request, &response));
+  EXPECT_NE(std::string::npos, client.sent.find("<dsns:bytes></dsns:bytes>")) << client.sent;
 }
 
 // SOAP 1.1 with an encoding style: an object that is referred to twice stands on its own. Null entries are left out.

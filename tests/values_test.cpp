@@ -80,7 +80,7 @@ xsd:dateTime | 05:06:07 => error 4 | 1 => error 4 | => 1970-01-01T00:00:00Z | 00
 xsd:dateTime | 1900-02-29T00:00:00Z => 1900-03-01T00:00:00Z | 2011-02-30T24:60:61Z => 2011-03-03T01:01:01Z | 9999-12-31T23:59:59Z => 9999-12-31T23:59:59Z
 xsd:string | {blanks}a{blanks}b{blanks} => {blanks}a{blanks}b{blanks} | plain => plain | => | a&lt;&gt;&amp;&quot;&apos;b => a&lt;&gt;&amp;"'b | é€😀 => é€😀 | ]] => ]]
 xsd:string | &#233;&#xE9;&#x20AC; => éé€ | a&#x1F600;b => a😀b | &#128512; => 😀 | &#x10000; => 𐀀 | &#00000000065; => A | &amp;amp; => &amp;amp; | &#13; => &#xD;
-xsd:string | a&nope;b => error 5 | a&#12x;b => error 5 | &#x110000; => error 5 | &#; => error 5 | &#0000000000065; => error 5
+xsd:string | a&nope;b => error 5 | a&#12x;b => error 5 | &#x110000; => error 5 | &#; => error 5 | &#000000000000000000000000000065; => A | &#xD83D;&#xDE00; => error 5
 xsd:string | a&#1;&#31;&#xFFFF;z => a���z | a<b c="/>">x</b>&lt; => a&lt;b c="/&gt;"&gt;x&lt;/b&gt;&lt; | <b c='>"'/> => &lt;b c='&gt;"'/&gt;
 xsd:string | a<![CDATA[b<&amp;]]]]>c => ab&lt;&amp;amp;]]c | <![CDATA[]]> => | a<!-- <b> -->c => ac | a<?b >c?>d => ad
 dsns2:guid | {67C8770B-44f1}? => {67C8770B-44f1}? | a&amp;b<![CDATA[<]]>é => a&amp;b&lt;é

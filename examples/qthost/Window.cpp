@@ -172,6 +172,11 @@ void Window::download(const QString& file) {
 }
 
 void Window::save(const QString& file, const MapInfo& map, bool isForced) {
+  // saveMap would upload a file that cannot be opened as an empty map.
+  if (!QFileInfo(file).isReadable()) {
+    m_status.setText("Cannot read " + file);
+    return;
+  }
   const auto saved = std::make_shared<MapInfo>(map);
   const QByteArray preview = thumbnailOf(file);
   const auto call = [saved, file, preview, isForced](ITarnwellService& service) {

@@ -142,14 +142,17 @@ int writeBase64(struct soap* soap, const unsigned char* bytes, std::size_t size)
   return SOAP_OK;
 }
 
+/// Null for a block without bytes.
+const unsigned char* bytesOf(const xsd__base64Binary& block) { return block.__size > 0 ? block.__ptr : nullptr; }
+
 int writeBlock(struct soap* soap, const Type&, const void* value) {
   const xsd__base64Binary& block = *static_cast<const xsd__base64Binary*>(value);
-  return writeBase64(soap, block.__ptr, block.__ptr && block.__size > 0 ? static_cast<std::size_t>(block.__size) : 0);
+  return writeBase64(soap, block.__ptr, bytesOf(block) ? static_cast<std::size_t>(block.__size) : 0);
 }
 
 void markAttachment(struct soap* soap, const Type& type, const void* value) {
   const xsd__base64Binary& block = *static_cast<const xsd__base64Binary*>(value);
-  if (!block.__ptr || (!block.id && !block.type))
+  if (!bytesOf(block) || (!block.id && !block.type))
     return;
   soap->omode |= SOAP_ENC_DIME; // document/literal messages have attachments only when told so
   static_cast<void>(
@@ -159,7 +162,7 @@ void markAttachment(struct soap* soap, const Type& type, const void* value) {
 bool announceAttachment(struct soap* soap, const Type& type, const void* value, const char* tag, int& id,
                         const char* name) {
   const xsd__base64Binary& block = *static_cast<const xsd__base64Binary*>(value);
-  id = soap_attachment(soap, tag, id, value, block.__ptr, block.__size, block.id, block.type, block.options, name,
+  id = soap_attachment(soap, tag, id, value, bytesOf(block), block.__size, block.id, block.type, block.options, name,
                        type.number);
   return id >= 0;
 }

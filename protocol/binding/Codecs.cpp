@@ -4,6 +4,7 @@
 #include "protocol/binding/Reader.h"
 #include "protocol/binding/Text.h"
 #include "protocol/binding/Writer.h"
+#include "protocol/runtime/RuntimeInternals.h"
 
 #include <algorithm>
 #include <charconv>
@@ -60,6 +61,9 @@ int parseBoolean(struct soap* soap, const Type&, std::string_view text, bool* va
   return SOAP_OK;
 }
 
+/// With its sign also where char has none.
+const char* formatByte(struct soap* soap, char value) { return soap_int2s(soap, static_cast<signed char>(value)); }
+
 const char* formatBoolean(struct soap*, bool value) { return value ? "true" : "false"; }
 
 int parseTime(struct soap* soap, const Type&, std::string_view text, std::time_t* value) {
@@ -110,6 +114,8 @@ int readQualifiedName(struct soap* soap, const Type&, void* value) {
   if (content.read(soap))
     return soap->error;
   const std::string text(content.trimmed());
+  if (std::any_of(text.begin(), text.end(), isBlank)) // a list, in which the runtime repeats each name's namespace
+    return soap->error = SOAP_TYPE;
   return soap_s2QName(soap, text.c_str(), static_cast<char**>(value), 0, -1, nullptr);
 }
 
@@ -132,7 +138,7 @@ constexpr Codec integerCodec = {readSimple<Integer, parseInteger<Integer, conver
 
 } // namespace
 
-constexpr Codec byteCodec = integerCodec<char, soap_s2byte, soap_byte2s>;
+constexpr Codec byteCodec = integerCodec<char, soap_s2byte, formatByte>;
 constexpr Codec unsignedByteCodec = integerCodec<unsigned char, soap_s2unsignedByte, soap_unsignedByte2s>;
 constexpr Codec intCodec = integerCodec<int, soap_s2int, soap_int2s>;
 constexpr Codec unsignedIntCodec = integerCodec<unsigned, soap_s2unsignedInt, soap_unsignedInt2s>;

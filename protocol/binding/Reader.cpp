@@ -1,6 +1,7 @@
 #include "protocol/binding/Reader.h"
 
 #include "protocol/binding/Receiver.h"
+#include "protocol/binding/Text.h"
 #include "protocol/runtime/RuntimeInternals.h"
 
 #include <cstring>
@@ -80,10 +81,11 @@ bool readValue(struct soap* soap, void* value, const char* name, const Type& typ
   }
   if (type.codec->characters)
     return readCharacters(soap, static_cast<char**>(value), type);
+  if (isReference(soap)) // of records, which are few, the runtime copies the members when all others are resolved
+    return soap_id_forward(soap, soap->href, value, 0, type.number, type.number, type.size, type.rows ? 0 : 1,
+                           type.rows ? resolve : resolveValue, nullptr);
   if (*soap->id && !enterId(soap, value, type))
     return false;
-  if (isReference(soap))
-    return soap_id_forward(soap, soap->href, value, 0, type.number, type.number, type.size, 0, resolve, nullptr);
   return soap->null || !type.codec->read(soap, type, value);
 }
 
@@ -147,28 +149,23 @@ int readChild(struct soap* soap, const Row* row, void* record) {
 
 } // namespace
 
-int skipElement(struct soap* soap) {
-  soap->peeked = 0;
-  soap->error = SOAP_OK;
-  return soap->body ? soap_ignore(soap) : SOAP_OK;
-}
-
-int skipUnknown(struct soap* soap) {
+int skipUnknown(struct soap* soap, bool independent) {
   if (peekElement(soap))
     return soap->error;
   if (soap->mustUnderstand && !soap->other)
     return soap->error = SOAP_MUSTUNDERSTAND;
-  if (soap->mode & SOAP_XML_STRICT || soap_match_tag(soap, soap->tag, "SOAP-ENV:") == SOAP_OK)
+  const bool isStrict = (soap->mode & SOAP_XML_STRICT) != 0;
+  if ((isStrict && !independent) || soap_match_tag(soap, soap->tag, "SOAP-ENV:") == SOAP_OK)
     return soap->error = SOAP_TAG_MISMATCH;
   soap->error = SOAP_OK; // an undeclared prefix left one
-  if (*soap->id && soap->level < maximumDepth) {
+  if (*soap->id && *soap->href != '#' && soap->level < maximumDepth) {
     const unsigned level = soap->level;
     int number = 0;
     readAnyElement(soap, nullptr, &number);
     if (soap->error != SOAP_TAG_MISMATCH || soap->level != level)
       return soap->error;
   }
-  return skipElement(soap);
+  return isStrict ? soap->error = SOAP_TAG_MISMATCH : skipElement(soap);
 }
 
 int readRecord(struct soap* soap, const Type& type, void* record) {
@@ -240,7 +237,7 @@ void* readAnyElement(struct soap* soap, const char* tag, int* number) {
 
 int readFollowing(struct soap* soap) {
   const bool isWholeDocument = soap->level == 0;
-  while (!peekElement(soap) && !skipUnknown(soap))
+  while (!peekElement(soap) && !skipUnknown(soap, true))
     continue;
   if (soap->error == SOAP_NO_TAG || (isWholeDocument && soap->error == SOAP_CHK_EOF))
     soap->error = SOAP_OK;

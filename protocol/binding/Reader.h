@@ -26,11 +26,10 @@ int readFollowing(struct soap* soap);
 /// Elements nested deeper than this are skipped instead of read: hosts call from threads with small stacks.
 inline constexpr unsigned maximumDepth = 32;
 
-/// Skips the element just peeked at, with everything in it.
-int skipElement(struct soap* soap);
 /// Skips an element that no row takes. One with an id is read by its own type and kept as a target of references.
-/// Refused: one that must be understood, one of the envelope's namespace, in strict mode any.
-int skipUnknown(struct soap* soap);
+/// Refused: one that must be understood, one of the envelope's namespace, in strict mode any but, where elements are
+/// `independent`, such a target.
+int skipUnknown(struct soap* soap, bool independent = false);
 
 /// Reads the children of a record by its rows: each at most once, in any order; the rest is skipped.
 int readRecord(struct soap* soap, const Type& type, void* record);

@@ -19,10 +19,9 @@ void appendUtf8(std::string& text, unsigned c) {
     text.push_back(static_cast<char>(0x80 | (c >> 6 * i & 0x3f)));
 }
 
-/// Characters between "&" and ";" that are looked at.
-constexpr std::size_t longestReference = 12;
+constexpr bool isSurrogate(unsigned c) { return c >= 0xd800 && c < 0xe000; }
 
-/// The number in "#128512" or "#x1F600"; 0 if it is none.
+/// The number in "#128512" or "#x1F600"; 0 if it is none of a character.
 unsigned characterNumber(std::string_view name) {
   if (name.empty() || name.front() != '#')
     return 0;
@@ -31,7 +30,7 @@ unsigned characterNumber(std::string_view name) {
   const char* const last = name.data() + name.size();
   unsigned number = 0;
   const auto [end, failure] = std::from_chars(first, last, number, hexadecimal ? 16 : 10);
-  return failure == std::errc() && end == last && number <= lastCodePoint ? number : 0;
+  return failure == std::errc() && end == last && number <= lastCodePoint && !isSurrogate(number) ? number : 0;
 }
 
 /// Appends the character of "&name;": one of XML's five names or a character's number (XML 1.0 section 4.1). False: it
@@ -58,23 +57,53 @@ bool appendResolved(std::string& out, std::string_view text) {
     if (reference == text.npos)
       return true;
     text.remove_prefix(reference + 1);
-    const std::size_t end = text.substr(0, longestReference + 1).find(';');
+    const std::size_t end = text.find(';');
     if (end == text.npos || !appendReference(out, text.substr(0, end)))
       return false;
     text.remove_prefix(end + 1);
   }
 }
 
-/// Collects character data byte by byte: the way that works for everything, across buffers. Functions return false when
-/// they fail, with the context's error set.
+/// Whether XML can carry the code point at all (XML 1.0 section 2.2), as itself or as a reference.
+constexpr bool isXmlCharacter(unsigned c) {
+  return c >= 0x20 ? !isSurrogate(c) && (c < 0xfffe || c >= 0x10000) && c <= lastCodePoint
+                   : c == '\t' || c == '\n' || c == '\r';
+}
+
+/// Appends one code point of element content.
+void appendEscaped(std::string& text, unsigned c) {
+  if (c == '&')
+    text += "&amp;";
+  else if (c == '<')
+    text += "&lt;";
+  else if (c == '>')
+    text += "&gt;";
+  else if (c == '\r')
+    text += "&#xD;";
+  else
+    appendUtf8(text, isXmlCharacter(c) ? c : 0xfffd);
+}
+
+/// What is kept of the content of an element.
+enum class Keep {
+  Text,   ///< character data, nested elements as literal markup
+  Markup, ///< everything, as it stands
+  Nothing,
+};
+
+/// Reads content byte by byte: the way that works for everything, across buffers. Functions return false when they
+/// fail, with the context's error set.
 class Collector {
 public:
-  Collector(struct soap* soap, std::string& out) : m_soap(soap), m_out(out) {}
+  Collector(struct soap* soap, std::string& out, Keep keep) : m_soap(soap), m_out(out), m_keep(keep) {}
 
   /// Up to the end tag of the element that is open, whose "</" is given back to the runtime.
   bool run() {
+    int depth = 0;
+    if (!takePeeked(depth))
+      return false;
     char c = 0;
-    for (int depth = 0; depth >= 0;)
+    while (depth >= 0)
       if (!next(c) || !take(c, depth))
         return false;
     soap_unget(m_soap, endTagMark);
@@ -94,10 +123,37 @@ private:
     return static_cast<int>(got) != EOF || fail(SOAP_EOF);
   }
 
+  /// What the runtime has looked at before: the start tag of an element that is skipped, a character of a text or the
+  /// beginning of a tag, and the CDATA section around it.
+  bool takePeeked(int& depth) {
+    depth = m_soap->peeked && *m_soap->tag && m_soap->body ? 1 : 0;
+    m_soap->peeked = 0;
+    m_soap->error = SOAP_OK;
+    while (m_soap->ahead || m_soap->cdata) {
+      const soap_wchar c = soap_get(m_soap);
+      if (static_cast<int>(c) == EOF)
+        return fail(SOAP_EOF);
+      if (c == startTagMark)
+        return markup(depth);
+      if (c == endTagMark && depth-- == 0)
+        return true;
+      if (m_keep != Keep::Markup)
+        continue;
+      constexpr soap_wchar firstMark = -6;
+      if (c >= firstMark && c < endTagMark)
+        m_out.push_back("'\">"[c - firstMark]);
+      else if (c < 0x80) // negative: it was a reference
+        appendEscaped(m_out, static_cast<unsigned>(c) & 0x7fffffff);
+      else
+        append(static_cast<char>(c));
+    }
+    return true;
+  }
+
   bool take(char c, int& depth) {
     if (c == '<')
       return markup(depth);
-    if (c == '&')
+    if (c == '&' && m_keep == Keep::Text)
       return reference();
     append(c);
     return true;
@@ -105,6 +161,8 @@ private:
 
   /// Bytes of a message in ISO 8859-1 become UTF-8.
   void append(char c) {
+    if (m_keep == Keep::Nothing)
+      return;
     if (m_soap->mode & SOAP_ENC_LATIN)
       appendUtf8(m_out, static_cast<unsigned char>(c));
     else
@@ -119,10 +177,10 @@ private:
     if (first == '!')
       return declaration();
     if (first == '?')
-      return skipPast("?>");
+      return section("<?", "?>");
     if (first == '/' && depth-- == 0)
       return true;
-    m_out.push_back('<');
+    append('<');
     append(first);
     char quote = '\0';
     for (char c = 0, last = 0; next(c); last = c) {
@@ -139,46 +197,43 @@ private:
     return false;
   }
 
-  /// "<!--comment-->" is left out, "<![CDATA[characters]]>" is not, of other declarations only the end is looked for.
+  /// "<!--comment-->", "<![CDATA[characters]]>"; of other declarations only the end is looked for.
   bool declaration() {
-    std::string start;
+    std::string start = "<!";
     for (char c = 0; c != '>';) {
       if (!next(c))
         return false;
       start.push_back(c);
-      if (start == "--")
-        return skipPast("-->");
-      if (start == "[CDATA[")
-        return copyPast("]]>");
+      if (start == "<!--")
+        return section(start, "-->");
+      if (start == "<![CDATA[")
+        return section(start, "]]>", true);
     }
     return true;
   }
 
-  /// Reads past `end`, and copies what stands before it.
-  bool copyPast(std::string_view end) {
+  /// Reads past `end`. A text keeps what stands before it if `isText`.
+  bool section(std::string_view start, std::string_view end, bool isText = false) {
     const std::size_t begin = m_out.size();
+    if (m_keep == Keep::Markup)
+      m_out += start;
+    std::string last(end.size(), '\0');
     for (char c = 0; next(c);) {
       append(c);
-      const std::size_t size = m_out.size() - begin;
-      if (c == end.back() && size >= end.size() && m_out.compare(m_out.size() - end.size(), end.size(), end) == 0) {
-        m_out.resize(m_out.size() - end.size());
-        return true;
-      }
+      last.erase(0, 1).push_back(c);
+      if (last != end)
+        continue;
+      if (m_keep == Keep::Text)
+        m_out.resize(isText ? m_out.size() - end.size() : begin);
+      return true;
     }
     return false;
-  }
-
-  bool skipPast(std::string_view end) {
-    const std::size_t begin = m_out.size();
-    const bool found = copyPast(end);
-    m_out.resize(begin);
-    return found;
   }
 
   /// What follows "&", up to ";".
   bool reference() {
     std::string name;
-    for (char c = 0; name.size() <= longestReference; name.push_back(c)) {
+    for (char c = 0; c != '<'; name.push_back(c)) {
       if (!next(c))
         return false;
       if (c == ';')
@@ -189,27 +244,8 @@ private:
 
   struct soap* m_soap;
   std::string& m_out;
+  const Keep m_keep;
 };
-
-/// Whether XML can carry the code point at all (XML 1.0 section 2.2), as itself or as a reference.
-constexpr bool isXmlCharacter(unsigned c) {
-  return c >= 0x20 ? c < 0xd800 || (c >= 0xe000 && c < 0xfffe) || (c >= 0x10000 && c <= lastCodePoint)
-                   : c == '\t' || c == '\n' || c == '\r';
-}
-
-/// Appends one code point of element content.
-void appendEscaped(std::string& text, unsigned c) {
-  if (c == '&')
-    text += "&amp;";
-  else if (c == '<')
-    text += "&lt;";
-  else if (c == '>')
-    text += "&gt;";
-  else if (c == '\r')
-    text += "&#xD;";
-  else
-    appendUtf8(text, isXmlCharacter(c) ? c : 0xfffd);
-}
 
 /// The code point that starts at `p`, whose sequence must end before `end`; moves `p` past it.
 unsigned takeCodePoint(const unsigned char*& p, const unsigned char* end) {
@@ -225,10 +261,26 @@ unsigned takeCodePoint(const unsigned char*& p, const unsigned char* end) {
       return first;
     c = c << 6 | (p[i] & 0x3f);
   }
-  if (c > lastCodePoint)
+  constexpr unsigned smallest[] = {0, 0x80, 0x800, 0x10000};
+  if (c < smallest[more] || isSurrogate(c) || c > lastCodePoint)
     return first;
   p += more;
   return c;
+}
+
+/// The start tag that was peeked at. The values of its attributes are in ISO 8859-1, as the runtime keeps them.
+std::string startTag(const struct soap* soap) {
+  std::string text = '<' + std::string(soap->tag);
+  for (const struct soap_attribute* attribute = soap->attributes; attribute; attribute = attribute->next) {
+    text += ' ' + std::string(attribute->name) + "=\"";
+    for (const char* c = attribute->value; c && *c; ++c)
+      if (*c == '"')
+        text += "&quot;";
+      else
+        appendEscaped(text, static_cast<unsigned char>(*c));
+    text += '"';
+  }
+  return text + (soap->body ? ">" : "/>");
 }
 
 } // namespace
@@ -253,10 +305,40 @@ int Content::read(struct soap* soap) {
     }
   }
   m_collected.clear();
-  if (!Collector(soap, m_collected).run())
+  if (!Collector(soap, m_collected, Keep::Text).run())
     return soap->error;
   m_text = m_collected;
   return SOAP_OK;
+}
+
+int skipElement(struct soap* soap, std::string* markup) {
+  const std::string tag = soap->tag;
+  soap->error = SOAP_OK;
+  if (!tag.empty()) {
+    soap->peeked = 0;
+    if (markup)
+      *markup = startTag(soap);
+    if (!soap->body)
+      return SOAP_OK;
+    ++soap->level;
+  }
+  std::string nothing;
+  if (!Collector(soap, markup ? *markup : nothing, markup ? Keep::Markup : Keep::Nothing).run())
+    return soap->error;
+  if (tag.empty())
+    return SOAP_OK;
+  if (markup)
+    *markup += "</" + tag + '>';
+  return soap_element_end_in(soap, nullptr);
+}
+
+int endElement(struct soap* soap, const char* tag) {
+  if (takeEndTag(soap))
+    return SOAP_OK;
+  std::string nothing;
+  if (!(soap->mode & SOAP_XML_STRICT) && !Collector(soap, nothing, Keep::Nothing).run())
+    return soap->error;
+  return soap_element_end_in(soap, tag);
 }
 
 std::string_view Content::trimmed() const {

@@ -1,5 +1,5 @@
-// Character data: what stands between an element's tags, read without the runtime's character-by-character readers, and
-// wide text to and from UTF-8.
+// What stands between an element's tags, read as character data or skipped, without the runtime's readers: those take
+// "/>" in a text for the end of a tag. And wide text to and from UTF-8.
 #pragma once
 
 #include "protocol/runtime/Runtime.h"
@@ -24,6 +24,14 @@ private:
   std::string m_collected;
   std::string_view m_text;
 };
+
+/// Reads past the element peeked at, with everything in it; before text, up to the end tag of the element that is open.
+/// What is passed is kept in `markup`, unless that is null, as XML with the same meaning.
+/// Returns 0 or the runtime's error code, also set in the context.
+int skipElement(struct soap* soap, std::string* markup = nullptr);
+/// soap_element_end_in: takes the end tag of the element that is open. Skips what nobody has read before it, except in
+/// strict mode, in which that is an error.
+[[nodiscard]] int endElement(struct soap* soap, const char* tag);
 
 /// Replaces `wide` by the code points of `utf8`. A byte that starts no well-formed sequence is taken as ISO 8859-1, as
 /// the runtime does.

@@ -28,4 +28,9 @@ void resolve(struct soap*, int sourceType, int targetType, void* to, std::size_t
     typeOf(targetType).copy(to, from);
 }
 
+void resolveValue(struct soap* soap, int sourceType, int targetType, void* to, std::size_t index, const void* from,
+                  void** shared) {
+  resolve(soap, sourceType, targetType, to, index, *static_cast<void* const*>(from), shared);
+}
+
 } // namespace tarnwell

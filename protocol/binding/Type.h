@@ -66,5 +66,9 @@ void* instantiate(struct soap* soap, int count, const Type& type, std::size_t* s
 /// The runtime's callback for a resolved forward reference: copies *from over *to if both are of one type.
 void resolve(struct soap* soap, int sourceType, int targetType, void* to, std::size_t index, const void* from,
              void** shared);
+/// The same for a simple value; `from` points to the pointer to it. The runtime calls it earlier and only once, while
+/// for resolve() it compares each reference with all ids.
+void resolveValue(struct soap* soap, int sourceType, int targetType, void* to, std::size_t index, const void* from,
+                  void** shared);
 
 } // namespace tarnwell

@@ -2,10 +2,15 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <functional>
+#include <map>
+#include <string>
 #include <sys/socket.h>
+#include <utility>
 
 namespace tarnwell {
 namespace {
@@ -67,14 +72,77 @@ bool peekPlainTag(struct soap* soap) {
   return true;
 }
 
-/// The runtime's own function for frecv gives up when signals interrupt it eleven times in a row.
-std::size_t receive(struct soap* soap, char* to, std::size_t size) {
-  ssize_t received = 0;
-  do
-    received = recv(soap->socket, to, size, soap->socket_flags);
-  while (received < 0 && errno == EINTR);
-  soap->errnum = received < 0 ? errno : 0;
-  return received < 0 ? 0 : static_cast<std::size_t>(received);
+/// Most bytes that are received at once: what a piece of many names costs before the next piece is checked.
+constexpr std::size_t longestPiece = 16384;
+/// Most names that the runtime searches for each, and most ids of one hash value.
+constexpr std::size_t mostNames = 256;
+
+/// Whether the runtime has more than `mostNames` ids with the hash value of this one.
+bool isCrowded(const struct soap* soap, const char* id) {
+  std::size_t count = 0;
+  for (const soap_ilist* entry = soap->iht[soap_hash(id)]; entry && count <= mostNames; entry = entry->next)
+    ++count;
+  return count > mostNames;
+}
+
+/// Skips processing instructions before the next tag: the runtime takes the first "?" in one for its end.
+void skipInstructions(struct soap* soap) {
+  while (!soap->ahead && !soap->cdata) {
+    soap_wchar c = soap_getchar(soap);
+    while (isBlank(static_cast<int>(c)))
+      c = soap_getchar(soap);
+    if (c != '<' || soap_get0(soap) != '?') {
+      soap_unget(soap, c);
+      return;
+    }
+    for (soap_wchar last = 0; (c != '>' || last != '?') && static_cast<int>(c) != EOF; c = soap_get1(soap))
+      last = c;
+  }
+}
+
+/// An identifier in a URI, "%40" for "@" (RFC 2392 section 2).
+std::string unescaped(std::string_view id) {
+  std::string text;
+  for (; !id.empty(); id.remove_prefix(1)) {
+    unsigned char code = 0;
+    const std::string_view digits = id.substr(1, 2);
+    const char* const end = digits.data() + digits.size();
+    const bool isEscaped =
+        id.front() == '%' && digits.size() == 2 && std::from_chars(digits.data(), end, code, 16).ptr == end;
+    text.push_back(isEscaped ? static_cast<char>(code) : id.front());
+    id.remove_prefix(isEscaped ? digits.size() : 0);
+  }
+  return text;
+}
+
+/// Gives the elements that name an attachment its bytes.
+int resolveAttachments(struct soap* soap) {
+  const auto withoutBrackets = [](std::string_view id) {
+    return id.starts_with('<') ? id.substr(1, id.size() - 2) : id;
+  };
+  std::map<std::string, const soap_multipart*, std::less<>> parts;
+  for (const soap_multipart* part : {soap->mime.list, soap->dime.list})
+    for (; part; part = part->next)
+      if (part->id)
+        parts.try_emplace(std::string(withoutBrackets(part->id)), part);
+  while (soap_xlist* const reference = soap->xlist) {
+    const std::string_view uri = reference->id, id = uri.substr(uri.starts_with("cid:") ? 4 : 0);
+    auto found = parts.find(withoutBrackets(id));
+    if (found == parts.end())
+      found = parts.find(unescaped(id));
+    if (found == parts.end())
+      return soap->error = soap->mode & SOAP_ENC_MTOM ? SOAP_MIME_HREF : SOAP_DIME_HREF;
+    const soap_multipart& part = *found->second;
+    if (part.size > largestBlock)
+      return soap->error = SOAP_EOM;
+    *reference->ptr = reinterpret_cast<unsigned char*>(const_cast<char*>(part.ptr));
+    *reference->size = static_cast<int>(part.size);
+    *reference->type = const_cast<char*>(part.type);
+    *reference->options = const_cast<char*>(part.options ? part.options : part.description);
+    soap->xlist = reference->next;
+    SOAP_FREE(soap, reference);
+  }
+  return SOAP_OK;
 }
 
 /// The runtime asks before it reads an attachment, and reserves what the attachment's header claims: so that a false
@@ -98,7 +166,17 @@ void setUpClient(struct soap* soap) {
   // Where the runtime turns for an endpoint without a host; by default the process's standard streams.
   soap->sendfd = -1;
   soap->recvfd = -1;
-  soap->frecv = receive;
+  static const auto runtimesReceive = soap->frecv; // gives up when signals interrupt it eleven times in a row
+  soap->frecv = [](struct soap* context, char* to, std::size_t size) {
+    std::size_t received = 0;
+    do
+      received = runtimesReceive(context, to, std::min(size, longestPiece));
+    while (received == 0 && context->errnum == EINTR);
+    return received;
+  };
+  soap->fpreparerecv = [](struct soap* context, const char*, std::size_t) -> int {
+    return hasTooManyNames(context) ? SOAP_OCCURS : SOAP_OK;
+  };
   soap->fdimewriteopen = checkAttachment;
 }
 
@@ -112,27 +190,44 @@ int peekElement(struct soap* soap) {
   if (soap->peeked || peekPlainTag(soap))
     return soap->error = *soap->tag ? SOAP_OK : SOAP_NO_TAG;
   dropAttributes(soap);
-  if (soap_peek_element(soap) || *soap->href)
-    return soap->error;
+  if (soap->level > 0 && !(soap->mode & SOAP_XML_DOM))
+    skipInstructions(soap);
+  const int error = soap_peek_element(soap);
+  if (hasTooManyNames(soap))
+    return soap->error = SOAP_OCCURS;
+  if (error)
+    return error;
   for (const struct soap_attribute* attribute = soap->attributes; attribute; attribute = attribute->next)
-    if (attribute->visible && attribute->value && std::strcmp(attribute->name, "href") == 0)
+    if (!*soap->href && attribute->visible && attribute->value && std::strcmp(attribute->name, "href") == 0)
       std::snprintf(soap->href, sizeof soap->href, "%s", attribute->value);
+  for (const char* const id : {soap->id, soap->href})
+    if (*id == '#' && isCrowded(soap, id))
+      return soap->error = SOAP_OCCURS;
   return SOAP_OK;
 }
 
-int endElement(struct soap* soap, const char* tag) {
+bool hasTooManyNames(const struct soap* soap) {
+  std::size_t count = 0;
+  for (const struct soap_attribute* name = soap->attributes; name && count <= mostNames; name = name->next)
+    ++count;
+  for (const soap_nlist* name = soap->nlist; name && count <= mostNames; name = name->next)
+    ++count;
+  return count > mostNames;
+}
+
+bool takeEndTag(struct soap* soap) {
   const std::string_view next = unread(soap);
   const bool isTaken = soap->peeked && !*soap->tag && soap->ahead == endTagMark; // "</"
   const bool isNext = !soap->error && !soap->peeked && !soap->ahead && next.starts_with("</");
   const std::size_t start = isTaken ? 0 : 2, size = isTaken || isNext ? nameSize(next.substr(start)) : next.npos;
   if (size == next.npos || soap->mode & (SOAP_XML_STRICT | SOAP_XML_DOM) || soap->feltendin || soap->cdata)
-    return soap_element_end_in(soap, tag);
+    return false;
   skipUnread(soap, start + size + 1);
   soap->peeked = 0;
   soap->ahead = 0;
   soap->error = SOAP_OK;
   --soap->level;
-  return SOAP_OK;
+  return true;
 }
 
 int endReceive(struct soap* soap) {
@@ -140,15 +235,19 @@ int endReceive(struct soap* soap) {
   for (const soap_ilist* const entry : soap->iht)
     ids |= reinterpret_cast<std::uintptr_t>(entry);
   if (ids || soap->mode & (SOAP_ENC_DIME | SOAP_ENC_MIME | SOAP_ENC_ZLIB) || (soap->mode & SOAP_IO) == SOAP_IO_CHUNK ||
-      soap->xlist || soap->fpreparefinalrecv)
-    return soap_end_recv(soap);
+      soap->xlist || soap->fpreparefinalrecv) {
+    soap_xlist* const references = std::exchange(soap->xlist, nullptr);
+    const int error = soap_end_recv(soap);
+    soap->xlist = references;
+    return error ? error : resolveAttachments(soap);
+  }
   soap_pop_namespace(soap);
   soap->part = SOAP_END;
   return SOAP_OK;
 }
 
 void beginMessage(struct soap* soap) {
-  if (soap->pblk || soap->nlist)
+  if (soap->pblk || soap->nlist || soap->xlist)
     return soap_begin(soap);
   soap->error = SOAP_OK;
   if (!soap->keep_alive)

@@ -26,7 +26,7 @@ inline constexpr std::size_t largestBlock = 2147483000;
 // --- The context
 
 /// Sets up a new context for a client: no SIGPIPE, no standard streams, no end of a call by a signal, socket buffers of
-/// the system's size, attachments no longer than their answer.
+/// the system's size, attachments no longer than their answer, an end to what costs too much while it arrives.
 void setUpClient(struct soap* soap);
 
 /// The uses of the pointers that a context keeps for whoever uses the runtime.
@@ -54,8 +54,9 @@ inline bool readsBuffer(const struct soap* soap) { return !soap->ahead && !soap-
 ULONG64 expectedBytes(const struct soap* soap);
 
 /// soap_peek_element: looks at the next start tag without taking it. Faster for a tag without attributes, or an end
-/// tag, that is whole in the buffer; and "href" counts in SOAP 1.2 messages too. SOAP_NO_TAG: there is none before the
-/// parent's end.
+/// tag, that is whole in the buffer; "href" counts in SOAP 1.2 messages too; processing instructions may hold a "?".
+/// SOAP_NO_TAG: there is none before the parent's end. SOAP_OCCURS: too many names, or too many ids that the runtime
+/// keeps in one list, since it searches that for each.
 int peekElement(struct soap* soap);
 /// soap_element_begin_in: takes the start tag `tag` (null: any). Faster for one of any name, found by peekElement().
 inline int takeElement(struct soap* soap, const char* tag, bool isNillable) {
@@ -64,12 +65,16 @@ inline int takeElement(struct soap* soap, const char* tag, bool isNillable) {
   soap->peeked = 0;
   return soap->error = soap->body && ++soap->level > soap->maxlevel ? SOAP_LEVEL : SOAP_OK;
 }
+/// Whether an element has more attributes, with the namespaces in force, than peekElement() reads: for each of these
+/// names the runtime searches all of them.
+bool hasTooManyNames(const struct soap* soap);
 /// Whether peekElement() has found text, and not an end tag, in the place of a start tag.
 inline bool isBeforeText(const struct soap* soap) {
   return soap->peeked && !*soap->tag && soap->ahead && soap->ahead != endTagMark;
 }
-/// soap_element_end_in: takes the end tag of the element that is open. Faster when it is whole in the buffer.
-int endElement(struct soap* soap, const char* tag);
+/// What soap_element_end_in does, faster, for an end tag that comes next and is whole in the buffer. False: it is
+/// something else, and nothing was done.
+bool takeEndTag(struct soap* soap);
 /// soap_match_tag of the element peeked at, for a `name` whose local part, `local`, is known to be that of the element.
 /// Faster for an element without prefix in the default namespace.
 inline bool hasName(struct soap* soap, const char* name, const char* local, bool isPrefixed) {
@@ -82,7 +87,9 @@ inline bool hasName(struct soap* soap, const char* name, const char* local, bool
   }
   return soap_match_tag(soap, soap->tag, name) == SOAP_OK;
 }
-/// soap_end_recv, without two walks through the chains of all ids when the answer is plain and no element had one.
+/// soap_end_recv, without two walks through the chains of all ids when the answer is plain and no element had one. An
+/// attachment of more than largestBlock bytes is an error, and those referred to are found without comparing each with
+/// all references.
 int endReceive(struct soap* soap);
 
 // --- Sending

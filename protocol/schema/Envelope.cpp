@@ -1,6 +1,7 @@
 #include "protocol/schema/Envelope.h"
 
 #include "protocol/binding/Reader.h"
+#include "protocol/binding/Text.h"
 #include "protocol/binding/Writer.h"
 #include "protocol/runtime/RuntimeInternals.h"
 
@@ -44,6 +45,16 @@ int writeReason(struct soap* soap, const Type& type, const void* value) {
   return writeRecord(soap, type, value);
 }
 
+/// Keeps the element peeked at, or text, as literal XML, unless some is kept already.
+int readLiteral(struct soap* soap, SOAP_ENV__Detail& detail) {
+  std::string markup;
+  if (skipElement(soap, detail.__any ? nullptr : &markup))
+    return soap->error;
+  if (!detail.__any)
+    detail.__any = soap_strdup(soap, markup.c_str());
+  return detail.__any ? SOAP_OK : soap->error = SOAP_EOM;
+}
+
 /// The first element of a type of the binding, and the first of any other kind as literal XML. A detail that begins
 /// with text is literal XML from there to its end.
 int readDetail(struct soap* soap, const Type&, void* value) {
@@ -57,18 +68,11 @@ int readDetail(struct soap* soap, const Type&, void* value) {
     if (soap->error == SOAP_TAG_MISMATCH && soap->level == level) {
       soap->error = SOAP_OK;
       detail.__type = detail.fault ? detail.__type : 0;
-      if (detail.__any)
-        skipElement(soap);
-      else
-        soap_inliteral(soap, "-any", &detail.__any);
+      readLiteral(soap, detail);
     }
     return soap->error;
   });
-  if (error || !isBeforeText(soap) || detail.__any)
-    return error;
-  soap->peeked = 0;
-  soap_inliteral(soap, "-any", &detail.__any);
-  return soap->error;
+  return error || !isBeforeText(soap) ? error : readLiteral(soap, detail);
 }
 
 int writeDetail(struct soap* soap, const Type&, const void* value) {

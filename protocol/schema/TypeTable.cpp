@@ -31,7 +31,10 @@ constexpr Type types[] = {
     describe<int>(SOAP_TYPE_xsd__int, "xsd:int", intCodec, ":int:short:byte:"),
     describe<unsigned>(SOAP_TYPE_xsd__unsignedInt, "xsd:unsignedInt", unsignedIntCodec,
                        ":unsignedInt:unsignedShort:unsignedByte:"),
-    describe<float>(SOAP_TYPE_xsd__float, "xsd:float", floatCodec, ":float:"),
+    describe<float>(
+        SOAP_TYPE_xsd__float, "xsd:float", floatCodec,
+        ":float:double:decimal:integer:positiveInteger:negativeInteger:nonPositiveInteger:nonNegativeInteger:"
+        "long:int:short:byte:unsignedLong:unsignedInt:unsignedShort:unsignedByte:"),
     describe<bool>(SOAP_TYPE_xsd__boolean, "xsd:boolean", booleanCodec, ":boolean:"),
     describe<std::time_t>(SOAP_TYPE_xsd__dateTime, "xsd:dateTime", dateTimeCodec, ":dateTime:"),
     describe<std::wstring>(SOAP_TYPE_xsd__string, "xsd:string", wideTextCodec),

@@ -1,11 +1,13 @@
 #include "protocol/soap/Exchange.h"
 
 #include "Deployment.h"
+#include "protocol/binding/Text.h"
 #include "protocol/runtime/Chunks.h"
 #include "protocol/runtime/RuntimeInternals.h"
 #include "protocol/schema/Envelope.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -97,6 +99,13 @@ int faultResult(const char* code) {
   return SOAP_FAULT;
 }
 
+/// Reads the rest of the answer, behind the element in its body.
+int endEnvelope(struct soap* soap) {
+  if (soap->part != SOAP_NO_BODY && endElement(soap, "SOAP-ENV:Body"))
+    return soap->error;
+  return endElement(soap, "SOAP-ENV:Envelope") || endReceive(soap) ? soap->error : SOAP_OK;
+}
+
 /// Called when the response element could not be read. Reads a fault in its place, if that is what failed.
 int receiveFault(struct soap* soap) {
   const int first = soap->error;
@@ -109,9 +118,7 @@ int receiveFault(struct soap* soap) {
     return soap->error = first;
   }
   const int result = faultResult(faultCode(soap));
-  // The fault is complete: what follows it changes nothing any more.
-  if (!soap_body_end_in(soap) && !soap_envelope_end_in(soap))
-    static_cast<void>(soap_end_recv(soap));
+  static_cast<void>(endEnvelope(soap)); // the fault is complete: what follows it changes nothing any more
   return soap->error = result;
 }
 
@@ -119,6 +126,10 @@ int receiveFault(struct soap* soap) {
 /// of an encoding's name, and take what it does not know for UTF-8: here it fails, so that no text is misread.
 int readDeclaration(struct soap* soap) {
   soap_wchar c = soap_getchar(soap);
+  if (c == 0xEF && soap_get0(soap) == 0xBB) { // UTF-8's byte order mark
+    soap_get1(soap);
+    c = soap_get1(soap) == 0xBF ? soap_getchar(soap) : 0;
+  }
   while (isBlank(static_cast<int>(c)))
     c = soap_getchar(soap);
   const soap_wchar next = c == '<' ? soap_get0(soap) : 0;
@@ -134,12 +145,10 @@ int readDeclaration(struct soap* soap) {
       return soap->error = SOAP_EOF;
     declaration.push_back(static_cast<char>(c));
   }
-  constexpr char attribute[] = "encoding=";
-  const std::size_t start = declaration.find(attribute);
+  const std::size_t start = declaration.find("encoding");
   if (start == std::string::npos)
     return SOAP_OK;
-  const std::size_t name = start + sizeof attribute; // behind the quote
-  const std::string encoding = declaration.substr(std::min(name, declaration.size()));
+  const std::string encoding = declaration.substr(declaration.find_first_of("\"'", start) + 1); // behind the quote
   const auto is = [&encoding](std::string_view known) {
     const char after = encoding.size() > known.size() ? encoding[known.size()] : '\0';
     return strncasecmp(encoding.c_str(), known.data(), known.size()) == 0 && (after == '"' || after == '\'');
@@ -160,16 +169,33 @@ int receiveEnvelope(struct soap* soap) {
   return soap->error = error && status >= 400 ? status : error;
 }
 
+constexpr bool isPort(int port) { return port >= 1 && port <= 65535; }
+
+/// Whether `address`, "host" or "host:port", has a host and a port that is none or a number of those. An IPv6 address
+/// is in brackets.
+bool isAddress(std::string_view address) {
+  const std::size_t colon = address.find(':', address.starts_with("[") ? address.find(']') : 0);
+  if (address.empty() || colon == 0)
+    return false;
+  if (colon == address.npos)
+    return true;
+  const char* const end = address.data() + address.size();
+  int port = 0;
+  return std::from_chars(address.data() + colon + 1, end, port).ptr == end && isPort(port);
+}
+
 /// Whether the runtime may be given these settings. With another scheme it waits for ever, or sends the envelope, with
 /// the password, to a socket without HTTP; a control character ends the request's first line, a blank begins another
-/// endpoint; and it takes a port modulo 65536.
+/// endpoint; it takes a port modulo 65536; and it takes what is before any "@" for user and password.
 bool canConnect(const struct soap* soap, const char* endpoint) {
   constexpr char scheme[] = "http://";
   constexpr std::size_t schemeSize = sizeof scheme - 1;
   const auto isForbidden = [](unsigned char c) { return c <= ' ' || c == 0x7f; };
-  return strncasecmp(endpoint, scheme, schemeSize) == 0 && std::strcspn(endpoint + schemeSize, ":/?#") > 0 &&
-         std::none_of(endpoint, endpoint + std::strlen(endpoint), isForbidden) &&
-         (!soap->proxy_host || (soap->proxy_port >= 1 && soap->proxy_port <= 65535));
+  if (strncasecmp(endpoint, scheme, schemeSize) != 0)
+    return false;
+  const std::string_view rest = endpoint + schemeSize, authority = rest.substr(0, rest.find_first_of("/?#"));
+  return isAddress(authority.substr(authority.rfind('@') + 1)) && rest.find('@', authority.size()) == rest.npos &&
+         std::none_of(rest.begin(), rest.end(), isForbidden) && (!soap->proxy_host || isPort(soap->proxy_port));
 }
 
 } // namespace
@@ -188,17 +214,15 @@ int exchange(struct soap* soap, const char* endpoint, const char* action, Operat
   response->soap_default(soap);
   if (soap_begin_recv(soap)) // of an empty answer, the runtime returns the HTTP status
     return soap->error = soap->error / 100 == 2 ? SOAP_EOF : soap->error;
-  if (readDeclaration(soap) || receiveEnvelope(soap))
+  if (readDeclaration(soap) || peekElement(soap) == SOAP_OCCURS || receiveEnvelope(soap))
     return soap->error;
   if (soap->version == 0) // the runtime takes any XML for an answer, too
     return soap->error = SOAP_TAG_MISMATCH;
-  if (soap_recv_header(soap) || soap_body_begin_in(soap))
+  if (soap_recv_header(soap) || peekElement(soap) == SOAP_OCCURS || soap_body_begin_in(soap))
     return soap->error;
   if (!response->soap_get(soap, typeOf(operation.response).name, nullptr))
     return receiveFault(soap);
-  if (soap_body_end_in(soap) || soap_envelope_end_in(soap) || endReceive(soap))
-    return soap->error;
-  return soap->error = SOAP_OK;
+  return endEnvelope(soap) ? soap->error : soap->error = SOAP_OK;
 }
 
 } // namespace tarnwell
