@@ -1,37 +1,36 @@
-// Owner of one object inside a runtime context, for the length of a scope. Used by the client and the service; one
-// thread at a time, as its context.
+// Owner of one object that a call needs, for the length of a scope. Used by the client and the service; one thread at a
+// time, as its context.
 #pragma once
 
 #include "protocol/desktopservice.h"
+#include "protocol/runtime/RuntimeInternals.h"
 
+#include <memory>
 #include <new>
-#include <utility>
 
-/// A new `T` at its defaults. The end of the scope deletes it from the context, but nothing that it points to.
-/// Without a context it holds null. Throws std::bad_alloc.
+/// A new `T` at its defaults, with its context. The end of the scope deletes it, but nothing that it points to. The
+/// context does not know it, since it would look for it behind all objects of an answer. Without a context it holds
+/// null. Throws std::bad_alloc.
 template <class T> class ContextObject {
 public:
-  explicit ContextObject(struct soap* soap) : m_soap(soap), m_object(soap ? make(soap) : nullptr) {}
-  ContextObject(const ContextObject&) = delete;
-  ContextObject& operator=(const ContextObject&) = delete;
-  ~ContextObject() {
+  explicit ContextObject(struct soap* soap) : m_object(soap ? new T : nullptr) {
     if (m_object)
-      soap_delete(m_soap, m_object);
+      m_object->soap = soap;
   }
 
-  T* get() const { return m_object; }
-  T* operator->() const { return m_object; }
+  T* get() const { return m_object.get(); }
+  T* operator->() const { return get(); }
   T& operator*() const { return *m_object; }
-  /// Leaves the object to the context, which keeps it until it dies.
-  T* release() { return std::exchange(m_object, nullptr); }
+  /// Hands the object over to the context, which keeps it until its objects are released. Throws std::bad_alloc.
+  T* release() {
+    T* const object = m_object.release();
+    if (object && !tarnwell::own<destroy>(object->soap, object, T::number, -1))
+      throw std::bad_alloc();
+    return object;
+  }
 
 private:
-  static T* make(struct soap* soap) {
-    if (void* object = tarnwell::instantiate(soap, -1, tarnwell::typeOf(T::number), nullptr))
-      return static_cast<T*>(object);
-    throw std::bad_alloc();
-  }
+  static void destroy(void* object, int, bool) { delete static_cast<T*>(object); }
 
-  struct soap* m_soap;
-  T* m_object;
+  std::unique_ptr<T> m_object;
 };
