@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -13,7 +14,7 @@ namespace localservice {
 namespace {
 
 const char* const inMemory = ":memory:";
-constexpr int busyMilliseconds = std::chrono::milliseconds(longestWait).count();
+constexpr std::chrono::milliseconds pause{10};
 
 // The long columns come last: SQLite reads a row from its start, so that a list reads no page of content.
 constexpr const char* schema = R"(
@@ -34,6 +35,15 @@ constexpr const char* schema = R"(
 )";
 constexpr unsigned long applicationId = 0x54574c53;
 constexpr unsigned long schemaVersion = 1;
+
+/// SQLite's callback for a file that another connection has locked. SQLite's own pauses become as long as 100 ms, so
+/// that of two processes that save all the time, one can wait for very long.
+int waitForOthers(void*, int attempts) {
+  if (attempts * pause >= longestWait)
+    return 0;
+  std::this_thread::sleep_for(pause);
+  return 1;
+}
 
 /// Creates `file` with permissions for its owner alone: SQLite would let everybody read it. SQLite gives a journal the
 /// permissions of its file.
@@ -87,11 +97,11 @@ DatabaseFile::DatabaseFile(std::string name, OpenMode openMode) : file(std::move
 
 SQLite::Database DatabaseFile::connect() const {
   const int flags = mode == OpenMode::Read ? SQLite::OPEN_READONLY : SQLite::OPEN_READWRITE;
-  SQLite::Database database =
-      file == inMemory
-          ? SQLite::Database("file:/tarnwell?vfs=memdb",
-                             SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | SQLite::OPEN_URI, busyMilliseconds)
-          : SQLite::Database(file, flags, busyMilliseconds);
+  SQLite::Database database = file == inMemory
+                                  ? SQLite::Database("file:/tarnwell?vfs=memdb",
+                                                     SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | SQLite::OPEN_URI)
+                                  : SQLite::Database(file, flags);
+  sqlite3_busy_handler(database.getHandle(), waitForOthers, nullptr);
   // With a rollback journal, all data is in the one file between two saves. Removing the journal commits; with EXTRA,
   // the removal is on the disk when a save returns.
   database.exec("PRAGMA synchronous = EXTRA");

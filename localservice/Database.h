@@ -14,7 +14,7 @@ namespace localservice {
 using StoreError = SQLite::Exception;
 
 /// How long a request waits for others that save, at most; once for those of this process, once for other processes.
-inline constexpr std::chrono::seconds longestWait{10};
+inline constexpr std::chrono::seconds longestWait{30};
 
 /// How a file is opened.
 enum class OpenMode {

@@ -82,7 +82,7 @@ int HttpConnection::parseHead() {
     refusal = service.checkHead(*this, soap);
   if (!refusal)
     refusal = readFraming();
-  if (!refusal && !isChunked && !reservation.add(soap->length))
+  if (!refusal && soap->status == SOAP_POST && !isChunked && !reservation.add(soap->length))
     refusal = &refusals::noMemory;
   rate = MinimumRate();
   return soap->error = refusal ? refuse(*refusal) : SOAP_OK;
