@@ -284,10 +284,7 @@ public:
     Reply reply;
     if (!exchange("GetMapContent_NEW_DESKTOP", request, reply, nullptr) || !reply.accessible || !reply.described)
       return 1;
-    map.setMapContent(reply.map.mapContent());
-    map.setMapAuthor(reply.map.mapAuthor());
-    map.setVersion(reply.map.version());
-    map.setIsTWLX(reply.map.isTWLX());
+    bench::setDownloaded(map, reply.map);
     return 0;
   }
 

@@ -1,8 +1,8 @@
 // The peer `handwritten`: what a user without a SOAP library writes for these four operations, with libcurl for HTTP
 // (one handle, so that it may keep the connection), pugixml for the answer, parsed in place, and Qt's base64. It finds
 // elements by their local names and checks little.
+#include "Deployment.h"
 #include "bench/Harness.h"
-#include "protocol/Deployment.h"
 
 #include <QtCore/QFile>
 
@@ -118,10 +118,7 @@ public:
     if (!succeeded(child(result, "DesktopLoginResponseObject")))
       return 1;
     const MapInfo got = toMap(child(result, "DesktopInfo"));
-    map.setMapContent(got.mapContent());
-    map.setMapAuthor(got.mapAuthor());
-    map.setVersion(got.version());
-    map.setIsTWLX(got.isTWLX());
+    bench::setDownloaded(map, got);
     return 0;
   }
 

@@ -23,6 +23,14 @@ public:
   [[nodiscard]] virtual int save(const QString& file, MapInfo& map, const QByteArray& thumbnail) = 0;
 };
 
+/// What get() sets of a downloaded map.
+inline void setDownloaded(MapInfo& map, const MapInfo& downloaded) {
+  map.setMapContent(downloaded.mapContent());
+  map.setMapAuthor(downloaded.mapAuthor());
+  map.setVersion(downloaded.version());
+  map.setIsTWLX(downloaded.isTWLX());
+}
+
 /// A client's main: CLIENT ENDPOINT login|list|get|save REPEAT [FILE]. Prints one line of key=value pairs per
 /// operation: wall time and CPU time (user and system) in nanoseconds; resident memory in KiB before the first
 /// operation, the highest since then, and now; the operation's code; with BENCH_DIGEST set, a digest of every value

@@ -35,7 +35,8 @@ public:
   bool hasReferences = false;
 };
 
-/// Lets the context read for `receiver`; null: all stays in the context. Requires: `receiver` outlives the context's use.
+/// Lets the context read for `receiver`; null: all stays in the context. Requires: `receiver` outlives the context's
+/// use.
 inline void setReceiver(struct soap* soap, Receiver* receiver) { userData(soap, UserData::Receiver) = receiver; }
 inline Receiver* receiverOf(struct soap* soap) { return static_cast<Receiver*>(userData(soap, UserData::Receiver)); }
 
