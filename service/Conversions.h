@@ -30,7 +30,7 @@ std::time_t toSeconds(const QDateTime& date);
 /// 2106-02-07T06:28:15.
 QDateTime fromSeconds(std::time_t seconds);
 
-/// Lets `block`, of a request, point to the bytes: `bytes` has to outlive its use.
+/// Lets `block`, of a request, point to the bytes. Requires: `bytes` outlives the use of `block`.
 void lendBytes(const QByteArray& bytes, xsd__base64Binary& block);
 
 /// The parts of a map that only some requests send. All of them send identifier, texts, published flag and
@@ -49,7 +49,7 @@ enum MapParts : unsigned {
 /// of its blocks, which stay in the context, empty. Afterwards the record is at its defaults again.
 class RequestDescription {
 public:
-  /// `record` outlives this; null (no context) is left alone. `name` takes the place of the name in `info`.
+  /// Requires: `record` outlives this; null (no context) is left alone. `name` takes the place of the name in `info`.
   /// Members that `parts` does not cover keep their defaults, also the format flag. Throws std::bad_alloc.
   RequestDescription(dsns__DesktopInfoClass* record, const MapInfo& info, const QString& name, MapParts parts);
   RequestDescription(const RequestDescription&) = delete;

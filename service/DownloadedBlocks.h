@@ -23,7 +23,7 @@ public:
   /// The bytes of `block`, which is left empty: the array is their only owner. Copies, and leaves `block` as it is,
   /// only what does not lie here: an attachment, or a block that several references may lead to. Throws std::bad_alloc.
   QByteArray take(xsd__base64Binary& block);
-  /// Frees what was not taken. The records that point to it must be gone.
+  /// Frees what was not taken. Requires: the records that point to it are deleted.
   void clear();
 
 private:

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <malloc.h>
 
 namespace {
 
@@ -49,6 +50,21 @@ TEST(Damage, FalseLengthsCostNothing) {
   }
 }
 
+// The light list leaves its answer's thumbnails.
+TEST(Damage, BlocksOfEarlierAnswersAreLetGo) {
+  Host host("http://service.example/");
+  Wire wire(host.context());
+  const std::string thumbnail = element("Thumbnail", std::string(1 << 20, 'Q'));
+  wire.reply = reply(200, replaced(hostOperations()[2].answer(), "<Author>a</Author>", thumbnail)).bytes;
+  std::size_t before = 0;
+  for (int call = 0; call < 8; ++call) {
+    EXPECT_EQ(0, hostOperations()[2].call(host));
+    const auto used = mallinfo2(); // zeros with a sanitizer
+    before = call < 4 ? used.uordblks + used.hblkhd : before;
+    EXPECT_LT(used.uordblks + used.hblkhd, before + (1 << 20)) << "call " << call;
+  }
+}
+
 // A DIME answer whose attachment is as long as its header says, or not.
 TEST(Damage, AttachmentsMayNotClaimMoreThanTheAnswerHas) {
   const auto head = [](const char* hex, std::size_t size, const std::string& typeAndId) {
@@ -61,6 +77,7 @@ TEST(Damage, AttachmentsMayNotClaimMoreThanTheAnswerHas) {
   const std::string first =
       head("0c20000000000027", xml.size(), "http://www.w3.org/2003/05/soap-envelope") + '\0' + xml;
   for (const auto& [size, read] : {std::pair<std::size_t, const char*>(7, "0 no login {MapContent=7:content}"),
+                                   {0x0A000000, "error 32"},
                                    {0xFFFFFFFF, "error 32"},
                                    {0x7FFFFFFF, "error 32"}}) {
     WireClient client;

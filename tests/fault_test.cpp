@@ -9,16 +9,16 @@
 
 namespace {
 
-// How servers write a fault: the envelope's prefix, a declaration, the fault; "%" is the code.
+// How servers write a fault: the envelope's prefix, a declaration, the fault; CODE is its code.
 const char* const spellings = R"(
-SOAP-ENV: | | <SOAP-ENV:Fault><SOAP-ENV:Code><SOAP-ENV:Value>SOAP-ENV:%</SOAP-ENV:Value></SOAP-ENV:Code></SOAP-ENV:Fault>
-soap:     | | <soap:Fault><soap:Code><soap:Value>soap:%</soap:Value></soap:Code><soap:Reason/></soap:Fault>
-env:      | | <env:Fault><env:Reason/><env:Code><env:Value>env:%</env:Value></env:Code></env:Fault>
-          | | <Fault><Code><Value>%</Value></Code><Reason><Text xml:lang="en">no</Text></Reason></Fault>
-a: | xmlns:b="http://www.w3.org/2003/05/soap-envelope" | <b:Fault><a:Code><b:Value> b:% </b:Value></a:Code></b:Fault>
-SOAP-ENV: | | <SOAP-ENV:Fault><faultcode>SOAP-ENV:%</faultcode><faultstring>no</faultstring></SOAP-ENV:Fault>
-soap: | | <soap:Fault><soap:Reason><soap:Text>no</soap:Text><soap:Text>nej</soap:Text></soap:Reason><soap:Code><soap:Value>soap:%</soap:Value></soap:Code></soap:Fault>
-soap:     | | <soap:Fault><detail><x>y</x></detail><faultcode>soap:%</faultcode></soap:Fault>
+SOAP-ENV: | | <SOAP-ENV:Fault><SOAP-ENV:Code><SOAP-ENV:Value>SOAP-ENV:CODE</SOAP-ENV:Value></SOAP-ENV:Code></SOAP-ENV:Fault>
+soap: | | <soap:Fault><soap:Code><soap:Value>soap:CODE</soap:Value></soap:Code><soap:Reason/></soap:Fault>
+env: | | <env:Fault><env:Reason/><env:Code><env:Value>env:CODE</env:Value></env:Code></env:Fault>
+ | | <Fault><Code><Value>CODE</Value></Code><Reason><Text xml:lang="en">no</Text></Reason></Fault>
+a: | xmlns:b="http://www.w3.org/2003/05/soap-envelope" | <b:Fault><a:Code><b:Value> b:CODE </b:Value></a:Code></b:Fault>
+SOAP-ENV: | | <SOAP-ENV:Fault><faultcode>SOAP-ENV:CODE</faultcode><faultstring>no</faultstring></SOAP-ENV:Fault>
+soap: | | <soap:Fault><soap:Reason><soap:Text>no</soap:Text><soap:Text>nej</soap:Text></soap:Reason><soap:Code><soap:Value>soap:CODE</soap:Value></soap:Code></soap:Fault>
+soap: | | <soap:Fault><detail><x>y</x></detail><faultcode>soap:CODE</faultcode></soap:Fault>
 )";
 const std::pair<const char*, int> codes[] = {{"Receiver", 2},  {"Server", 2},         {"Sender", 1},
                                              {"Client", 1},    {"MustUnderstand", 8}, {"VersionMismatch", 39},
@@ -33,7 +33,7 @@ TEST(Fault, CodeDecidesTheResult) {
         const std::string declared = p.empty() ? "xmlns" : "xmlns:" + p.substr(0, p.size() - 1);
         std::string body = "<" + p + "Envelope " + declared + "=\"" + message::envelopeNamespace + "\" " + row[1] +
                            "><" + p + "Body>" + row[2] + "</" + p + "Body></" + p + "Envelope>";
-        body.replace(body.find('%'), 1, code);
+        body = replaced(body, "CODE", code);
         EXPECT_EQ("error " + std::to_string(result), client.login(body, status)) << "HTTP " << status << " " << body;
       }
 }
@@ -63,28 +63,30 @@ TEST(Fault, BodyWithoutTheAnswer) {
 
 // Parts of a fault, and their values in the context: code, subcode, reason, and the literal XML of the detail.
 const char* const faults = R"(
-<R><T xml:lang="en">too much</T></R><C><S><V>d:Quota</V></S><V>soap:Sender</V></C> | SOAP-ENV:Sender dsns:Quota too much -
-<C><V>soap:Sender</V></C><D>full &amp; <b>more</b></D>                             | SOAP-ENV:Sender - - full &amp; <b>more</b>
-<D><b>1</b><c>2</c></D>                                                            | - - - <b>1</b>
-<D><b a="&quot;&amp;é"><![CDATA[/>]]><c/>&gt;</b></D>                              | - - - <b a="&quot;&amp;é"><![CDATA[/>]]><c/>&gt;</b>
-<D><![CDATA[<]]><b/></D>                                                           | - - - &lt;<b/>
-<D><!-- nothing --></D>                                                            | - - - -
+<Reason><Text xml:lang="en">too much</Text></Reason><Code><Subcode><Value>d:Quota</Value></Subcode><Value>soap:Sender</Value></Code> | SOAP-ENV:Sender dsns:Quota too much -
+<Code><Value>soap:Sender</Value></Code><Detail>full &amp; <b>more</b></Detail> | SOAP-ENV:Sender - - full &amp; <b>more</b>
+<Detail><b>1</b><c>2</c></Detail> | - - - <b>1</b>
+<Detail><b a="&quot;&amp;é"><![CDATA[/>]]><c/>&gt;</b></Detail> | - - - <b a="&quot;&amp;é"><![CDATA[/>]]><c/>&gt;</b>
+<Detail><![CDATA[<]]>"<b/></Detail> | - - - &lt;"<b/>
+<Detail>'&amp;<b/></Detail> | - - - '&amp;<b/>
+<Detail><!-- nothing --></Detail> | - - - -
 )";
 TEST(Fault, StaysInTheContext) {
   forEachArrival(faults, [](WireClient& client, const auto& row) {
     std::string parts = row[0];
     for (const std::string name : {"Reason", "Text", "Code", "Subcode", "Value", "Detail"})
-      parts = replaced(replaced(parts, {'<', name[0]}, "<soap:" + name), {'/', name[0]}, "/soap:" + name);
+      parts = replaced(replaced(parts, "<" + name, "<soap:" + name), "</" + name, "</soap:" + name);
     client.login(message::envelope(element("soap:Fault", parts)));
     const auto text = [](const char* part) { return std::string(part ? part : "-") + " "; };
     struct soap* const soap = client.soap;
     EXPECT_EQ(row[1] + " ", text(*soap_faultcode(soap)) + text(*soap_faultsubcode(soap)) +
                                 text(*soap_faultstring(soap)) + text(soap_fault_detail(soap)));
-    EXPECT_EQ(row[0].find("<D>") == std::string::npos, !soap->fault->SOAP_ENV__Detail) << "asking makes none";
+    EXPECT_EQ(row[0].find("<Detail>") == std::string::npos, !soap->fault->SOAP_ENV__Detail) << "asking makes none";
     soap->lang = "en";
     const std::string sent =
         client.written([](auto* s) { return soap_out_SOAP_ENV__Fault(s, "SOAP-ENV:Fault", -1, s->fault, nullptr); });
-    EXPECT_EQ(row[0].find("<R>") == std::string::npos, sent.find("<SOAP-ENV:Reason></") != std::string::npos) << sent;
+    EXPECT_EQ(row[0].find("<Reason>") == std::string::npos, sent.find("<SOAP-ENV:Reason></") != std::string::npos)
+        << sent;
     EXPECT_EQ("login 2", client.login(message::answer("Login", message::loginValue("Success"))));
   });
 }

@@ -161,6 +161,21 @@ TEST(Faults, ImpossibleEndpointsFailWithoutASocket) {
   EXPECT_EQ(0, hostOperations()[0].call(host));
 }
 
+TEST(Faults, AFileThatIsTooLargeIsNotRead) {
+  const QTemporaryDir folder;
+  const QString path = folder.filePath("large");
+  ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));
+  ASSERT_TRUE(QFile::resize(path, static_cast<qint64>(tarnwell::largestBlock) + 1)); // without blocks on the disk
+  Host host("http://127.0.0.1:1/");
+  Faults faults{Faults::System, LONG_MAX};
+  Faults::meets = &faults;
+  const int result = host.saveMap(path, host.info, host.bytes, true);
+  Faults::meets = nullptr;
+  EXPECT_EQ(ResultFailed, result);
+  EXPECT_EQ(1, faults.calls) << "it is opened";
+  EXPECT_EQ(show(known()), show(host.info));
+}
+
 TEST(Faults, CancelledThreadsLeaveAUsableObject) {
 #ifdef __SANITIZE_ADDRESS__
   GTEST_SKIP() << "the sanitizer takes a forced unwinding for a use of memory out of scope";

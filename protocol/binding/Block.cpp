@@ -35,8 +35,8 @@ std::size_t decode(struct soap* soap, OpenBlock& block, std::string_view text) {
   return base64::decodeGroups(text.data(), std::min(text.size(), fitting), block.end());
 }
 
-/// Base64 text up to the element's end tag, or to its first child when there is no text. Blanks are allowed anywhere,
-/// padding at the end only.
+/// Base64 text up to the element's end tag, or to its first child when there is no text. White space is allowed
+/// anywhere, padding at the end only.
 int readBase64(struct soap* soap, OpenBlock& block) {
   char group[4];
   std::size_t count = 0; // characters in it
@@ -56,7 +56,7 @@ int readBase64(struct soap* soap, OpenBlock& block) {
       if (taken > 0 && (taken == next.size() || next[taken] == '<'))
         continue;
     }
-    // One character the slow way: a blank, padding, an odd group at the buffer's edge, the end.
+    // One character the slow way: white space, padding, an odd group at the buffer's edge, the end.
     if (next.starts_with('<'))
       skipInstructions(soap);
     const soap_wchar c = soap_get(soap);

@@ -29,7 +29,8 @@ public:
   bool hasReferences = false;
 };
 
-/// Lets the context read blocks into `memory`, which outlives the use of the context; null: into its own memory.
+/// Lets the context read blocks into `memory`; null: into its own memory. Requires: `memory` outlives the context's
+/// use.
 inline void setBlockMemory(struct soap* soap, BlockMemory* memory) { userData(soap, UserData::BlockMemory) = memory; }
 inline BlockMemory* blockMemory(struct soap* soap) {
   return static_cast<BlockMemory*>(userData(soap, UserData::BlockMemory));

@@ -15,8 +15,8 @@
 namespace tarnwell {
 namespace {
 
-/// Reads a simple value: `parse` gets its text without the blanks around it. An empty one keeps the default, except in
-/// strict mode.
+/// Reads a simple value: `parse` gets its text without the white space around it. An empty one keeps the default,
+/// except in strict mode.
 template <class T, int (*parse)(struct soap*, const Type&, std::string_view, T*)>
 int readSimple(struct soap* soap, const Type& type, void* value) {
   Content content;

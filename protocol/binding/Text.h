@@ -17,7 +17,7 @@ public:
   [[nodiscard]] int read(struct soap* soap);
   /// What was read. May lie in the receive buffer: valid until the next read from the context.
   std::string_view text() const { return m_text; }
-  /// The same without blanks around it.
+  /// The same without white space around it.
   std::string_view trimmed() const;
 
 private:

@@ -55,7 +55,7 @@ struct Type {
 /// The type with this number, by the table of whoever uses the binding; null for a number of no type. Types have the
 /// numbers from 1 on.
 const Type* findType(int number) noexcept;
-/// The type with this number, which must be one of SOAP_TYPE_.
+/// The type with this number. Requires: the number of a type.
 const Type& typeOf(int number) noexcept;
 /// The schema type called `name`, or the message whose element is called `element`, by the prefixes of the message that
 /// is being read; null if there is neither.

@@ -15,7 +15,7 @@
 namespace tarnwell {
 namespace {
 
-/// Whether a start tag's name ends here: at a blank, "/" or ">", all of them below the letters.
+/// Whether a start tag's name ends here: at white space, "/" or ">", all of them below the letters.
 bool endsName(char c) {
   constexpr std::uint64_t ends = ((2ULL << ' ') - 1) | 1ULL << '/' | 1ULL << '>';
   const unsigned code = static_cast<unsigned char>(c);
