@@ -33,6 +33,7 @@ void setUpClient(struct soap* soap);
 enum class UserData {
   BlockMemory, ///< BlockMemory.h
   SpareText,   ///< RuntimeCallbacks.cpp
+  Chunks,      ///< Chunks.h
 };
 inline void*& userData(struct soap* soap, UserData use) { return soap->data[static_cast<std::size_t>(use)]; }
 
