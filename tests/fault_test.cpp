@@ -86,7 +86,8 @@ const char* const faults = R"(
 <Code><Value>soap:Sender</Value></Code><Detail>full &amp; <b>more</b></Detail> | SOAP-ENV:Sender - - full &amp; <b>more</b>
 <Detail><b>1</b><c>2</c></Detail> | - - - <b>1</b>
 <Detail><b a="&quot;&amp;é"><![CDATA[/>]]><c/>&gt;</b></Detail> | - - - <b a="&quot;&amp;é"><![CDATA[/>]]><c/>&gt;</b>
-<Detail><![CDATA[<]]><b/></Detail> | - - - &lt;<b/>
+<Detail><![CDATA[<]]>"<b/></Detail> | - - - &lt;"<b/>
+<Detail>'&amp;<b/></Detail> | - - - '&amp;<b/>
 <Detail><!-- nothing --></Detail> | - - - -
 )";
 TEST(Fault, StaysInTheContext) {

@@ -57,6 +57,8 @@ int readBase64(struct soap* soap, OpenBlock& block) {
         continue;
     }
     // One character the slow way: white space, padding, an odd group at the buffer's edge, the end.
+    if (next.starts_with('<'))
+      skipInstructions(soap);
     const soap_wchar c = soap_get(soap);
     if (static_cast<int>(c) == EOF)
       return soap->error = SOAP_CHK_EOF;

@@ -85,21 +85,6 @@ bool isCrowded(const struct soap* soap, const char* id) {
   return count > mostNames;
 }
 
-/// Skips processing instructions before the next tag: the runtime takes the first "?" in one for its end.
-void skipInstructions(struct soap* soap) {
-  while (!soap->ahead && !soap->cdata) {
-    soap_wchar c = soap_getchar(soap);
-    while (isBlank(static_cast<int>(c)))
-      c = soap_getchar(soap);
-    if (c != '<' || soap_get0(soap) != '?') {
-      soap_unget(soap, c);
-      return;
-    }
-    for (soap_wchar last = 0; (c != '>' || last != '?') && static_cast<int>(c) != EOF; c = soap_get1(soap))
-      last = c;
-  }
-}
-
 /// An identifier in a URI, "%40" for "@" (RFC 2392 section 2).
 std::string unescaped(std::string_view id) {
   std::string text;
@@ -184,6 +169,20 @@ ULONG64 expectedBytes(const struct soap* soap) {
   // What the runtime counts has the HTTP header in it, of one buffer at most.
   const ULONG64 read = soap->count - unread(soap).size(), most = soap->length + SOAP_BUFLEN;
   return soap->length ? most - std::min(most, read) : 0;
+}
+
+void skipInstructions(struct soap* soap) {
+  while (!soap->ahead && !soap->cdata) {
+    soap_wchar c = soap_getchar(soap);
+    while (isBlank(static_cast<int>(c)))
+      c = soap_getchar(soap);
+    if (c != '<' || soap_get0(soap) != '?') {
+      soap_unget(soap, c);
+      return;
+    }
+    for (soap_wchar last = 0; (c != '>' || last != '?') && static_cast<int>(c) != EOF; c = soap_get1(soap))
+      last = c;
+  }
 }
 
 int peekElement(struct soap* soap) {
