@@ -2,7 +2,7 @@
 // whole, and in pieces. The first byte is the size of the pieces; its highest bit says whether the second answer is
 // read without the host's memory for blocks. The answer's text selects the operations. A finding is a difference
 // between the two results, a next call that fails, a crash or a leak.
-//   split_fuzz -max_len=20000 -dict=fuzz/reply.dict CORPUS fuzz/corpus
+// scripts/fuzz runs it with libFuzzer; as a test, runs.cpp makes the inputs.
 #include "protocol/binding/BlockMemory.h"
 #include "tests/HostOperations.h"
 #include "tests/WireClient.h"

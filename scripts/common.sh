@@ -9,6 +9,24 @@ fail() {
   exit 1
 }
 
+# own_address: prints an address of loopback and a port, for a server that cannot choose a free port itself. One of 16
+# million addresses: nobody else listens there, also while several scripts run.
+own_address() { echo "127.$((RANDOM % 254 + 1)).$((RANDOM % 256)).$((RANDOM % 254 + 1)):$((20000 + RANDOM % 10000))"; }
+
+# await WHAT COMMAND...: repeats the command until it succeeds, for about five minutes at most, as on a loaded machine.
+await() {
+  local what=$1
+  shift
+  for _ in {1..3000}; do
+    "$@" >/dev/null 2>&1 && return
+    sleep 0.1
+  done
+  fail "$what has not started"
+}
+
+# answers ADDRESS:PORT: something listens there.
+answers() { (: <"/dev/tcp/${1/://}"); }
+
 # step WHAT COMMAND...: runs the command; when it fails, the script ends with "WHAT failed".
 step() {
   local what=$1

@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Runs a command on a terminal of its own, types, and prints what appears: terminal.py COMMAND [EXPECTED TYPED]...
 
-Types each text when the expected one has appeared after the last typed text. The exit status is the command's, 128 and
-more for a signal; 1 when an expected text does not appear or the terminal is left without echo. Ends by SIGALRM after
-20 seconds.
+Types each text when the expected one has appeared after the last typed text and the command waits. The exit status is the
+command's, 128 and more for a signal; 1 when an expected text does not appear or the terminal is left without echo. Ends by
+SIGALRM after ten minutes, as on a loaded machine.
 """
+import glob
 import os
 import pty
 import signal
@@ -13,7 +14,7 @@ import termios
 import time
 
 command, steps = sys.argv[1], sys.argv[2:]
-signal.alarm(20)
+signal.alarm(600)
 child, terminal = pty.fork()
 if child == 0:
     signal.signal(signal.SIGINT, signal.SIG_DFL)  # a shell lets its background jobs ignore it
@@ -32,6 +33,18 @@ def appeared():
     return text
 
 
+def waits():
+    """Whether no thread of the command and of its children has anything to do."""
+    for file in glob.glob("/proc/[0-9]*/task/*/stat"):
+        try:
+            state, _, _, session = open(file).read().rpartition(")")[2].split()[:4]
+        except OSError:
+            continue  # it has ended
+        if int(session) == child and state in "RD":
+            return False
+    return True
+
+
 for expected, typed in zip(steps[::2], steps[1::2]):
     seen = b""
     while expected.encode() not in seen:
@@ -39,7 +52,8 @@ for expected, typed in zip(steps[::2], steps[1::2]):
         if not text:
             sys.exit("%s did not appear" % expected)
         seen += text
-    time.sleep(0.3)  # as a person: a signal between a prompt and the reading that follows it is lost
+    while not waits():  # a signal between a prompt and the reading that follows it would be lost
+        time.sleep(0.01)
     os.write(terminal, typed.encode())
 while appeared():
     pass

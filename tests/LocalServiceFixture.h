@@ -15,7 +15,7 @@
 #include <QtNetwork/QTcpSocket>
 #include <sys/socket.h>
 
-constexpr int patience = 30000; // milliseconds; nothing here takes more than a fraction
+constexpr int patience = 300000; // milliseconds; nothing takes that long on a loaded machine either
 
 /// Exit status and output of a process.
 struct Ended {

@@ -55,7 +55,7 @@ public:
   }
 
 private:
-  static constexpr int patience = 20000; // milliseconds; nothing here takes more than a fraction
+  static constexpr int patience = 300000; // milliseconds; nothing takes that long on a loaded machine either
 
   /// Reads a request, or at least its first `limit` bytes.
   static std::string receive(QTcpSocket& connection, std::size_t limit) {

@@ -61,6 +61,25 @@ TEST(Fault, BodyWithoutTheAnswer) {
   EXPECT_STREQ("SOAP-ENV:Sender", *soap_faultcode(client.soap)) << "recorded when no fault was read";
 }
 
+// Answers without an envelope, and the first error.
+const char* const noEnvelopes = R"(
+            | error -1
+<           | error -1
+<?xml       | error -1
+<a b        | error -1
+hello       | error 6
+<a/>        | error 3
+<Envelope/> | error 3
+)";
+TEST(Fault, HttpStatusOfSuccessIsNoError) {
+  forEachArrival(noEnvelopes, [](WireClient& client, const auto& row) {
+    for (const Reply& answer : {reply(200, row[0]), reply(202, row[0]), chunks(2, 200, row[0])}) {
+      client.reply = answer.bytes;
+      EXPECT_EQ(row[1], client.login()) << client.reply;
+    }
+  });
+}
+
 // Parts of a fault, and their values in the context: code, subcode, reason, and the literal XML of the detail.
 const char* const faults = R"(
 <R><T xml:lang="en">too much</T></R><C><S><V>d:Quota</V></S><V>soap:Sender</V></C> | SOAP-ENV:Sender dsns:Quota too much -

@@ -3,6 +3,7 @@
 #include "Deployment.h"
 #include "protocol/runtime/RuntimeInternals.h"
 #include "protocol/schema/Envelope.h"
+#include "protocol/soap/Chunks.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -10,12 +11,14 @@
 #include <string>
 #include <string_view>
 #include <strings.h>
+#include <utility>
 
 namespace tarnwell {
 namespace {
 
 /// However an exchange ends, closes the socket and puts back what it changed in the context, whose error stays:
 /// - the mode, which a request with attachments sets;
+/// - the functions that receive, which a chunked answer replaces;
 /// - proxy credentials, which are taken out when they are too long for the runtime's buffer;
 /// - the header of an earlier answer: from then on every request carries an empty one until the context's objects are
 ///   released, but the runtime forgets it with the next answer that has none.
@@ -47,6 +50,7 @@ private:
   const char* m_user;
   const char* m_password;
   SOAP_ENV__Header* m_header;
+  Chunks m_chunks{m_soap};
 };
 
 /// Emits the message; run twice, once to count it and once to send it.
@@ -117,7 +121,10 @@ int readDeclaration(struct soap* soap) {
   soap_wchar c = soap_getchar(soap);
   while (isBlank(static_cast<int>(c)))
     c = soap_getchar(soap);
-  if (c != '<' || soap_get0(soap) != '?') {
+  const soap_wchar next = c == '<' ? soap_get0(soap) : 0;
+  if (static_cast<int>(next) == EOF) // the runtime would read on in what is left in its buffer
+    return soap->error = SOAP_EOF;
+  if (next != '?') {
     soap_unget(soap, c);
     return SOAP_OK;
   }
@@ -142,6 +149,15 @@ int readDeclaration(struct soap* soap) {
   else if (!is("UTF-8") && !is("US-ASCII"))
     return soap->error = SOAP_UTF_ERROR;
   return SOAP_OK;
+}
+
+/// soap_envelope_begin_in, which replaces every error by the HTTP status, also by one of success. Here only the status
+/// of a failure replaces an error.
+int receiveEnvelope(struct soap* soap) {
+  const int status = std::exchange(soap->status, 0);
+  const int error = soap_envelope_begin_in(soap);
+  soap->status = status;
+  return soap->error = error && status >= 400 ? status : error;
 }
 
 /// Whether the runtime may be given these settings. With another scheme it waits for ever, or sends the envelope, with
@@ -170,7 +186,9 @@ int exchange(struct soap* soap, const char* endpoint, const char* action, Operat
   if (!response)
     return soap->error;
   response->soap_default(soap);
-  if (soap_begin_recv(soap) || readDeclaration(soap) || soap_envelope_begin_in(soap))
+  if (soap_begin_recv(soap)) // of an empty answer, the runtime returns the HTTP status
+    return soap->error = soap->error / 100 == 2 ? SOAP_EOF : soap->error;
+  if (readDeclaration(soap) || receiveEnvelope(soap))
     return soap->error;
   if (soap->version == 0) // the runtime takes any XML for an answer, too
     return soap->error = SOAP_TAG_MISMATCH;
