@@ -53,6 +53,8 @@ inline bool readsBuffer(const struct soap* soap) { return !soap->ahead && !soap-
 /// Bytes of the message that may follow unread(), as its Content-Length says; 0: not known.
 ULONG64 expectedBytes(const struct soap* soap);
 
+/// Skips processing instructions, and blanks, before the next tag: the runtime takes the first "?" in one for its end.
+void skipInstructions(struct soap* soap);
 /// soap_peek_element: looks at the next start tag without taking it. Faster for a tag without attributes, or an end
 /// tag, that is whole in the buffer; "href" counts in SOAP 1.2 messages too; processing instructions may hold a "?".
 /// SOAP_NO_TAG: there is none before the parent's end. SOAP_OCCURS: too many names, or too many ids that the runtime
