@@ -186,18 +186,17 @@ void skipInstructions(struct soap* soap) {
 }
 
 int peekElement(struct soap* soap) {
-  const bool again = soap->peeked != 0;
-  if (!again && peekPlainTag(soap))
+  if (soap->peeked)
+    return soap_peek_element(soap);
+  if (peekPlainTag(soap))
     return soap->error;
-  if (!again) {
-    dropAttributes(soap);
-    if (soap->level > 0 && !(soap->mode & SOAP_XML_DOM))
-      skipInstructions(soap);
-  }
+  dropAttributes(soap);
+  if (soap->level > 0 && !(soap->mode & SOAP_XML_DOM))
+    skipInstructions(soap);
   const int error = soap_peek_element(soap);
   if (hasTooManyNames(soap))
     return soap->error = SOAP_OCCURS;
-  if (error || again)
+  if (error)
     return error;
   for (const struct soap_attribute* attribute = soap->attributes; attribute; attribute = attribute->next)
     if (!*soap->href && attribute->visible && attribute->value && std::strcmp(attribute->name, "href") == 0)
