@@ -121,7 +121,7 @@ const char* const unresolved = R"(
 <map><MapName href="#a"/></map> | <map id="a">m</map> | login 2 {MapName='m'} end
 <map id="a" href="#a"/> | | error 25
 <map id="a" href="#b"/><map id="b" href="#a"/> | | error 25
-<map href="#a"/> | <map id="a" href="#b"/><map id="b" href="#a"/> | error 26
+<map href="#a"/> | <map id="a" href="#b"/><map id="b" href="#a"/> | error 25
 <map id="a">SAMPLE</map><map id="a"><MapName>o</MapName></map><map href="#a"/> | | error 24
 <map href=""/><map href="#"/> | | error 25
 )";
