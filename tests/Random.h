@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <iterator>
 
 /// SplitMix64 (Steele, Lea and Flood 2014).
@@ -22,6 +23,7 @@ public:
   /// True once in `times`.
   bool once(std::size_t times) { return below(times) == 0; }
   template <class List> const auto& of(const List& list) { return list[below(std::size(list))]; }
+  template <class Value> Value of(std::initializer_list<Value> list) { return list.begin()[below(list.size())]; }
 
 private:
   std::uint64_t m_state;

@@ -332,9 +332,7 @@ int skipElement(struct soap* soap, std::string* markup) {
   return soap_element_end_in(soap, nullptr);
 }
 
-int endElement(struct soap* soap, const char* tag) {
-  if (takeEndTag(soap))
-    return SOAP_OK;
+int skipToEnd(struct soap* soap, const char* tag) {
   std::string nothing;
   if (!(soap->mode & SOAP_XML_STRICT) && !Collector(soap, nothing, Keep::Nothing).run())
     return soap->error;

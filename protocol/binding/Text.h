@@ -2,7 +2,7 @@
 // "/>" in a text for the end of a tag. And wide text to and from UTF-8.
 #pragma once
 
-#include "protocol/runtime/Runtime.h"
+#include "protocol/runtime/RuntimeInternals.h"
 
 #include <string>
 #include <string_view>
@@ -29,9 +29,13 @@ private:
 /// What is passed is kept in `markup`, unless that is null, as XML with the same meaning.
 /// Returns 0 or the runtime's error code, also set in the context.
 int skipElement(struct soap* soap, std::string* markup = nullptr);
+/// The rest of endElement().
+[[nodiscard]] int skipToEnd(struct soap* soap, const char* tag);
 /// soap_element_end_in: takes the end tag of the element that is open. Skips what nobody has read before it, except in
 /// strict mode, in which that is an error.
-[[nodiscard]] int endElement(struct soap* soap, const char* tag);
+[[nodiscard]] inline int endElement(struct soap* soap, const char* tag) {
+  return takeEndTag(soap) ? SOAP_OK : skipToEnd(soap, tag);
+}
 
 /// Replaces `wide` by the code points of `utf8`. A byte that starts no well-formed sequence is taken as ISO 8859-1, as
 /// the runtime does.

@@ -164,7 +164,7 @@ int readDeclaration(struct soap* soap) {
 /// of a failure replaces an error.
 int receiveEnvelope(struct soap* soap) {
   const int status = std::exchange(soap->status, 0);
-  const int error = soap_envelope_begin_in(soap);
+  const int error = peekElement(soap) ? soap->error : soap_envelope_begin_in(soap);
   soap->status = status;
   return soap->error = error && status >= 400 ? status : error;
 }
@@ -214,7 +214,7 @@ int exchange(struct soap* soap, const char* endpoint, const char* action, Operat
   response->soap_default(soap);
   if (soap_begin_recv(soap)) // of an empty answer, the runtime returns the HTTP status
     return soap->error = soap->error / 100 == 2 ? SOAP_EOF : soap->error;
-  if (readDeclaration(soap) || peekElement(soap) == SOAP_OCCURS || receiveEnvelope(soap))
+  if (readDeclaration(soap) || receiveEnvelope(soap))
     return soap->error;
   if (soap->version == 0) // the runtime takes any XML for an answer, too
     return soap->error = SOAP_TAG_MISMATCH;
