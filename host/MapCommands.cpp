@@ -127,7 +127,7 @@ CommandResult download(CommandRun& run, const QString& activity, MapInfo& info, 
 /// Downloads the maps into `folder`, which is made if its parent exists.
 CommandResult downloadInto(CommandRun& run, const QString& folder, QList<MapInfo>& maps) {
   if (!QFileInfo(folder).isDir() && !QDir().mkdir(folder))
-    fail(LocalError, QString("cannot make the folder %1").arg(quoted(folder)),
+    fail(LocalError, QString("cannot make the folder %1: %2").arg(quoted(folder), qt_error_string()),
          "-o takes a folder that exists or whose parent folder exists");
   QStringList files = chooseFiles(folder, maps);
   const QStringList left = run.isSet("overwrite") ? QStringList() : leaveExisting(run, maps, files);
