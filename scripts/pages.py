@@ -108,7 +108,7 @@ def check(folder):
             if re.match(r"\w+:", path):
                 continue
             path = path or file
-            if not os.path.exists(os.path.join(folder, path)) or anchor and anchor not in seen[path].anchors:
+            if not os.path.exists(os.path.join(folder, path)) or anchor and path in seen and anchor not in seen[path].anchors:
                 broken.add("%s: the link to %s is broken" % (file, link))
     sys.exit("\n".join(sorted(broken)) or (0 if seen else "there are no pages in " + folder))
 
