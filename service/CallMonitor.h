@@ -22,6 +22,8 @@
 //   moment, one of the next calls finds it.
 // - The monitor finds no connection where the kernel has no /proc/PID/task/TID/syscall, in a 32-bit x86 process, and
 //   with a plug-in that waits in poll(). Tarnwell's waits in connect(), send() and recv().
+// - While the process has no free descriptor, the phase is NotConnected and endCall() returns false.
+// - A process that is forked during a Watch sees no connection.
 // - Acknowledged bytes have reached the kernel of the service's or the proxy's machine. The service may have carried
 //   out a save that was ended after its last byte.
 // - ThreadSanitizer reports progress() and endCall(), because they use a descriptor that the calling thread may close
@@ -86,6 +88,7 @@ public:
     explicit Watch(CallMonitor& monitor) : m_monitor(monitor) {
       const std::lock_guard<std::mutex> lock(m_monitor.m_mutex);
       m_monitor.m_thread = syscall(SYS_gettid);
+      m_monitor.m_process = getpid();
       m_monitor.m_descriptor = -1;
       m_monitor.m_progress = CallProgress{CallProgress::NotConnected};
     }
@@ -101,7 +104,7 @@ public:
     CallMonitor& m_monitor;
   };
 
-  /// How far the call is. Makes up to 13 system calls: ask several times a second, not in a loop.
+  /// How far the call is. Makes up to 20 system calls: ask several times a second, not in a loop.
   [[nodiscard]] CallProgress progress() {
     const std::lock_guard<std::mutex> lock(m_mutex);
     inspectCall();
@@ -189,12 +192,15 @@ private:
   /// Finds the socket of the watched call and sets m_progress. The duplicate is empty when no socket is known.
   Duplicate inspectCall() {
     Duplicate socket;
-    if (m_thread == 0)
+    if (m_thread == 0 || m_process != getpid())
       return socket;
     m_progress.phase = CallProgress::NotConnected;
-    ino_t inode = 0;
+    ino_t inode = 0, again = 0;
     const int awaited = awaitedDescriptor();
-    if (awaited >= 0 && isSocket(awaited, inode)) {
+    // Between the two looks the thread may close its socket, and another thread may get the number: only a socket on
+    // which the thread still waits, under the same identity, is the call's.
+    if (awaited >= 0 && isSocket(awaited, inode) && (awaited != m_descriptor || inode != m_inode) &&
+        awaitedDescriptor() == awaited && isSocket(awaited, again) && again == inode) {
       m_descriptor = awaited;
       m_inode = inode;
     }
@@ -244,6 +250,8 @@ private:
   std::mutex m_mutex;
   /// The kernel's number of the calling thread; 0 while no call is watched.
   long m_thread = 0;
+  /// The process of that thread: one that is forked from it has the same sockets, but not the call.
+  pid_t m_process = 0;
   /// The call's socket, as last found: its number in the calling thread, -1 for none, and its identity.
   int m_descriptor = -1;
   ino_t m_inode = 0;

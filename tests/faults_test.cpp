@@ -10,6 +10,7 @@
 #include <csignal>
 #include <future>
 #include <pthread.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -224,6 +225,12 @@ TEST(CallMonitor, EndsTheWatchedCallAlone) {
   const Request either = silent.request();
   while (static_cast<std::size_t>(monitor.progress().acknowledged) != either.head.size() + 4 + either.body.size())
     sched_yield();
+  int status = -1;
+  if (const pid_t forked = fork(); forked == 0)
+    _exit(monitor.endCall() ? 1 : 0);
+  else
+    waitpid(forked, &status, 0);
+  EXPECT_EQ(0, status) << "a forked process ends the call";
   EXPECT_TRUE(monitor.endCall());
   EXPECT_EQ(ResultFailed, watched.get());
   EXPECT_FALSE(monitor.endCall());
