@@ -1,3 +1,6 @@
+// Otherwise the C library's headers define recv() inline.
+#undef _FORTIFY_SOURCE
+
 #include "host/CallTrace.h"
 
 #include <algorithm>

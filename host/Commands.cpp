@@ -79,10 +79,10 @@ const Command* findCommand(const QString& name) {
 int distance(const QString& from, const QString& to) {
   std::vector<int> row(static_cast<size_t>(to.size()) + 1);
   std::iota(row.begin(), row.end(), 0);
-  for (int i = 0; i < from.size(); i++) {
+  for (const QChar unit : from) {
     int diagonal = row[0]++;
     for (size_t j = 0; j < row.size() - 1; j++) {
-      const int replaced = diagonal + (from[i] == to[static_cast<int>(j)] ? 0 : 1);
+      const int replaced = diagonal + (unit == to[static_cast<int>(j)] ? 0 : 1);
       diagonal = row[j + 1];
       row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
     }

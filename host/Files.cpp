@@ -26,9 +26,8 @@ constexpr qint64 mostBytes = 2147483000;
   fail(LocalError, QString("cannot read %1: %2").arg(quoted(file), reason), "check the file");
 }
 
-void check(bool isWritten, const QString& file, const QString& reason) {
-  if (!isWritten)
-    fail(LocalError, QString("cannot write %1: %2").arg(quoted(file), reason));
+[[noreturn]] void failWriting(const QString& file, const QString& reason) {
+  fail(LocalError, QString("cannot write %1: %2").arg(quoted(file), reason));
 }
 
 /// `target` is open without a buffer, so that no error waits for close(), which returns none. `file`: for the message.
@@ -36,7 +35,8 @@ void writeWhole(QFileDevice& target, const QString& file, const QByteArray& byte
   // When the space ends, the first write() writes what there is room for, and only the next one tells why.
   for (int written = 0; written < bytes.size();) {
     const qint64 count = target.write(bytes.constData() + written, bytes.size() - written);
-    check(count > 0, file, target.errorString());
+    if (count <= 0)
+      failWriting(file, target.errorString());
     written += static_cast<int>(count);
   }
 }
@@ -135,8 +135,8 @@ qint64 checkMapFile(const QString& file) {
 QString copyStandardInput(QTemporaryFile& copy) {
   QFile input;
   QFile output;
-  check(copy.open() && output.open(copy.handle(), QIODevice::WriteOnly | QIODevice::Unbuffered), QDir::tempPath(),
-        copy.errorString());
+  if (!copy.open() || !output.open(copy.handle(), QIODevice::WriteOnly | QIODevice::Unbuffered))
+    failWriting(QDir::tempPath(), copy.errorString());
   if (!input.open(STDIN_FILENO, QIODevice::ReadOnly | QIODevice::Unbuffered))
     failReading("-", input.errorString());
   for (QByteArray piece; !(piece = input.read(1 << 20)).isEmpty();)
@@ -152,16 +152,20 @@ QString writeFile(const QString& file, const QByteArray& bytes) {
   if (existing.exists() && !existing.isFile() && !existing.isDir()) {
     std::signal(SIGPIPE, SIG_IGN); // when the reader closes the pipe, the write fails and this program goes on
     QFile pipe(file);
-    check(pipe.open(mode), file, pipe.errorString());
+    if (!pipe.open(mode))
+      failWriting(file, pipe.errorString());
     writeWhole(pipe, file, bytes);
     return {};
   }
   QSaveFile target(file);
-  check(target.open(mode), file, target.errorString());
+  if (!target.open(mode))
+    failWriting(file, target.errorString());
   writeWhole(target, file, bytes);
   const QString lost = keepAttributes(QFile::encodeName(file), target.handle());
-  check(fsync(target.handle()) == 0, file, qt_error_string());
-  check(target.commit(), file, target.errorString());
+  if (fsync(target.handle()) != 0)
+    failWriting(file, qt_error_string());
+  if (!target.commit())
+    failWriting(file, target.errorString());
   return lost;
 }
 

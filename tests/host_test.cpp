@@ -154,7 +154,7 @@ const struct {
     {{"login", "--proxy", "nowhere"}, 2, nullptr},
     {{"save", "@map", "--thumbnail", "@nowhere"}, 3, nullptr},
     {{"login", "--plugin", "@nowhere"}, 3, nullptr},
-    {{"get", "Goals", "-o", "@nowhere/file"}, 3, nullptr},
+    {{"get", "Goals", "-o", "@nowhere/file"}, 3, nullptr, "anna", "secretü", "No such file or directory"},
     {{"login", "--password-command", "echo secretü"}, 0, "ResultOk", "anna", {}},
     {{"login", "--password-command", "sh -c \"printf 'secretü\\r\\nmore'\""}, 0, "ResultOk", "anna", {}},
     {{"login", "--password-command", "echo secretü; true"}, 4, "ResultNotAUser", "anna", {}}, // no shell
