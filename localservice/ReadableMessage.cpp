@@ -72,7 +72,7 @@ void ReadableMessage::addBody(const char* bytes, std::size_t size) {
 void ReadableMessage::addCharacter(char c) {
   const bool isCharacterData = isMarkup && endOf(piece).size() > 1;
   if (c == '<' && !isCharacterData) { // inside a tag it is an error: what follows is read as a tag of its own
-    isMarkup ? endMarkup() : endText();
+    endPiece();
     isMarkup = true;
   }
   if (piece.size() < (isMarkup ? longestMarkup : longestText + 1))
@@ -87,29 +87,40 @@ void ReadableMessage::addCharacter(char c) {
     endMarkup();
 }
 
+void ReadableMessage::endPiece() {
+  if (isMarkup)
+    endMarkup();
+  else
+    endText();
+}
+
 void ReadableMessage::endMarkup() {
   const std::string tag = std::exchange(piece, {});
   const std::size_t size = std::exchange(pieceSize, 0);
   isMarkup = false;
+  const std::string length = " [" + std::to_string(size) + " bytes]";
+  if (tag[1] == '!' && endOf(tag) != "]]>") { // a comment can contain a request, with its password
+    body += masked.empty() ? "<!" + length + ">" : "";
+    return;
+  }
   const bool isEnd = tag.substr(0, 2) == "</";
-  const bool isStart = !isEnd && tag.size() > 1 && tag[1] != '!' && tag[1] != '?';
+  const bool isStart = !isEnd && tag[1] != '!' && tag[1] != '?';
   const bool isEmpty = isStart && last[1] == '/';
   const std::string name(nameOf(tag));
-  if (!masked.empty() && name == masked && (isStart || isEnd)) {
-    if (isEnd && maskedInside == 0)
-      masked.clear();
-    else if (!isEmpty)
-      maskedInside += isEnd ? std::size_t(-1) : 1;
-  }
+  if (!masked.empty() && name == masked && isEnd && maskedInside == 0)
+    masked.clear();
+  else if (!masked.empty() && name == masked && !isEmpty)
+    maskedInside = isEnd ? maskedInside - 1 : maskedInside + 1;
   if (!masked.empty())
     return;
   depth -= isEnd && depth > 0 ? 1 : 0;
   if (!(isEnd && isAfterStartTag) && (isStart || isEnd))
     newLine();
-  body += size > tag.size() ? cut(tag, longestMarkup) + "... [" + std::to_string(size) + " bytes]" : tag;
+  const bool isCut = size > tag.size();
+  body += isCut ? cut(tag, keptText) + "..." + length : tag;
   depth += isStart && !isEmpty ? 1 : 0;
   isAfterStartTag = isStart && !isEmpty;
-  if (!isAfterStartTag || !isSecret(tag))
+  if (!isAfterStartTag || !(isCut || isSecret(tag)))
     return;
   masked = name;
   maskedInside = 0;
@@ -131,7 +142,7 @@ void ReadableMessage::newLine() {
 }
 
 std::string ReadableMessage::text() {
-  isMarkup ? endMarkup() : endText();
+  endPiece();
   if (isOpaque)
     body = "[" + std::to_string(bodySize) + " bytes that are not UTF-8]";
   QString shown = QString::fromUtf8(head.c_str());

@@ -20,6 +20,7 @@ public:
 
 private:
   void addCharacter(char c);
+  void endPiece();
   void endMarkup();
   void endText();
   void newLine();
