@@ -39,27 +39,15 @@ template <class ReadContent>
 bool readTagged(struct soap* soap, const char* start, bool isNillable, const char* tag, ReadContent readContent) {
   if (takeElement(soap, start, isNillable))
     return false;
+  Receiver* const receiver = receiverOf(soap);
+  if (receiver && (*soap->id || *soap->href))
+    receiver->hasReferences = true;
   const bool hasEndTag = soap->body != 0;
   return readContent() && (!hasEndTag || !endElement(soap, tag));
 }
 
-/// The answer has an id or a reference.
-void noteReference(struct soap* soap) {
-  if (Receiver* const receiver = receiverOf(soap))
-    receiver->hasReferences = true;
-}
-
-/// Whether the element refers to another one's id.
-bool isReference(struct soap* soap) {
-  if (*soap->href != '#')
-    return false;
-  noteReference(soap);
-  return true;
-}
-
 /// Registers `value` under its element's id for references to it.
 bool enterId(struct soap* soap, void* value, const Type& type) {
-  noteReference(soap);
   const std::string id = soap->id; // the runtime copies it into the context again
   return soap_id_enter(soap, id.c_str(), value, type.number, type.size, nullptr, nullptr, nullptr, nullptr) != nullptr;
 }
@@ -68,7 +56,7 @@ bool enterId(struct soap* soap, void* value, const Type& type) {
 
 /// Characters, to which `characters` then points; nil leaves it as it is.
 bool readCharacters(struct soap* soap, char** characters, const Type& type) {
-  if (isReference(soap))
+  if (*soap->href == '#')
     return soap_id_lookup(soap, soap->href, reinterpret_cast<void**>(characters), type.number, type.size, 0, nullptr);
   return soap->null || (!type.codec->read(soap, type, characters) && (!*soap->id || enterId(soap, *characters, type)));
 }
@@ -81,7 +69,7 @@ bool readValue(struct soap* soap, void* value, const char* name, const Type& typ
   }
   if (type.codec->characters)
     return readCharacters(soap, static_cast<char**>(value), type);
-  if (isReference(soap)) // of records, which are few, the runtime copies the members when all others are resolved
+  if (*soap->href == '#') // of records, which are few, the runtime copies the members when all others are resolved
     return soap_id_forward(soap, soap->href, value, 0, type.number, type.number, type.size, type.rows ? 0 : 1,
                            type.rows ? resolve : resolveValue, nullptr);
   if (*soap->id && !enterId(soap, value, type))
@@ -92,7 +80,7 @@ bool readValue(struct soap* soap, void* value, const char* name, const Type& typ
 /// A value in a new object, to which `pointer` then points; nil makes it null.
 bool readTarget(struct soap* soap, void** pointer, const char* name, const Type& type) {
   *pointer = nullptr;
-  if (isReference(soap))
+  if (*soap->href == '#')
     return soap_id_lookup(soap, soap->href, pointer, type.number, type.size, 0, nullptr);
   if (soap->null)
     return true;
@@ -103,20 +91,16 @@ bool readTarget(struct soap* soap, void** pointer, const char* name, const Type&
   return true;
 }
 
-/// Offers an entry to the receiver, unless something may refer to it or into it: an attachment is stored there later.
-bool isTaken(struct soap* soap, const Type& type, void* entry) {
-  Receiver* const receiver = receiverOf(soap);
-  return receiver && !receiver->hasReferences && !soap->xlist && receiver->takeEntry(type, entry);
-}
-
-/// One entry of a list; one given by reference takes its place in the list when the reference is resolved.
+/// One entry of a list; one given by reference takes its place in the list when the reference is resolved. The receiver
+/// is offered only what nothing refers to, and where no attachment is stored later.
 bool readEntry(struct soap* soap, const ListAccess& access, void* list, const Type& type) {
   void* entry = nullptr;
-  const ContextMark before(soap);
-  const bool isRead = isReference(soap) ? soap_id_forward(soap, soap->href, list, access.size(list), type.number,
-                                                          type.number, type.size, 1, access.place, nullptr) != nullptr
-                                        : readTarget(soap, &entry, nullptr, type);
-  if (isRead && entry && isTaken(soap, type, entry))
+  const ContextMark before{soap};
+  const bool isRead = *soap->href != '#' ? readTarget(soap, &entry, nullptr, type)
+                                         : soap_id_forward(soap, soap->href, list, access.size(list), type.number,
+                                                           type.number, type.size, 1, access.place, nullptr) != nullptr;
+  Receiver* const receiver = entry ? receiverOf(soap) : nullptr;
+  if (isRead && receiver && !receiver->hasReferences && !soap->xlist && receiver->takeEntry(type, entry))
     before.releaseLater();
   else if (isRead)
     access.append(list, entry);

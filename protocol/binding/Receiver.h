@@ -30,8 +30,8 @@ public:
   /// read into it. May throw.
   virtual bool takeEntry(const Type& /*type*/, void* /*entry*/) { return false; }
 
-  /// The answer has an id or a reference, so that several references may lead to one value: from then on blocks are
-  /// read into the context's own memory, and entries stay there.
+  /// The answer has an id or a reference, also one to an attachment, so that several may lead to one value: from then
+  /// on blocks are read into the context's own memory, and entries stay there.
   bool hasReferences = false;
 };
 

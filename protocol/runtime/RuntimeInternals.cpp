@@ -309,11 +309,11 @@ void releaseAll(struct soap* soap, SOAP_ENV__Header* header) {
 }
 
 void ContextMark::releaseLater() const {
-  while (m_soap->clist != m_object)
-    soap_delete(m_soap, m_soap->clist->ptr);
+  while (soap->clist != object)
+    soap_delete(soap, soap->clist->ptr);
   // soap_malloc notes the next data and the size behind the data.
-  while (m_soap->alist != m_data)
-    soap_dealloc(m_soap, static_cast<char*>(m_soap->alist) - static_cast<std::size_t*>(m_soap->alist)[1]);
+  while (soap->alist != data)
+    soap_dealloc(soap, static_cast<char*>(soap->alist) - static_cast<std::size_t*>(soap->alist)[1]);
 }
 
 } // namespace tarnwell

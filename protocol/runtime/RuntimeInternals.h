@@ -135,16 +135,12 @@ void* own(struct soap* soap, void* object, int type, int count) {
 /// way to `header`.
 void releaseAll(struct soap* soap, SOAP_ENV__Header* header);
 /// The objects and data of a context at one moment.
-class ContextMark {
-public:
-  explicit ContextMark(struct soap* soap) : m_soap(soap), m_object(soap->clist), m_data(soap->alist) {}
+struct ContextMark {
+  struct soap* soap;
+  const soap_clist* object = soap->clist;
+  const void* data = soap->alist;
   /// soap_delete and soap_dealloc of all that the context has got since, the last first, which is found at once.
   void releaseLater() const;
-
-private:
-  struct soap* m_soap;
-  const soap_clist* m_object;
-  const void* m_data;
 };
 
 } // namespace tarnwell
