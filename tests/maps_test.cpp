@@ -199,7 +199,7 @@ TEST(Conversions, OfWhatIsSent) {
       {" a\tb\nc ", QDateTime(QDate(2012, 3, 4), QTime(5, 6, 7, 999), Qt::OffsetFromUTC, -3600), " a\tb\nc ",
        "2012-03-04T06:06:07Z"},
       {"e\u0301\u00E9", utc(1), "e\u0301\u00E9", "1970-01-01T00:00:01Z"},
-      {QString(QChar(0xFEFF)) + "a", QDateTime(QDate(2012, 3, 25), QTime(2, 30)), "\uFEFFa", "2012-03-25T01:30:00Z"}};
+      {QString(QChar(0xFEFF)) + "a", QDateTime(QDate(2012, 3, 25), QTime(2, 30)), "\uFEFFa", "2012-03-25T02:30:00Z"}};
   ServiceUnderTest tested("RenameDesktopMap", "");
   for (const auto& [name, date, sentName, sentDate] : cases) {
     MapInfo info = known();
