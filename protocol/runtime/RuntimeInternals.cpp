@@ -73,7 +73,7 @@ bool peekPlainTag(struct soap* soap) {
 }
 
 /// Most bytes that are received at once: what a piece of many names costs before the next piece is checked.
-constexpr std::size_t longestPiece = 16384;
+constexpr std::size_t longestPiece = 32768;
 /// Most names that the runtime searches for each, and most ids of one hash value.
 constexpr std::size_t mostNames = 256;
 
