@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -73,7 +72,7 @@ bool peekPlainTag(struct soap* soap) {
 }
 
 /// Most bytes that are received at once: what a piece of many names costs before the next piece is checked.
-constexpr std::size_t longestPiece = 16384;
+constexpr std::size_t longestPiece = 32768;
 /// Most names that the runtime searches for each, and most ids of one hash value.
 constexpr std::size_t mostNames = 256;
 
@@ -83,21 +82,6 @@ bool isCrowded(const struct soap* soap, const char* id) {
   for (const soap_ilist* entry = soap->iht[soap_hash(id)]; entry && count <= mostNames; entry = entry->next)
     ++count;
   return count > mostNames;
-}
-
-/// An identifier in a URI, "%40" for "@" (RFC 2392 section 2).
-std::string unescaped(std::string_view id) {
-  std::string text;
-  for (; !id.empty(); id.remove_prefix(1)) {
-    unsigned char code = 0;
-    const std::string_view digits = id.substr(1, 2);
-    const char* const end = digits.data() + digits.size();
-    const bool isEscaped =
-        id.front() == '%' && digits.size() == 2 && std::from_chars(digits.data(), end, code, 16).ptr == end;
-    text.push_back(isEscaped ? static_cast<char>(code) : id.front());
-    id.remove_prefix(isEscaped ? digits.size() : 0);
-  }
-  return text;
 }
 
 /// Gives the elements that name an attachment its bytes.
@@ -113,8 +97,11 @@ int resolveAttachments(struct soap* soap) {
   while (soap_xlist* const reference = soap->xlist) {
     const std::string_view uri = reference->id, id = uri.substr(uri.starts_with("cid:") ? 4 : 0);
     auto found = parts.find(withoutBrackets(id));
-    if (found == parts.end())
-      found = parts.find(unescaped(id));
+    if (found == parts.end()) { // "%40" for "@" (RFC 2392 section 2)
+      char plain[SOAP_TAGLEN];
+      soap_decode_key(plain, sizeof plain, id.data());
+      found = parts.find(plain);
+    }
     if (found == parts.end())
       return soap->error = soap->mode & SOAP_ENC_MTOM ? SOAP_MIME_HREF : SOAP_DIME_HREF;
     const soap_multipart& part = *found->second;
