@@ -28,7 +28,7 @@ struct OpenFile {
   explicit OpenFile(const QString& path) {
     const QByteArray name = QFile::encodeName(path);
     do
-      descriptor = open(name.constData(), O_RDONLY | O_CLOEXEC | O_LARGEFILE);
+      descriptor = open(name.constData(), O_CLOEXEC | O_LARGEFILE);
     while (descriptor < 0 && errno == EINTR);
   }
   OpenFile(const OpenFile&) = delete;
