@@ -56,6 +56,9 @@ protected:
   static void start(QProcess& process, const QStringList& arguments, const QString& preparation = {},
                     const QString& password = "secretü") {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const QString& name : environment.keys())
+      if (name.startsWith("TARNWELL_")) // of the shell that runs the tests
+        environment.remove(name);
     if (!password.isNull())
       environment.insert("TARNWELL_PASSWORD", password);
     environment.insert("TARNWELL_PROXY_PASSWORD", "");
