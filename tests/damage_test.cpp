@@ -148,8 +148,12 @@ TEST(Damage, NamesAndReferencesCostLinearTime) {
 }
 
 TEST(Damage, RecordsShareWhatManyReferencesLeadTo) {
-  const std::string text(400000, 'n'), list = "GetMapsList_NEW_DESKTOP", m = "DesktopInfoClass",
-                                       thumbnail = repeated(5000, element(m, "<Thumbnail href='cid:a'/>"));
+  const std::string text(400000, 'n'),
+      list = "GetMapsList_NEW_DESKTOP", m = "DesktopInfoClass",
+      thumbnail = repeated(
+          5000,
+          element(m,
+                  "<Thumbnail><i:Include xmlns:i='http://www.w3.org/2004/08/xop/include' href='cid:a'/></Thumbnail>"));
   const std::string mime = "--edge\r\nContent-Type: application/xop+xml; type=\"application/soap+xml\"\r\n\r\n" +
                            message::answer(list, message::listing(thumbnail)) + "\r\n--edge\r\nContent-ID: a\r\n\r\n" +
                            text + "\r\n--edge--\r\n";
