@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -23,74 +24,45 @@ std::string contentOf(const std::filesystem::path& file) {
 }
 
 std::vector<std::string> corpusOf(const char* folder) {
-  std::vector<std::filesystem::path> files(std::filesystem::directory_iterator(folder), {});
-  std::sort(files.begin(), files.end());
   std::vector<std::string> contents;
-  for (const std::filesystem::path& file : files)
+  for (const std::filesystem::path& file :
+       std::set<std::filesystem::path>(std::filesystem::directory_iterator(folder), {}))
     contents.push_back(contentOf(file));
   return contents;
 }
 
-/// The words of a dictionary in libFuzzer's form: in quotes, one in a line, with \\, \" and \xNN.
+/// The words of a dictionary in libFuzzer's form: in quotes, one in a line, special characters as \xNN.
 std::vector<std::string> wordsOf(const char* dictionary) {
   std::vector<std::string> words;
   std::istringstream lines(contentOf(dictionary));
   for (std::string line; std::getline(lines, line);) {
-    std::string word;
-    for (std::size_t at = line.find('"') + 1; at > 0 && at < line.size() && line[at] != '"'; ++at) {
-      const bool isEscaped = line[at] == '\\', isHex = isEscaped && line[at + 1] == 'x';
-      word += isHex ? static_cast<char>(std::stoi(line.substr(at + 2, 2), nullptr, 16)) : line[at + isEscaped];
-      at += isHex ? 3 : isEscaped;
-    }
-    words.push_back(word);
+    words.push_back(line.substr(1, line.size() - 2));
+    for (std::size_t at = 0; (at = words.back().find("\\x")) != std::string::npos;)
+      words.back().replace(at, 4, 1, static_cast<char>(std::stoi(words.back().substr(at + 2, 2), nullptr, 16)));
   }
   return words;
 }
 
-/// Position and length of a part of `text`: any bytes, or from one tag or line to another.
+/// Position and length of a part of `text`: any bytes, a number, or from one tag or line to another.
 std::pair<std::size_t, std::size_t> someRange(const std::string& text, Random& random) {
-  std::size_t from = random.below(text.size()), to = from + random.below(64);
-  if (!random.once(3)) {
-    const char* const edges = random.once(4) ? "\n" : "<";
-    from = std::min(text.find_first_of(edges, from), text.size());
-    for (to = from + 1; to < text.size() && !random.once(4);)
-      to = std::min(text.find_first_of(edges, to + 1), text.size());
-  }
-  return {from, std::min(to, text.size()) - std::min(from, text.size())};
+  const char* const edges = random.of({"\n", "<", "<", "0123456789"});
+  const auto next = [&](std::size_t from) { return std::min(text.find_first_of(edges, from), text.size()); };
+  const std::size_t at = random.below(text.size());
+  if (random.once(3))
+    return {at, random.below(random.of({2, 64}))};
+  const std::size_t from = next(at);
+  std::size_t to = next(from + 1);
+  while (to < text.size() && !random.once(4))
+    to = next(to + 1);
+  return {from, to - from};
 }
 
 void mutate(std::string& text, const std::string& other, const std::vector<std::string>& words, Random& random) {
-  static const std::string numbers[] = {"0", "-1", "7", "255", "65536", "2147483648", "99999999999", "FFFFFFFF"};
   const auto [from, size] = someRange(text, random);
   const auto [otherFrom, otherSize] = someRange(other, random);
-  const std::size_t at = random.below(text.size() + 1);
-  switch (random.below(8)) {
-  case 0:
-    text[random.below(text.size())] = static_cast<char>(random.next());
-    break;
-  case 1:
-    text[random.below(text.size())] ^= static_cast<char>(1U << random.below(8));
-    break;
-  case 2:
-    text.insert(at, random.of(words));
-    break;
-  case 3:
-    text.erase(from, size);
-    break;
-  case 4:
-    text.insert(at, text.substr(from, size));
-    break;
-  case 5:
-    text.insert(from, other.substr(otherFrom, otherSize));
-    break;
-  case 6:
-    text.replace(from, size, other, otherFrom, otherSize);
-    break;
-  default: {
-    const std::size_t digit = std::min(text.find_first_of("0123456789", at), text.size());
-    text.replace(digit, std::min(text.find_first_not_of("0123456789", digit), text.size()) - digit, random.of(numbers));
-  }
-  }
+  const std::string insertions[] = {"", std::string(1, static_cast<char>(random.next())), random.of(words),
+                                    text.substr(from, size), other.substr(otherFrom, otherSize)};
+  text.replace(from, random.once(2) ? size : 0, random.of(insertions));
 }
 
 std::string madeOf(const std::vector<std::string>& corpus, const std::vector<std::string>& words, Random random) {

@@ -15,8 +15,8 @@
 
 /// The faults of a thread's calls while `meets` points here.
 struct Faults {
-  /// Waiting: calls that a signal interrupts. Receiving: the thread is cancelled instead.
-  enum Kind { None, Memory, System, Waiting, Receiving } kind = None;
+  /// Waiting: calls that a signal interrupts. Cancelled: the thread, as it sends or receives.
+  enum Kind { None, Memory, System, Waiting, Cancelled } kind = None;
   long position = 0;     ///< of the first call that fails, from 0
   bool andAll = false;   ///< so do all after it
   int error = ENOMEM;    ///< errno after it
@@ -45,6 +45,10 @@ template <auto function> auto behind(const char* name) {
 }
 bool fails(Faults::Kind kind) { return Faults::meets && Faults::meets->fails(kind); }
 bool failsMoving() { return fails(Faults::System) || fails(Faults::Waiting); }
+void cancel() {
+  if (fails(Faults::Cancelled))
+    pthread_cancel(pthread_self());
+}
 std::size_t most(std::size_t size) {
   return Faults::meets && Faults::meets->piece > 0 && Faults::meets->piece < size ? Faults::meets->piece : size;
 }
@@ -91,11 +95,11 @@ int setsockopt(int descriptor, int level, int option, const void* value, socklen
   return fails(Faults::System) ? -1 : behind<setsockopt>("setsockopt")(descriptor, level, option, value, size);
 }
 ssize_t send(int descriptor, const void* bytes, std::size_t size, int flags) {
+  cancel();
   return failsMoving() ? -1 : behind<send>("send")(descriptor, bytes, most(size), flags);
 }
 ssize_t recv(int descriptor, void* bytes, std::size_t size, int flags) {
-  if (fails(Faults::Receiving))
-    pthread_cancel(pthread_self());
+  cancel();
   return failsMoving() ? -1 : behind<recv>("recv")(descriptor, bytes, most(size), flags);
 }
 ssize_t read(int descriptor, void* bytes, std::size_t size) {

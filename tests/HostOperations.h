@@ -7,8 +7,6 @@
 
 #include <QtCore/QTemporaryDir>
 
-#include <map>
-
 inline std::string text(const QString& value) {
   return value.isNull() ? "-" : value.isEmpty() ? "''" : value.toStdString();
 }
@@ -75,18 +73,6 @@ public:
                       text(getSetupVersion()) + "\n" + show(info);
     for (const MapInfo& map : maps)
       all += "\n" + show(map);
-    return all;
-  }
-  /// Types and numbers of the managed objects in the context, in the order of the type table.
-  std::string objects() const {
-    std::map<int, int> counts;
-    for (const soap_clist* entry = context()->clist; entry; entry = entry->next)
-      ++counts[entry->type];
-    std::string all;
-    for (const auto& [type, count] : counts) {
-      const std::string name = tarnwell::findType(type)->name;
-      all += (all.empty() ? "" : " ") + name.substr(name.find(':') + 1) + "=" + std::to_string(count);
-    }
     return all;
   }
 };

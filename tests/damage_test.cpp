@@ -131,7 +131,9 @@ TEST(Damage, MoreNamesOrIdsThanTheBoundFail) {
 }
 
 // In the runtime each of these takes minutes.
-TEST(Damage, ReferencesCostLinearTime) {
+TEST(Damage, NamesAndReferencesCostLinearTime) {
+  EXPECT_EQ("login 2",
+            WireClient().login(message::answer("Login", repeated(100000, "<y a%=''/>") + message::loginValue("2"))));
   const std::string list = message::response("GetMapsList_NEW_DESKTOP", message::listing("")),
                     maps = repeated(9000, "<DesktopInfoClass><Version href='#a%'/></DesktopInfoClass>");
   EXPECT_EQ("login 2 end",
@@ -146,8 +148,12 @@ TEST(Damage, ReferencesCostLinearTime) {
 }
 
 TEST(Damage, RecordsShareWhatManyReferencesLeadTo) {
-  const std::string text(400000, 'n'), list = "GetMapsList_NEW_DESKTOP", m = "DesktopInfoClass",
-                                       thumbnail = repeated(5000, element(m, "<Thumbnail href='cid:a'/>"));
+  const std::string text(400000, 'n'),
+      list = "GetMapsList_NEW_DESKTOP", m = "DesktopInfoClass",
+      thumbnail = repeated(
+          5000,
+          element(m,
+                  "<Thumbnail><i:Include xmlns:i='http://www.w3.org/2004/08/xop/include' href='cid:a'/></Thumbnail>"));
   const std::string mime = "--edge\r\nContent-Type: application/xop+xml; type=\"application/soap+xml\"\r\n\r\n" +
                            message::answer(list, message::listing(thumbnail)) + "\r\n--edge\r\nContent-ID: a\r\n\r\n" +
                            text + "\r\n--edge--\r\n";
@@ -169,6 +175,7 @@ TEST(Damage, RecordsShareWhatManyReferencesLeadTo) {
     EXPECT_EQ(0, host.getDesktopMapsList(true, host.maps));
     EXPECT_LE(5001, host.maps.size());
     EXPECT_EQ(show(host.maps[1]), show(host.maps.last()));
+    EXPECT_LT(400000U, show(host.maps[1]).size());
     EXPECT_LT(memory().second - before, 60);
   }
 }

@@ -18,6 +18,7 @@ env: | | <env:Fault><env:Reason/><env:Code><env:Value>env:CODE</env:Value></env:
 a: | xmlns:b="http://www.w3.org/2003/05/soap-envelope" | <b:Fault><a:Code><b:Value> b:CODE </b:Value></a:Code></b:Fault>
 SOAP-ENV: | | <SOAP-ENV:Fault><faultcode>SOAP-ENV:CODE</faultcode><faultstring>no</faultstring></SOAP-ENV:Fault>
 soap: | | <soap:Fault><soap:Reason><soap:Text>no</soap:Text><soap:Text>nej</soap:Text></soap:Reason><soap:Code><soap:Value>soap:CODE</soap:Value></soap:Code></soap:Fault>
+soap: | | <soap:Fault><soap:Code><soap:Value>soap:CODE</soap:Value></soap:Code><soap:Detail>t]]<![CDATA[]]]]><y a="/>" b='"/>'>a/>b<y/><z>/></z></y><y><![CDATA[</y>/>]]><!-- </y> /> --><?p </y> a?b > />?></y>&lt;<?p a?b > <?></soap:Detail></soap:Fault>
 soap: | | <soap:Fault><detail><x>y</x></detail><faultcode>soap:CODE</faultcode></soap:Fault>
 )";
 const std::pair<const char*, int> codes[] = {{"Receiver", 2},  {"Server", 2},         {"Sender", 1},
@@ -25,8 +26,7 @@ const std::pair<const char*, int> codes[] = {{"Receiver", 2},  {"Server", 2},   
                                              {"receiver", 12}, {"ReceiverX", 12},     {"DataEncodingUnknown", 12}};
 
 TEST(Fault, CodeDecidesTheResult) {
-  WireClient client;
-  for (const auto& row : rows(spellings))
+  forEachArrival(spellings, [](WireClient& client, const auto& row) {
     for (const auto& [code, result] : codes)
       for (const int status : {200, 400, 500}) {
         const std::string& p = row[0];
@@ -36,6 +36,7 @@ TEST(Fault, CodeDecidesTheResult) {
         body = replaced(body, "CODE", code);
         EXPECT_EQ("error " + std::to_string(result), client.login(body, status)) << "HTTP " << status << " " << body;
       }
+  });
 }
 
 // Bodies of another kind, and the result.
@@ -47,7 +48,6 @@ const char* const bodies = R"(
                                                                                                           | error 6
 <!-- nothing -->                                                                                          | error 6
 <LoginResponse><soap:Fault><soap:Code><soap:Value>soap:Receiver</soap:Value></soap:Code></soap:Fault></LoginResponse> | error 3
-<LogoutResponse/>                                                                                         | error 3
 <x:LoginResponse/>                                                                                        | error 3
 <loginResponse/>                                                                                          | error 3
 <d:Fault><d:Code><d:Value>soap:Receiver</d:Value></d:Code></d:Fault>                                      | error 3
@@ -64,9 +64,7 @@ TEST(Fault, BodyWithoutTheAnswer) {
 // Answers without an envelope, and the first error.
 const char* const noEnvelopes = R"(
             | error -1
-<           | error -1
 <?xml       | error -1
-<a b        | error -1
 hello       | error 6
 <a/>        | error 3
 <Envelope/> | error 3

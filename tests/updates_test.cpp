@@ -6,14 +6,12 @@ namespace {
 // Kind of check, result element's content ("-": no answer, "?": none in the answer), result (0: there is an update),
 // address and version afterwards.
 const char* const checks = R"(
-         | -                                                   | 1 | -  | -
          | <Path>p0</Path>                                     | 1 | -  | -
 Extended | <Version>v0</Version><Path xsi:nil="true"/>         | 1 | -  | -
          | <Path/><Version>v1</Version>                        | 1 | '' | v1
 Extended | <Version>v2</Version><Path>p2😀</Path>              | 0 | p2😀 | v2
          | -                                                   | 0 | p2😀 | v2
 Extended | ?                                                   | 0 | p2😀 | v2
-         | <Path>p3</Path>                                     | 0 | p2😀 | v2
          | <Path>p4</Path><Version>v4</Version>                | 0 | p4 | v4
 Extended | <Path>p5</Path><Version/>                           | 1 | p5 | ''
 )";
