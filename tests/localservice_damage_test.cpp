@@ -32,10 +32,9 @@ TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
   const auto withHeader = [&with](const std::string& attribute) {
     return with("<soap:Body>", "<soap:Header><d:a soap:mustUnderstand='" + attribute + "'/></soap:Header><soap:Body>");
   };
-  std::string attributes, elements, fields;
+  std::string attributes, elements;
   for (int i = 0; i < 20000; ++i) {
     attributes += " a" + std::to_string(i) + "=''";
-    fields += "X: y\r\n";
     elements += "<a b" + std::to_string(i) + "=''/>";
   }
   const struct {
@@ -59,7 +58,6 @@ TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
       {"for the last", withHeader("1' soap:role='" + role + "ultimateReceiver"), 500, understood},
       {"nothing", "", 400, sender, false},
       {"noise", std::string("\0\1\377\r\n\r\n", 7), 400, sender, false},
-      {"no HTTP", body, 400, sender, false},
       {"an HTTP reply", "HTTP/1.1 200 OK\r\n\r\n" + body, 400, sender, false},
       {"another method", "PUT " + servicePath + " HTTP/1.1\r\nContent-Length: 3\r\n\r\nabc", 405, sender},
       {"PATCH", "PATCH " + servicePath + " HTTP/1.1\r\nContent-Length: 3\r\n\r\nabc", 405, sender},
@@ -69,7 +67,6 @@ TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
       {"a long body nobody reads", post(std::string(8 << 20, ' '), soapType, "/other"), 404, sender},
       {"a long path", "POST /" + std::string(100000, 'a') + " HTTP/1.1\r\n\r\n", 414, sender},
       {"a long field", post(body, "X: " + std::string(100000, 'a') + "\r\n"), 431, sender},
-      {"many fields", post(body, fields), 431, sender},
       {"compressed", post(body, soapType + "Content-Encoding: gzip\r\n"), 415, sender + " compressed"},
       {"MTOM", post(body, "Content-Type: multipart/related; a=b\r\n"), 415, sender + " the content has to be"},
       {"without a type", post(body, ""), 415, sender},
@@ -88,7 +85,6 @@ TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
       {"many attributes", with("<Login>", "<Login" + attributes + ">"), 400, sender},
       {"many elements' attributes", with("<Login>", "<Login>" + elements), 413, sender},
       {"empty", post(""), 400, sender},
-      {"no XML", post("{\"a\": 1}"), 400, sender},
       {"cut off in the header", post(body).substr(0, 20), 400, sender, false},
       {"cut off in the body", post(body).substr(0, post(body).size() - 1), 400, sender, false},
       {"XML cut off", post(body.substr(0, body.size() - 1)), 400, sender},
@@ -121,9 +117,11 @@ TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
   const std::string get = "GET " + servicePath + "?wsdl HTTP/1.1\r\n", host = "Host: here.example:81\r\n\r\n";
   const std::string own = Connection(port(), get + "\r\n").answer();
   EXPECT_NE(own.find("location=\"" + endpoint.toStdString() + "\""), std::string::npos) << own;
-  const std::string named = Connection(port(), get + host).answer();
-  EXPECT_NE(named.find("location=\"http://here.example:81" + servicePath + "\""), std::string::npos) << named;
-  EXPECT_EQ(Connection(port(), "HEAD" + get.substr(3) + host).answer(), named.substr(0, named.find("<?xml")));
+  const std::string description = Connection(port(), get + host).answer();
+  EXPECT_NE(description.find("location=\"http://here.example:81" + servicePath + "\""), std::string::npos)
+      << description;
+  EXPECT_EQ(Connection(port(), "HEAD" + get.substr(3) + host).answer(),
+            description.substr(0, description.find("<?xml")));
 }
 
 /// Calls `run` with each number below `clients`, all at the same time.
@@ -168,8 +166,11 @@ TEST_F(LocalServiceTest, BoundsTheMemoryOfAllRequests) {
     const std::string whole = saving(std::to_string(client), content);
     EXPECT_EQ(shown(Connection(port(), whole).answer()).substr(0, 15), "Success Success");
   });
+  std::vector<std::string> loads;
+  for (int client = 0; client < clients; ++client)
+    loads.push_back(loading(std::to_string(client)));
   atOnce(clients, [&](int client) {
-    const std::string response = Connection(port(), loading(std::to_string(client))).answer();
+    const std::string response = Connection(port(), loads[static_cast<std::size_t>(client)]).answer();
     EXPECT_NE(response.find('>' + content + '<'), std::string::npos);
   });
 #ifndef __SANITIZE_ADDRESS__
