@@ -184,9 +184,11 @@ TEST_F(LocalServiceTest, ServesSoManyClientsAtOnceAndNoMore) {
     stalled.emplace_back(port(), request("Login").substr(0, i % 2 ? 60 : 0));
   Connection waiting(port(), request("Login"));
   const QString status = QString("/proc/%1/status").arg(process.processId());
-  // A thread for each client, and the one that accepts them.
-  for (const QDeadlineTimer limit(patience); !contentOf(status).contains("Threads:\t257\n") && !limit.hasExpired();)
+  const QDeadlineTimer limit(patience);
+  while (!contentOf(status).contains("Threads:\t257\n")) { // a thread for each client, and the one that accepts them
+    ASSERT_FALSE(limit.hasExpired()) << "one that stalls holds others up";
     QThread::yieldCurrentThread();
+  }
   EXPECT_FALSE(waiting.waitForReadyRead(200)) << "is served beside 256 others";
   stalled.pop_front();
   EXPECT_EQ(shown(waiting.answer()), "Success");
