@@ -113,6 +113,12 @@ inline std::string post(const std::string& body, const std::string& fields = soa
          body;
 }
 
+inline std::string named(const std::string& name) { return element("MapName", name); }
+inline std::string identified(const std::string& id) { return element("MapId", id); }
+inline std::string described(const std::string& map, bool forced = false) {
+  return element("DesktopInfo", map) + (forced ? "<IsForced>true</IsForced>" : "");
+}
+
 class LocalServiceTest : public testing::Test, protected LocalService {
 protected:
   /// A request of an operation. The service reads the first of two elements with one name.
@@ -138,9 +144,17 @@ protected:
   }
 
   /// The identifier that --list-maps shows for the last map of a name.
-  std::string identifier(const char* name) const {
-    const QString all = "-\n" + administer({"--list-maps"}), named = QString("\n(\\S+)\t[^\n]*\t%1\n").arg(name);
+  std::string identifier(const std::string& name) const {
+    const QString all = "-\n" + administer({"--list-maps"}),
+                  named = QString("\n(\\S+)\t[^\n]*\t%1\n").arg(name.c_str());
     const int last = all.lastIndexOf(QRegularExpression(named));
     return last < 0 ? "no such map" : all.mid(last + 1).section('\t', 0, 0).toStdString();
+  }
+
+  /// The element that means the last map of a name.
+  std::string stored(const std::string& name) const { return described(identified(identifier(name))); }
+  std::string loading(const std::string& name) const { return request("GetDesktopMapContent", stored(name)); }
+  static std::string saving(const std::string& name, const std::string& content, const std::string& id = {}) {
+    return request("SaveDesktopMap", described(id + named(name) + element("MapContent", content), true));
   }
 };

@@ -9,12 +9,6 @@
 
 namespace {
 
-std::string named(const std::string& name) { return element("MapName", name); }
-std::string identified(const std::string& id) { return element("MapId", id); }
-std::string described(const std::string& map, bool forced = false) {
-  return element("DesktopInfo", map) + (forced ? "<IsForced>true</IsForced>" : "");
-}
-
 // Operations, elements of the request, answer. Words in capitals: see replacements().
 const char* const dailyUse = R"(
 SaveDesktopMap          | <M>PLAN ONE</M>                           | Success Success KEPT Version=1
@@ -81,10 +75,10 @@ TEST_F(LocalServiceTest, RefusesByAccountAndMap) {
     ASSERT_EQ(call("SaveDesktopMap", described(named(name)) + (name == "Foreign" ? "<username>carl</username>" : ""))
                   .substr(0, 7),
               "Success");
-  ASSERT_EQ(call("DeleteDesktopMap", described(identified(identifier("Removed")))), "Success Success");
+  ASSERT_EQ(call("DeleteDesktopMap", stored("Removed")), "Success Success");
   EXPECT_EQ(administer({"--start-collaboration", QString::fromStdString(identifier("Busy"))}), "");
   for (const auto& row : rows(refusals)) {
-    const std::string map = described(identified(identifier(row[2].c_str())) + named("Mine"), true);
+    const std::string map = described(identified(identifier(row[2])) + named("Mine"), true);
     for (const auto& [name, kind] : operations) {
       const bool isOfUser = kind == "CredentialsRequest" || kind.find("List") == 0;
       const bool isOfAnyMap = isOfUser || (row[2] == "None" && kind.find("Save") == 0);
@@ -103,7 +97,7 @@ TEST_F(LocalServiceTest, RefusesByAccountAndMap) {
   EXPECT_EQ(listed({}), own + "#\tcarl\tstored\t1\tForeign\n");
   EXPECT_EQ(listed({"--remove-account", "carl"}), own) << "an account takes its maps with it";
   EXPECT_EQ(administer({"--end-collaboration", QString::fromStdString(identifier("Busy"))}), "");
-  EXPECT_EQ(call("DeleteDesktopMap", described(identified(identifier("Busy")))), "Success Success");
+  EXPECT_EQ(call("DeleteDesktopMap", stored("Busy")), "Success Success");
 }
 
 TEST_F(LocalServiceTest, HashesWhatHasNotMatchedBefore) {
@@ -145,18 +139,15 @@ TEST_F(LocalServiceTest, WritesTraces) {
   EXPECT_EQ(stop().status, 0);
   start({"--trace", traces.path()});
   const std::string hidden = "<d:pass a='>'><![CDATA[secret </d:pass> secret]]><d:pass>secret</d:pass>secret</d:pass>";
-  const std::string bodies[] = {
-      message::envelope(
-          "<SaveDesktopMap><username>anna</username><pass>secretü</pass><DesktopInfo><MapName>Plan</MapName>"
-          "<MapContent>" +
-          std::string(1 << 20, 'A') + "</MapContent></DesktopInfo></SaveDesktopMap>"),
-      message::envelope("<!-- > <pass>secret --><Login><username>bert</username>" + hidden +
-                        "<pass href='#p'/></Login><a id='p'>secret</a>"),
-      "<pass>secret<a>secret", std::string("\xff\xfe<\0p\0a\0s\0s\0>\0s\0e\0c\0r\0e\0t\0", 26)};
+  const std::string requests[] = {saving("Plan", std::string(1 << 20, 'A')),
+                                  post(message::envelope("<!-- > <pass>secret --><Login><username>bert</username>" +
+                                                         hidden + "<pass href='#p'/></Login><a id='p'>secret</a>")),
+                                  post("<pass>secret<a>secret"),
+                                  post(std::string("\xff\xfe<\0p\0a\0s\0s\0>\0s\0e\0c\0r\0e\0t\0", 26))};
   std::string traced;
-  for (const std::string& body : bodies) {
-    const std::string fields = soapType + "Authorization: Basic c2VjcmV0\r\n";
-    Connection(port(), post(body, fields, "http://anna:secret@a" + servicePath)).answer();
+  for (const std::string& sent : requests) {
+    const std::string withUser = replaced(sent, "POST ", "POST http://anna:secret@a");
+    Connection(port(), replaced(withUser, soapType, soapType + "Authorization: Basic c2VjcmV0\r\n")).answer();
     const QStringList files = traces.entryList(QDir::Files);
     EXPECT_EQ(files.size(), 1001);
     traced += contentOf(traces.filePath(files[files.size() - 2])).toStdString();
@@ -178,7 +169,6 @@ TEST_F(LocalServiceTest, AnnouncesUpdatesAndKeepsReports) {
   EXPECT_EQ(call("CheckDesktopVersion", older), "Path= Version=");
   EXPECT_EQ(administer({"--update-version", "1.10", "--update-url", "http://a.example/?b&c"}), "");
   EXPECT_EQ(call("CheckDesktopVersion", older), newer);
-  EXPECT_EQ(call("CheckDesktopVersionExtended", older), newer);
   EXPECT_EQ(call("CheckDesktopVersion", "<version>1.10</version>"), "Path= Version=");
 
   const std::string texts = "<subject>Crash\n\u202E[31m</subject><message>It broke: ü</message>";
@@ -223,7 +213,6 @@ TEST_F(LocalServiceTest, SaysWhenTheDatabaseFails) {
   ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(QByteArray(8192, 'x')) == 8192);
   file.close();
   EXPECT_EQ(call("Login"), "DbError");
-  EXPECT_EQ(call("GetDesktopMapsList"), "DbError");
   EXPECT_EQ(call("GetDesktopMapContent", described("")), "DbError DbError");
   EXPECT_EQ(call("CheckDesktopVersion").substr(0, 17), "SOAP-ENV:Receiver");
 }
@@ -258,37 +247,30 @@ TEST_F(LocalServiceTest, UnderstandsItsCommandLine) {
   ASSERT_TRUE(QFile::copy(path("db"), newer));
   SQLite::Database(newer.toStdString(), SQLite::OPEN_READWRITE).exec("PRAGMA user_version = 2");
   const struct {
-    const char* what;
-    QStringList arguments;
+    QStringList commands;
     QByteArray expected;
-    QByteArray input = {};
-  } rows[] = {{"all accounts", {"--list-accounts"}, "anna\tpremium\ncarl\tpremium\npoor\tnot premium\n"},
-              {"one less", {"--remove-account", "carl", "--list-accounts"}, "anna\tpremium\npoor\tnot premium\n"},
-              {"no such account", {"--remove-account", "carl"}, "status 1"},
-              {"no password", {"--add-account", "bert"}, "status 1"},
-              {"an empty password", {"--add-account", "bert"}, "status 1", "\n"},
-              {"a line end of Windows", {"--add-account", "bert"}, "status 1", "secret\r\n"},
-              {"two accounts", {"--add-account", "bert", "--add-account", "carl"}, "status 2", "secret\n"},
-              {"premium without account", {"--premium", "--list-accounts"}, "status 2"},
-              {"premium and not", {"--add-account", "bert", "--premium", "--not-premium"}, "status 2", "secret\n"},
-              {"no such map", {"--start-collaboration", "nothing"}, "status 1"},
-              {"a wrong name", {"--db", none, "--list-maps"}, "status 1"},
-              {"another program's file", {"--db", foreign, "--add-account", "bert"}, "status 1", "secret"},
-              {"a newer file", {"--db", newer, "--add-account", "bert"}, "status 1", "secret"},
-              {"in memory", {"--db", ":memory:", "--add-account", "bert", "--list-accounts"}, "bert\tpremium\n", "a"},
-              {"a port that is none", {"--port", "65536"}, "status 2"},
-              {"an address without port", {"--listen", "localhost"}, "status 2"},
-              {"no size", {"--max-request", "0"}, "status 2"},
-              {"no folder for traces", {"--port", "0", "--trace", path("none/traces")}, "status 1"},
-              {"an unknown operation", {"--fail", "Logout=fault"}, "status 2"},
-              {"a result of others", {"--fail", "Login=FileExists"}, "status 2"},
-              {"an unknown option", {"-dash"}, "status 2"},
-              {"an argument", {"anna"}, "status 2"},
-              {"an empty value", {"--add-account", ""}, "status 2"},
-              {"the version", {"--version"}, "tarnwell-localservice 1.0.0\n"}};
+    QByteArray input = "secret";
+  } rows[] = {
+      {{"--list-accounts"}, "anna\tpremium\ncarl\tpremium\npoor\tnot premium\n"},
+      {{"--remove-account carl --list-accounts"}, "anna\tpremium\npoor\tnot premium\n"},
+      {{"--db :memory: --add-account bert --list-accounts"}, "bert\tpremium\n"},
+      {{"--version"}, "tarnwell-localservice 1.0.0\n"},
+      {{"--add-account bert"}, "status 1", ""},
+      {{"--add-account bert"}, "status 1", "\n"},
+      {{"--add-account bert"}, "status 1", "secret\r\n"},
+      {{"--remove-account carl", "--start-collaboration nothing", "--db " + none + " --list-maps",
+        "--db " + foreign + " --add-account bert", "--db " + newer + " --add-account bert",
+        "--port 0 --trace " + path("none/traces")},
+       "status 1"},
+      {{"--add-account bert --add-account carl", "--premium --list-accounts", "--port 65536", "--listen localhost",
+        "--add-account bert --premium --not-premium", "--max-request 0", "--fail Logout=fault",
+        "--fail Login=FileExists", "-dash", "anna", "--add-account="},
+       "status 2"},
+  };
   const QByteArray foreignBefore = contentOf(foreign), newerBefore = contentOf(newer);
   for (const auto& row : rows)
-    EXPECT_EQ(administer(row.arguments, row.input), row.expected) << row.what;
+    for (const QString& command : row.commands)
+      EXPECT_EQ(administer(QProcess::splitCommand(command), row.input), row.expected) << command.toStdString();
   EXPECT_EQ(contentOf(foreign), foreignBefore);
   EXPECT_EQ(contentOf(newer), newerBefore);
   EXPECT_FALSE(QFile::exists(none));
