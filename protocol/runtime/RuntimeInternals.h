@@ -123,9 +123,17 @@ void* own(struct soap* soap, void* object, int type, int count) {
     destroy(entry->ptr, entry->type, entry->size >= 0);
     return SOAP_OK;
   };
+#if GSOAP_VERSION < 208142
   soap_clist* const entry = object ? soap_link(soap, type, count, end) : nullptr;
   if (entry)
     return entry->ptr = object;
+#else // keeps its objects in a table by address
+  soap_clist* const entry = object ? soap_new_link(soap, type, count, end) : nullptr;
+  if (entry) {
+    soap_set_link(soap, entry, object);
+    return object;
+  }
+#endif
   if (object)
     destroy(object, type, count >= 0);
   soap->error = SOAP_EOM;
