@@ -44,8 +44,9 @@ bool peekPlainTag(struct soap* soap) {
   const char* const end = at + next.size();
   while (at < end && isBlank(*at))
     ++at;
-  if (soap->ahead || soap->cdata || soap->feltbegin || soap->mode & SOAP_XML_DOM || end - at < 3 || *at++ != '<')
+  if (soap->ahead || soap->cdata || soap->feltbegin || soap->mode & SOAP_XML_DOM || end - at < 3 || *at != '<')
     return false;
+  ++at;
   const bool endTag = *at == '/';
   const std::string_view rest(at, std::min<std::size_t>(static_cast<std::size_t>(end - at), sizeof soap->tag));
   const std::size_t size = endTag ? 0 : nameSize(rest);
