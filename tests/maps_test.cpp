@@ -214,13 +214,13 @@ TEST(Context, HoldsObjectsUntilTheNextOperation) {
     const ScriptedService server({header, hangUp(0), hangUp(std::string::npos)});
     Host service(server.url());
     EXPECT_EQ(0, operation.call(service));
-    EXPECT_NE(nullptr, service.context()->clist);
+    EXPECT_TRUE(service.holds(Host::Objects));
     service.renameMap(service.info, "other");
-    EXPECT_EQ(nullptr, service.context()->clist);
+    EXPECT_FALSE(service.holds(Host::Objects));
     operation.call(service);
     EXPECT_NE(std::string::npos, server.request().body.find("<SOAP-ENV:Header></SOAP-ENV:Header>")) << "carried over";
     EXPECT_EQ(ResultNoSuchFile, service.saveMap("", service.info, "", true));
-    EXPECT_EQ(nullptr, service.context()->alist);
+    EXPECT_FALSE(service.holds(Host::Data));
   }
 }
 

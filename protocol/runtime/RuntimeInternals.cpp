@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <map>
@@ -296,6 +297,7 @@ void releaseAll(struct soap* soap, SOAP_ENV__Header* header) {
   soap->header = hasHeader ? header : nullptr;
 }
 
+#if GSOAP_VERSION < 208142
 void ContextMark::releaseLater() const {
   while (soap->clist != object)
     soap_delete(soap, soap->clist->ptr);
@@ -303,5 +305,21 @@ void ContextMark::releaseLater() const {
   while (soap->alist != data)
     soap_dealloc(soap, static_cast<char*>(soap->alist) - static_cast<std::size_t*>(soap->alist)[1]);
 }
+#else
+void ContextMark::releaseLater() const {
+  const auto releaseDownTo = [this](int count) {
+    while (soap->cidx > count)
+      if (void* const last = soap->cblk->clist[--soap->cidx].ptr) // null: released before
+        soap_dealloc(soap, last);
+  };
+  while (soap->cblk != block) {
+    releaseDownTo(0);
+    std::free(std::exchange(soap->cblk, soap->cblk->next));
+    soap->cidx = SOAP_PTRBLK;
+  }
+  if (block)
+    releaseDownTo(used);
+}
+#endif
 
 } // namespace tarnwell

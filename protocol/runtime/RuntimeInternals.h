@@ -145,8 +145,13 @@ void releaseAll(struct soap* soap, SOAP_ENV__Header* header);
 /// The objects and data of a context at one moment.
 struct ContextMark {
   struct soap* soap;
+#if GSOAP_VERSION < 208142
   const soap_clist* object = soap->clist;
   const void* data = soap->alist;
+#else // whose entries of objects and data stand in blocks in their order
+  const soap_cblk* block = soap->cblk;
+  int used = soap->cidx;
+#endif
   /// soap_delete and soap_dealloc of all that the context has got since, the last first, which is found at once.
   void releaseLater() const;
 };
