@@ -1,5 +1,11 @@
-find_package(Qt5 5.15 REQUIRED COMPONENTS Core)
-find_package(Qt5 5.15 REQUIRED COMPONENTS Network) # for the console host alone
+# The oldest release of each series that the tests have run with.
+set(TARNWELL_QT5_LEAST 5.15)
+set(TARNWELL_QT6_LEAST 6.4)
+if(NOT TARNWELL_QT MATCHES "^[56]$")
+  message(FATAL_ERROR "TARNWELL_QT is 5 or 6")
+endif()
+find_package(Qt${TARNWELL_QT} ${TARNWELL_QT${TARNWELL_QT}_LEAST} REQUIRED COMPONENTS Core)
+find_package(Qt${TARNWELL_QT} REQUIRED COMPONENTS Network) # for the console host alone
 find_library(UNISTRING_LIBRARY unistring REQUIRED)
 find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)

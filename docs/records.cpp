@@ -21,7 +21,7 @@ QByteArray sent, received;
 
 /// One message with its body indented. Examples replace what differs from run to run.
 QByteArray shown(const QByteArray& message) {
-  const int end = message.indexOf("\r\n\r\n");
+  const auto end = message.indexOf("\r\n\r\n");
   QString head = QString::fromUtf8(message.left(end)), body = QString::fromUtf8(message.mid(end + 4));
   const struct {
     const char *pattern, *example;

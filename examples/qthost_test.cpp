@@ -131,7 +131,7 @@ void useMaps(Desk& desk, const QString& endPoint, const QDir& maps) {
   }
   desk.check(desk.names() == "Garden year, Quarterly plan, Reading list", "three maps");
   desk.select("Garden year");
-  const QImage preview = desk.list.currentItem()->icon().pixmap(desk.window.windowHandle(), {160, 100}).toImage();
+  const QImage preview = desk.list.currentItem()->icon().pixmap(QSize(160, 100)).toImage();
   const auto rgb = QImage::Format_RGB32;
   desk.check(preview.convertToFormat(rgb) == QImage(maps.filePath("Garden year.png")).convertToFormat(rgb), "preview");
 
@@ -242,7 +242,9 @@ int quit() {
 
 int main(int argc, char** argv) try {
   std::at_quick_exit([] { std::_Exit(quickExit); });
+#if QT_VERSION_MAJOR < 6 // later it is always so
   QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+#endif
   const QApplication application(argc, argv);
   if (QApplication::arguments().value(1) == "quit")
     return quit();

@@ -32,7 +32,7 @@ void noteResponse(const void* bytes, ssize_t count) {
   QByteArray& response = current->response;
   if (count > 0)
     response.append(static_cast<const char*>(bytes),
-                    std::min(static_cast<int>(count), mostOfResponse - response.size()));
+                    static_cast<int>(std::min<qint64>(count, mostOfResponse - response.size())));
 }
 
 /// Notes a response that the peer has sent before it closed the connection: the plug-in reads nothing after a request

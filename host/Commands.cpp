@@ -242,7 +242,7 @@ CommandResult carryOut(const QStringList& commandLine, OutputStyle& style) {
     return {ResultOk, {}, {}, QString("tarnwell %1\n").arg(TARNWELL_VERSION), {}, {{"version", TARNWELL_VERSION}}};
   if (found == nullptr)
     failCommand(style.command);
-  const QString wrong = wrongCount(*found, parser.positionalArguments().size() - 1);
+  const QString wrong = wrongCount(*found, static_cast<int>(parser.positionalArguments().size()) - 1);
   if (!wrong.isEmpty())
     fail(UsageError, wrong, advice);
   CommandRun run(parser, style);

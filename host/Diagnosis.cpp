@@ -32,7 +32,7 @@ Content contentOf(const QByteArray& response) {
   while (!reader.atEnd()) {
     if (reader.readNext() != QXmlStreamReader::StartElement)
       continue;
-    const QStringRef name = reader.name();
+    const auto name = reader.name();
     if (name == QLatin1String("Fault")) {
       content.isFault = true;
     } else if (content.isFault && (name == QLatin1String("Text") || name == QLatin1String("faultstring"))) {

@@ -28,8 +28,8 @@ QString imageType(const QByteArray& image) {
 QString escaped(const QString& text) { return printable(text).toHtmlEscaped(); }
 
 QString previewOf(const MapInfo& map) {
-  const QVector<uint> letters = printable(map.mapName()).trimmed().toUpper().toUcs4();
-  const QString initial = letters.isEmpty() ? QString("?") : QString::fromUcs4(letters.constData(), 1);
+  const std::u32string letters = printable(map.mapName()).trimmed().toUpper().toStdU32String();
+  const QString initial = letters.empty() ? QString("?") : QString::fromUcs4(letters.data(), 1);
   const QString letter =
       QString("<span class=\"none h%1\">%2</span>").arg(QString::number(map.mapID().data1 % 6), escaped(initial));
   const QByteArray image = map.mapThumbnail();

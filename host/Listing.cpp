@@ -46,7 +46,7 @@ void measure(Column& column) {
 /// Makes columns narrower, and leaves out columns when that is not enough.
 void fit(QList<Column>& columns, int width) {
   std::for_each(columns.begin(), columns.end(), measure);
-  for (int i = columns.size() - 1; i >= 0; i--) { // names last
+  for (auto i = columns.size() - 1; i >= 0; i--) { // names last
     Column& column = columns[i];
     const int surplus = totalWidth(columns) - width;
     if (column.least > 0 && surplus > 0)

@@ -101,7 +101,7 @@ QStringList chooseFiles(const QString& folder, const QList<MapInfo>& maps) {
 /// Removes from `maps` and `files` those whose file exists, and says so. Returns the files.
 QStringList leaveExisting(const CommandRun& run, QList<MapInfo>& maps, QStringList& files) {
   QStringList left;
-  for (int i = files.size() - 1; i >= 0; i--) {
+  for (auto i = files.size() - 1; i >= 0; i--) {
     if (!QFileInfo::exists(files[i]) && !QFileInfo(files[i]).isSymLink())
       continue;
     run.note(QString("left %1 as it is").arg(quoted(files[i])));
@@ -132,7 +132,8 @@ CommandResult downloadInto(CommandRun& run, const QString& folder, QList<MapInfo
   QStringList files = chooseFiles(folder, maps);
   const QStringList left = run.isSet("overwrite") ? QStringList() : leaveExisting(run, maps, files);
   const auto downloadOne = [&](MapInfo& info, int number) {
-    return download(run, progressText("downloading the map", number, maps.size()), info, files[number - 1]);
+    return download(run, progressText("downloading the map", number, static_cast<int>(maps.size())), info,
+                    files[number - 1]);
   };
   if (left.isEmpty() && maps.size() == 1)
     return forOneMap(maps.first(), downloadOne);
@@ -205,8 +206,9 @@ CommandResult renameMap(CommandRun& run) {
 CommandResult deleteMaps(CommandRun& run) {
   QList<MapInfo> maps = fetchMaps(run, run.arguments());
   const auto deleteOne = [&](MapInfo& info, int number) {
-    run.perform({progressText("deleting the map", number, maps.size()), "cannot delete " + mapTitle(info)},
-                [&info](ITarnwellService& service) { return service.deleteMap(info); });
+    run.perform(
+        {progressText("deleting the map", number, static_cast<int>(maps.size())), "cannot delete " + mapTitle(info)},
+        [&info](ITarnwellService& service) { return service.deleteMap(info); });
     CommandResult one;
     one.message = "deleted " + mapTitle(info);
     one.data = mapToJson(info, false);

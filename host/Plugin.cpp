@@ -37,7 +37,9 @@ std::unique_ptr<ITarnwellService> loadPlugin(const QString& file) {
     fail(LocalError, printable(library.errorString()), "name the plug-in's file with --plugin");
   const auto factory = reinterpret_cast<ServiceFactory>(library.resolve(serviceFactoryName));
   if (factory == nullptr) {
-    fail(LocalError, QString("%1 has no function %2").arg(quoted(path), serviceFactoryName),
+    fail(LocalError,
+         QString("%1 is no plug-in for Qt %2: it has no function %3")
+             .arg(quoted(path), QString::number(QT_VERSION_MAJOR), serviceFactoryName),
          "name another file with --plugin");
   }
   return std::unique_ptr<ITarnwellService>(factory());

@@ -128,7 +128,7 @@ CommandResult saveMap(CommandRun& run) {
       failed.message += "; " + whatIsStored(run, listed, upload);
     throw;
   }
-  const int saved = info.mapContent().size();
+  const auto saved = static_cast<int>(info.mapContent().size());
   if (saved != upload.size) {
     fail(LocalError,
          QString("%1 changed while it was saved: it had %2 bytes, and %3 are stored")

@@ -40,9 +40,9 @@ QString shortened(const QString& text, int columns) {
   if (displayWidth(text) <= columns)
     return text;
   QTextBoundaryFinder characters(QTextBoundaryFinder::Grapheme, text);
-  int kept = 0;
-  // One column is for the ellipsis.
-  for (int room = columns - 1, end = characters.toNextBoundary(); end > 0; end = characters.toNextBoundary()) {
+  decltype(text.size()) kept = 0;
+  int room = columns - 1; // one is for the ellipsis
+  for (auto end = characters.toNextBoundary(); end > 0; end = characters.toNextBoundary()) {
     room -= displayWidth(text.mid(kept, end - kept));
     if (room < 0)
       break;

@@ -33,22 +33,22 @@ public:
     struct sigaction action = {};
     action.sa_handler = [](int number) { caughtSignal = number; };
     action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
-    for (size_t i = 0; i < std::size(signals); i++) {
-      sigaction(signals[i], nullptr, &m_before[i]);
+    for (size_t i = 0; i < std::size(caught); i++) {
+      sigaction(caught[i], nullptr, &m_before[i]);
       if (m_before[i].sa_handler != SIG_IGN) // a signal that the parent process ignores stays ignored
-        sigaction(signals[i], &action, nullptr);
+        sigaction(caught[i], &action, nullptr);
     }
   }
   ~SignalCatcher() {
-    for (size_t i = 0; i < std::size(signals); i++)
-      sigaction(signals[i], &m_before[i], nullptr);
+    for (size_t i = 0; i < std::size(caught); i++)
+      sigaction(caught[i], &m_before[i], nullptr);
   }
   SignalCatcher(const SignalCatcher&) = delete;
   SignalCatcher& operator=(const SignalCatcher&) = delete;
 
 private:
-  static constexpr int signals[] = {SIGINT, SIGTERM};
-  struct sigaction m_before[std::size(signals)] = {};
+  static constexpr int caught[] = {SIGINT, SIGTERM};
+  struct sigaction m_before[std::size(caught)] = {};
 };
 
 /// The progress line on the terminal.

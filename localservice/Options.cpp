@@ -84,7 +84,7 @@ void checkNumber(const QString& name, const QString& text, int least, int most) 
 
 /// Sets host and port to those of `text`: "HOST:PORT", an IPv6 address in brackets.
 void setAddress(Options& options, const QString& text) {
-  const int colon = text.lastIndexOf(':');
+  const auto colon = text.lastIndexOf(':');
   if (colon < 1)
     refuse("--listen takes HOST:PORT");
   QString host = text.left(colon);
@@ -101,7 +101,7 @@ void checkValues(const QCommandLineParser& parser) {
     const QString name = option.names().constLast();
     if (!option.valueName().isEmpty() && parser.values(option).contains(QString()))
       refuse(QString("--%1 needs a value").arg(name));
-    if (name != "fail" && parser.values(option).size() > std::max(1, option.defaultValues().size()))
+    if (name != "fail" && parser.values(option).size() > std::max<qsizetype>(1, option.defaultValues().size()))
       refuse(QString("--%1 can be given once").arg(name));
   }
 }

@@ -2,9 +2,9 @@
 // command line is wrong.
 #include "localservice/Administration.h"
 #include "localservice/Server.h"
+#include "terminal/Utf8.h"
 
 #include <QtCore/QCoreApplication>
-#include <QtCore/QTextCodec>
 #include <csignal>
 #include <cstdlib>
 #include <exception>
@@ -67,8 +67,7 @@ void run(const Options& options) {
 } // namespace
 
 int main(int argc, char** argv) {
-  // Arguments and file names are UTF-8 in every locale: with LANG=C, Qt 5 would keep only ASCII characters.
-  QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+  terminal::useUtf8();
   const QCoreApplication application(argc, argv);
   try {
     run(Options(QCoreApplication::arguments()));

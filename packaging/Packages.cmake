@@ -1,5 +1,6 @@
 # Makes Debian packages with `cpack --config build/release/CPackConfig.cmake -B build/packages`, and the archive of the
-# sources with CPackSourceConfig.cmake.
+# sources with CPackSourceConfig.cmake. From a build for the other Qt, the plug-in's package alone joins them:
+# -D CPACK_COMPONENTS_ALL=plugin.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT ${contact})
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -23,9 +24,12 @@ macro(debian_package component package section description)
   install_zipped(${CMAKE_CURRENT_BINARY_DIR}/changelog ${doc}/${package} ${component})
 endmacro()
 
-debian_package(tarnwell tarnwell net "Map service plug-in for a mind-mapping application, with a console host
+debian_package(plugin tarnwell-qt${TARNWELL_QT} net "Map service plug-in for a mind-mapping application with Qt ${TARNWELL_QT}
 The plug-in gives the application access to the maps that a user keeps on the
-service; the console host does the same from a terminal.")
+service.")
+debian_package(tarnwell tarnwell net "Console host of the Tarnwell map service plug-in
+Lists, downloads, uploads, renames and deletes the maps that a user keeps on
+the service, from a terminal.")
 debian_package(localservice tarnwell-localservice net "Map service on one machine, for development and tests
 Stores maps and accounts in one SQLite file and answers hosts of the Tarnwell
 plug-in as the service in the cloud does. Runs by hand or as a user unit of
@@ -36,7 +40,9 @@ tarnwell-localservice has a service to try the host with.")
 debian_package(doc tarnwell-doc doc "Documentation of the Tarnwell plug-in and its tools
 How a host uses the plug-in, what travels on the wire, how the code is built,
 and how to change it.")
-set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "tarnwell (= ${PROJECT_VERSION}), qtbase5-dev (>= 5.15)")
+set(CPACK_DEBIAN_TARNWELL_PACKAGE_DEPENDS "tarnwell-qt${TARNWELL_QT} (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "tarnwell-qt5 (= ${PROJECT_VERSION}) | tarnwell-qt6 (= ${PROJECT_VERSION}), \
+qtbase5-dev (>= ${TARNWELL_QT5_LEAST}) | qt6-base-dev (>= ${TARNWELL_QT6_LEAST})")
 set(CPACK_DEBIAN_DEV_PACKAGE_SUGGESTS "tarnwell-doc, tarnwell-localservice")
 set(CPACK_DEBIAN_DOC_PACKAGE_ARCHITECTURE all)
 

@@ -1,5 +1,7 @@
 #include "service/Conversions.h"
 
+#include "protocol/runtime/RuntimeInternals.h"
+
 #include <algorithm>
 #include <limits>
 #include <new>
@@ -12,7 +14,19 @@ static_assert(sizeof(wchar_t) == 4, "the protocol's texts hold one code point pe
 /// UTF-16 units that a QString holds: half of an int's range of bytes, with room for its header.
 constexpr std::size_t longestText = 1073741000;
 
+/// Arrays of Qt 6 hold more bytes than a block: throws std::bad_alloc for these.
+void refuseOversize(const QByteArray& bytes) {
+  if (static_cast<std::size_t>(bytes.size()) > largestBlock)
+    throw std::bad_alloc();
+}
+
 } // namespace
+
+std::wstring toWide(const QString& text) {
+  if (static_cast<std::size_t>(text.size()) > longestText) // as Qt 6 can hold
+    throw std::bad_alloc();
+  return text.toStdWString();
+}
 
 QString fromWide(std::wstring_view text) {
   if (text.size() > longestText)
@@ -46,8 +60,9 @@ QDateTime fromSeconds(std::time_t seconds) {
 }
 
 void lendBytes(const QByteArray& bytes, xsd__base64Binary& block) {
+  refuseOversize(bytes);
   block.__ptr = reinterpret_cast<unsigned char*>(const_cast<char*>(bytes.constData())); // requests are only read
-  block.__size = bytes.size();
+  block.__size = static_cast<int>(bytes.size());
 }
 
 RequestDescription::RequestDescription(dsns__DesktopInfoClass* record, const MapInfo& info, const QString& name,
@@ -58,10 +73,14 @@ RequestDescription::RequestDescription(dsns__DesktopInfoClass* record, const Map
   if (!record)
     return;
   // What may throw comes first: a record that is not reset must not point here.
-  if (parts & WithContent)
+  if (parts & WithContent) {
+    refuseOversize(m_content);
     record->MapContent = ContextObject<xsd__base64Binary>(record->soap).release();
-  if (parts & WithThumbnail)
+  }
+  if (parts & WithThumbnail) {
+    refuseOversize(m_thumbnail);
     record->Thumbnail = ContextObject<xsd__base64Binary>(record->soap).release();
+  }
   if (record->MapContent)
     lendBytes(m_content, *record->MapContent);
   if (record->Thumbnail)

@@ -11,9 +11,10 @@
 
 namespace tarnwell {
 
-/// One unit per code point, an unpaired surrogate as U+FFFD; null as empty text.
-inline std::wstring toWide(const QString& text) { return text.toStdWString(); }
-/// As QString::fromStdWString. Throws std::bad_alloc, also for more text than a QString holds.
+/// One unit per code point, an unpaired surrogate as U+FFFD; null as empty text. Throws std::bad_alloc, also for more
+/// text than a QString of Qt 5 holds.
+std::wstring toWide(const QString& text);
+/// As QString::fromStdWString. Throws std::bad_alloc, also for more text than a QString of Qt 5 holds.
 QString fromWide(std::wstring_view text);
 /// Absent (null) as null.
 inline QString fromWide(const std::wstring* text) { return text ? fromWide(std::wstring_view(*text)) : QString(); }
@@ -30,7 +31,8 @@ std::time_t toSeconds(const QDateTime& date);
 /// 2106-02-07T06:28:15.
 QDateTime fromSeconds(std::time_t seconds);
 
-/// Lets `block`, of a request, point to the bytes. Requires: `bytes` outlives the use of `block`.
+/// Lets `block`, of a request, point to the bytes. Requires: `bytes` outlives the use of `block`. Throws std::bad_alloc
+/// for more than a block holds.
 void lendBytes(const QByteArray& bytes, xsd__base64Binary& block);
 
 /// The parts of a map that only some requests send. All of them send identifier, texts, published flag and

@@ -25,9 +25,13 @@ public:
 
   /// Whether both records mean the same map: compares the identifier, by which the service finds a map, and nothing
   /// else, so two records that were never filled are equal. Not const, because hosts were built against it.
+#if QT_VERSION_MAJOR < 6
   bool operator==(const MapInfo& other) { return m_mapID == other.m_mapID; }
   /// The same: without it, C++20 warns that the comparison of two records that are not const is ambiguous.
   bool operator==(MapInfo& other) { return m_mapID == other.m_mapID; }
+#else // whose lists compare records that are const
+  bool operator==(const MapInfo& other) const { return m_mapID == other.m_mapID; }
+#endif
 
   ///@{
   /// Display name.

@@ -2,13 +2,14 @@
 #pragma once
 
 #include <QtCore/QString>
-#include <QtCore/QVector>
+
+#include <string>
 
 namespace terminal {
 
 /// Whether a terminal may act on this code point instead of showing it: a control character, a line or paragraph
 /// separator, an unpaired surrogate, or a bidirectional override or isolate, with which a name rearranges its line.
-inline bool isUnsafe(uint codePoint) {
+inline bool isUnsafe(char32_t codePoint) {
   switch (QChar::category(codePoint)) {
   case QChar::Other_Control:
   case QChar::Other_Surrogate:
@@ -22,12 +23,12 @@ inline bool isUnsafe(uint codePoint) {
 
 /// `text` with U+FFFD in place of each unsafe code point.
 inline QString printable(const QString& text) {
-  QVector<uint> codePoints = text.toUcs4();
-  for (uint& codePoint : codePoints) {
+  std::u32string codePoints = text.toStdU32String();
+  for (char32_t& codePoint : codePoints) {
     if (isUnsafe(codePoint))
       codePoint = QChar::ReplacementCharacter;
   }
-  return QString::fromUcs4(codePoints.constData(), codePoints.size());
+  return QString::fromStdU32String(codePoints);
 }
 
 } // namespace terminal

@@ -63,6 +63,18 @@ public:
     m_userName = m_setupUrl = m_setupVersion = past;
   }
   auto* context() const { return m_service.proxy.soap; }
+  enum Held { Objects, Data }; // of soap_malloc
+  bool holds(Held what) const {
+#if GSOAP_VERSION < 208142
+    return what == Data ? context()->alist != nullptr : context()->clist != nullptr;
+#else
+    for (const soap_clist* entry : context()->cht)
+      for (; entry; entry = entry->next)
+        if ((entry->type == 0) == (what == Data))
+          return true;
+    return false;
+#endif
+  }
   void loseContext() {
     soap_free(m_service.proxy.soap);
     m_service.proxy.soap = nullptr;

@@ -104,8 +104,8 @@ public:
   }
 };
 
-const std::string servicePath = "/service/desktopservice.asmx";
-const std::string soapType = "Content-Type: application/soap+xml; charset=utf-8\r\n";
+inline const std::string servicePath = "/service/desktopservice.asmx";
+inline const std::string soapType = "Content-Type: application/soap+xml; charset=utf-8\r\n";
 
 inline std::string post(const std::string& body, const std::string& fields = soapType,
                         const std::string& target = servicePath) {
@@ -147,7 +147,7 @@ protected:
   std::string identifier(const std::string& name) const {
     const QString all = "-\n" + administer({"--list-maps"}),
                   named = QString("\n(\\S+)\t[^\n]*\t%1\n").arg(name.c_str());
-    const int last = all.lastIndexOf(QRegularExpression(named));
+    const auto last = all.lastIndexOf(QRegularExpression(named));
     return last < 0 ? "no such map" : all.mid(last + 1).section('\t', 0, 0).toStdString();
   }
 

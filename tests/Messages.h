@@ -12,7 +12,7 @@ inline std::string element(const std::string& name, const std::string& content) 
 
 namespace message {
 
-const std::string envelopeNamespace = "http://www.w3.org/2003/05/soap-envelope";
+inline const std::string envelopeNamespace = "http://www.w3.org/2003/05/soap-envelope";
 
 /// An envelope as the service sends it. In `body` the prefixes soap, xsi, x (XML Schema), enc (SOAP encoding) and d
 /// (the service) are declared, and the service's namespace is the default one.

@@ -12,9 +12,11 @@ inline std::string canonical(const std::string& document) {
   QString lines;
   while (!reader.atEnd()) {
     reader.readNext();
-    lines += reader.tokenString() + " " + reader.namespaceUri() + reader.name() + reader.text();
+    lines += reader.tokenString() + " " + reader.namespaceUri().toString() + reader.name().toString() +
+             reader.text().toString();
     for (const QXmlStreamAttribute& attribute : reader.attributes())
-      lines += " " + attribute.namespaceUri() + attribute.name() + "=" + attribute.value();
+      lines +=
+          " " + attribute.namespaceUri().toString() + attribute.name().toString() + "=" + attribute.value().toString();
     lines += "\n";
   }
   return (lines + (reader.hasError() ? "malformed: " + reader.errorString() : "")).toStdString();

@@ -165,7 +165,7 @@ void Window::download(const QString& file) {
   start(task, call, [this, map, file](int result) {
     if (result != ResultOk)
       return;
-    m_sizes[map->mapID()] = map->mapContent().size();
+    m_sizes[map->mapID()] = static_cast<int>(map->mapContent().size());
     const bool isWritten = write(file, map->mapContent());
     showStatus((isWritten ? tr("Downloaded to %1") : tr("Cannot write %1")).arg(file));
   });
@@ -188,7 +188,7 @@ void Window::save(const QString& file, const MapInfo& map, bool isForced) {
       askAboutConflict(file, map);
     if (result != ResultOk)
       return;
-    m_sizes[saved->mapID()] = saved->mapContent().size();
+    m_sizes[saved->mapID()] = static_cast<int>(saved->mapContent().size());
     list(tr("Saved."));
   });
 }

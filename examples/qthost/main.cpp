@@ -5,8 +5,10 @@
 #include <QtWidgets/QMessageBox>
 
 int main(int argc, char** argv) {
+#if QT_VERSION_MAJOR < 6 // later it is always so
   QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
   QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+#endif
   const QApplication application(argc, argv);
   const QStringList arguments = QApplication::arguments();
   Cloud cloud(arguments.value(2, TARNWELL_PLUGIN));

@@ -10,7 +10,8 @@ int main(int, char** argv) {
   QLibrary library(TARNWELL_PLUGIN);
   const auto factory = reinterpret_cast<ServiceFactory>(library.resolve(serviceFactoryName));
   if (!factory) {
-    fprintf(stderr, "%s\n", qPrintable(library.errorString()));
+    fprintf(stderr, "%s\n",
+            library.isLoaded() ? TARNWELL_PLUGIN " is no plug-in for this Qt" : qPrintable(library.errorString()));
     return 2;
   }
   const std::unique_ptr<ITarnwellService> service(factory());

@@ -18,7 +18,7 @@ bool makeRoom(struct soap* soap, OpenBlock& block) {
   const std::size_t end = std::min(next.find('<'), next.size());
   std::size_t more = 0; // characters
   if (block.size() > 0)
-    more = expectedBytes(soap);
+    more = static_cast<std::size_t>(std::min<ULONG64>(expectedBytes(soap), SIZE_MAX));
   else if (end == next.size()) // goes on behind the buffer: most of those end in the next one
     more = next.size() + SOAP_BUFLEN;
   return block.grow(decodedSize(end), decodedSize(more));

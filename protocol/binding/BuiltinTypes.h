@@ -13,6 +13,8 @@ using xsd__float = float;
 using xsd__boolean = bool;
 /// Seconds since 1970-01-01T00:00:00 UTC.
 using xsd__dateTime = std::time_t;
+static_assert(sizeof(xsd__dateTime) == 8,
+              "dates beyond 2038; in 32-bit programs with -D_TIME_BITS=64 -D_FILE_OFFSET_BITS=64");
 /// One unit per Unicode code point.
 using xsd__string = std::wstring;
 /// NUL-terminated; prefixes are those of the namespace table, other namespaces stand as "\"URI\":name".

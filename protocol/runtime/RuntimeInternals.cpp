@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <map>
@@ -44,8 +45,9 @@ bool peekPlainTag(struct soap* soap) {
   const char* const end = at + next.size();
   while (at < end && isBlank(*at))
     ++at;
-  if (soap->ahead || soap->cdata || soap->feltbegin || soap->mode & SOAP_XML_DOM || end - at < 3 || *at++ != '<')
+  if (soap->ahead || soap->cdata || soap->feltbegin || soap->mode & SOAP_XML_DOM || end - at < 3 || *at != '<')
     return false;
+  ++at;
   const bool endTag = *at == '/';
   const std::string_view rest(at, std::min<std::size_t>(static_cast<std::size_t>(end - at), sizeof soap->tag));
   const std::size_t size = endTag ? 0 : nameSize(rest);
@@ -288,6 +290,7 @@ void releaseAll(struct soap* soap, SOAP_ENV__Header* header) {
   soap->header = hasHeader ? header : nullptr;
 }
 
+#if GSOAP_VERSION < 208142
 void ContextMark::releaseLater() const {
   while (soap->clist != object)
     soap_delete(soap, soap->clist->ptr);
@@ -295,5 +298,21 @@ void ContextMark::releaseLater() const {
   while (soap->alist != data)
     soap_dealloc(soap, static_cast<char*>(soap->alist) - static_cast<std::size_t*>(soap->alist)[1]);
 }
+#else
+void ContextMark::releaseLater() const {
+  const auto releaseDownTo = [this](int count) {
+    while (soap->cidx > count)
+      if (void* const last = soap->cblk->clist[--soap->cidx].ptr) // null: released before
+        soap_dealloc(soap, last);
+  };
+  while (soap->cblk != block) {
+    releaseDownTo(0);
+    std::free(std::exchange(soap->cblk, soap->cblk->next));
+    soap->cidx = SOAP_PTRBLK;
+  }
+  if (block)
+    releaseDownTo(used);
+}
+#endif
 
 } // namespace tarnwell

@@ -123,9 +123,17 @@ template <auto destroy> void* own(struct soap* soap, void* object, int type, int
     destroy(entry->ptr, entry->type, entry->size >= 0);
     return SOAP_OK;
   };
+#if GSOAP_VERSION < 208142
   soap_clist* const entry = object ? soap_link(soap, type, count, end) : nullptr;
   if (entry)
     return entry->ptr = object;
+#else // keeps its objects in a table by address
+  soap_clist* const entry = object ? soap_new_link(soap, type, count, end) : nullptr;
+  if (entry) {
+    soap_set_link(soap, entry, object);
+    return object;
+  }
+#endif
   if (object)
     destroy(object, type, count >= 0);
   soap->error = SOAP_EOM;
@@ -137,8 +145,13 @@ void releaseAll(struct soap* soap, SOAP_ENV__Header* header);
 /// The objects and data of a context at one moment.
 struct ContextMark {
   struct soap* soap;
+#if GSOAP_VERSION < 208142
   const soap_clist* object = soap->clist;
   const void* data = soap->alist;
+#else // whose entries of objects and data stand in blocks in their order
+  const soap_cblk* block = soap->cblk;
+  int used = soap->cidx;
+#endif
   /// soap_delete and soap_dealloc of all that the context has got since, the last first, which is found at once.
   void releaseLater() const;
 };
