@@ -97,31 +97,28 @@ TEST(Plugin, ExportsOneSymbol) {
 
 // Hosts that are already built call by slot number and with these types.
 TEST(Plugin, SlotsAndTypesStay) {
-  using I = ITarnwellService;
-  const std::size_t slots[] = {
-      slotOf<int(QString, QString)>(&I::login),
-      slotOf<QString() const>(&I::currentUser),
-      slotOf<void()>(&I::logout),
-      slotOf<int(bool, QList<MapInfo>&)>(&I::getDesktopMapsList),
-      slotOf<int(bool, QList<MapInfo>&)>(&I::getDesktopMapsListLite),
-      slotOf<int(QString, MapInfo&, QByteArray, bool)>(&I::saveMap),
-      slotOf<int(MapInfo&)>(&I::getMap),
-      slotOf<int(MapInfo&)>(&I::deleteMap),
-      slotOf<int(MapInfo&, const QString&)>(&I::renameMap),
-      slotOf<bool(QString, int)>(&I::checkForUpdates),
-      slotOf<bool(QString, int, int)>(&I::checkForUpdatesExtended),
-      slotOf<QString() const>(&I::getSetupUrl),
-      slotOf<QString() const>(&I::getSetupVersion),
-      slotOf<void(QString)>(&I::setEndPoint),
-      slotOf<void(QString, int, QString, QString, bool)>(&I::setProxySettings),
-      slotOf<bool() const>(&I::isUserLogon),
-      slotOf<bool(const QString&, const QString&, const QString&, QByteArray)>(&I::sendCrashReport),
-      slotOf<void(QString)>(&I::setProxyHost),
-      slotOf<void(int)>(&I::setProxyPort),
-      slotOf<void(QString)>(&I::setProxyUser),
-      slotOf<void(QString)>(&I::setProxyPassword)};
-  for (std::size_t i = 0; i < std::size(slots); ++i)
-    EXPECT_EQ(i + 2, slots[i]) << "after the two of the destructor";
+  using Service = ITarnwellService;
+  EXPECT_EQ(2U, slotOf<int(QString, QString)>(&Service::login)) << "after the two of the destructor";
+  EXPECT_EQ(3U, slotOf<QString() const>(&Service::currentUser));
+  EXPECT_EQ(4U, slotOf<void()>(&Service::logout));
+  EXPECT_EQ(5U, (slotOf<int(bool, QList<MapInfo>&)>(&Service::getDesktopMapsList)));
+  EXPECT_EQ(6U, (slotOf<int(bool, QList<MapInfo>&)>(&Service::getDesktopMapsListLite)));
+  EXPECT_EQ(7U, slotOf<int(QString, MapInfo&, QByteArray, bool)>(&Service::saveMap));
+  EXPECT_EQ(8U, slotOf<int(MapInfo&)>(&Service::getMap));
+  EXPECT_EQ(9U, slotOf<int(MapInfo&)>(&Service::deleteMap));
+  EXPECT_EQ(10U, slotOf<int(MapInfo&, const QString&)>(&Service::renameMap));
+  EXPECT_EQ(11U, slotOf<bool(QString, int)>(&Service::checkForUpdates));
+  EXPECT_EQ(12U, slotOf<bool(QString, int, int)>(&Service::checkForUpdatesExtended));
+  EXPECT_EQ(13U, slotOf<QString() const>(&Service::getSetupUrl));
+  EXPECT_EQ(14U, slotOf<QString() const>(&Service::getSetupVersion));
+  EXPECT_EQ(15U, slotOf<void(QString)>(&Service::setEndPoint));
+  EXPECT_EQ(16U, slotOf<void(QString, int, QString, QString, bool)>(&Service::setProxySettings));
+  EXPECT_EQ(17U, slotOf<bool() const>(&Service::isUserLogon));
+  EXPECT_EQ(18U, slotOf<bool(const QString&, const QString&, const QString&, QByteArray)>(&Service::sendCrashReport));
+  EXPECT_EQ(19U, slotOf<void(QString)>(&Service::setProxyHost));
+  EXPECT_EQ(20U, slotOf<void(int)>(&Service::setProxyPort));
+  EXPECT_EQ(21U, slotOf<void(QString)>(&Service::setProxyUser));
+  EXPECT_EQ(22U, slotOf<void(QString)>(&Service::setProxyPassword));
 }
 
 // The records in the host's list carry the plug-in's virtual table: it has to stay when the plug-in is unloaded.
