@@ -17,7 +17,7 @@ namespace tarnwell {
 namespace {
 
 bool isDeviceOrPipe(const QString& path) {
-  struct stat status {};
+  struct stat status{};
   return stat(QFile::encodeName(path).constData(), &status) == 0 &&
          (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode) || S_ISFIFO(status.st_mode));
 }
@@ -46,7 +46,7 @@ bool readContent(const QString& path, QByteArray& content) {
   const OpenFile file(path);
   if (file.descriptor < 0)
     return true;
-  struct stat status {};
+  struct stat status{};
   if (fstat(file.descriptor, &status) != 0 || status.st_size > most)
     return false;
   int size = 0;
