@@ -51,7 +51,7 @@ HttpConnection::HttpConnection(struct soap* context, const HttpService& httpServ
     : service(httpService), soap(context), parseAsRuntime(context->fparse), reservation(memory), traced(trace),
       toReceive(longestHead) {
   soap->user = this;
-  soap->recv_maxlength = service.longestContent + 2 * longestHead; // bytes; the runtime also limits a chunk to this
+  soap->recv_maxlength = service.longestContent + 2 * longestHead; // bytes; it also limits a chunk
   soap->fparse = [](struct soap* parsing) { return of(parsing).parseHead(); };
   // The runtime's own function would allow cross-origin requests and attachments.
   soap->fparsehdr = [](struct soap* parsing, const char* name, const char* value) {
@@ -64,6 +64,9 @@ HttpConnection::HttpConnection(struct soap* context, const HttpService& httpServ
     return of(reading).checkContent(piece, size);
   };
   soap->fsend = [](struct soap* writing, const char* bytes, std::size_t size) { return of(writing).send(bytes, size); };
+  chunks.emplace(soap, [](struct soap* reading, tarnwell::Chunks::Wrong wrong) {
+    return of(reading).refuse(wrong == tarnwell::Chunks::Wrong::Length ? refusals::tooLong : refusals::badChunk);
+  });
 }
 
 std::string HttpConnection::field(const std::string& name) const {
@@ -98,15 +101,14 @@ int HttpConnection::refuse(const Refusal& refusal) {
 const Refusal* HttpConnection::readFraming() {
   const std::string length = field("content-length");
   const std::string coding = lowerCase(field("transfer-encoding"));
-  const std::string_view unread = tarnwell::unread(soap);
-  const std::uint64_t arrived = unread.size();
+  const std::uint64_t arrived = tarnwell::unread(soap).size();
   isChunked = coding == "chunked";
   if (isChunked) {
     if (!length.empty())
       return &refusals::badLength;
     soap->imode = (soap->imode & ~static_cast<soap_mode>(SOAP_IO)) | SOAP_IO_CHUNK;
     toReceive = 2 * service.longestContent; // twice as much, for the framing of small chunks
-    return checkArrived(unread.data(), unread.size());
+    return nullptr;
   }
   if (!coding.empty())
     return &refusals::otherCoding;
@@ -122,11 +124,6 @@ const Refusal* HttpConnection::readFraming() {
   soap->buflen -= static_cast<std::size_t>(arrived - std::min(arrived, announced)); // drops bytes after the content
   toReceive = announced - std::min(arrived, announced);
   return nullptr;
-}
-
-/// Checks bytes of the content that have just arrived.
-const Refusal* HttpConnection::checkArrived(const char* bytes, std::size_t size) {
-  return isChunked && isInContent && !framing.check(bytes, size) ? &refusals::badChunk : nullptr;
 }
 
 std::size_t HttpConnection::receive(char* to, std::size_t room) {
@@ -154,20 +151,12 @@ std::size_t HttpConnection::receive(char* to, std::size_t room) {
     rate.moved(taken);
   else if (traced)
     traced->request.addHead(to, taken);
-  if (const Refusal* const refusal = checkArrived(to, taken)) {
-    refuse(*refusal);
-    return 0;
-  }
   return taken;
 }
 
 int HttpConnection::checkContent(const char* piece, std::size_t size) {
-  if (!isInContent)
+  if (!isInContent || size == 0)
     return SOAP_OK;
-  if (size == 0) {
-    hasLastChunk = isChunked; // not called when a connection ends before the last chunk
-    return SOAP_OK;
-  }
   content += size;
   if (traced)
     traced->request.addBody(piece, size);
@@ -189,7 +178,7 @@ void HttpConnection::sendContinue() {
 int HttpConnection::readToEnd() {
   while (static_cast<int>(soap_getchar(soap)) != EOF)
     continue;
-  const bool isWhole = !refusedFor && (isChunked ? hasLastChunk : toReceive == 0);
+  const bool isWhole = !refusedFor && (isChunked ? chunks->isWhole() : toReceive == 0);
   return soap->error = isWhole ? SOAP_OK : SOAP_EOF;
 }
 

@@ -2,16 +2,16 @@
 // time for the head, the rate of content and response, and the length of the request. One thread.
 #pragma once
 
-#include "localservice/ChunkFraming.h"
 #include "localservice/MarkupLimit.h"
 #include "localservice/MemoryBudget.h"
 #include "localservice/MinimumRate.h"
 #include "localservice/Refusal.h"
 #include "localservice/Trace.h"
-#include "protocol/runtime/Runtime.h"
+#include "protocol/runtime/Chunks.h"
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -63,7 +63,6 @@ public:
 private:
   int parseHead();
   const Refusal* readFraming();
-  const Refusal* checkArrived(const char* bytes, std::size_t size);
   std::size_t receive(char* to, std::size_t room);
   int checkContent(const char* piece, std::size_t size);
   int send(const char* bytes, std::size_t size);
@@ -79,13 +78,12 @@ private:
   std::uint64_t content = 0; ///< bytes, without the framing of chunks
   bool isInContent = false;
   bool isChunked = false;
-  bool hasLastChunk = false;
   bool isReserved = false; ///< memory for the longest content in chunks
-  ChunkFraming framing;
   bool isResponding = false;
   bool isHeadOnly = false; ///< the response to HEAD ends with its head
   const Refusal* refusedFor = nullptr;
   MarkupLimit markup;
+  std::optional<tarnwell::Chunks> chunks; ///< wraps the callbacks
 };
 
 } // namespace localservice

@@ -31,8 +31,6 @@ int statusOf(int error, const char* faultCode) {
     return error;
   if (error == SOAP_HDR)
     return 431;
-  if (error == SOAP_HTTP_ERROR) // a chunk that is longer than the longest request
-    return refusals::tooLong.status;
   const bool isSenders = error == SOAP_EOF || std::strcmp(faultCode, "SOAP-ENV:Sender") == 0;
   return isSenders ? 400 : 500;
 }

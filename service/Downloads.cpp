@@ -6,16 +6,11 @@
 #include <utility>
 
 namespace tarnwell {
-namespace {
-
-unsigned char* bytesOf(QByteArray& array) { return reinterpret_cast<unsigned char*>(array.data()); }
-
-} // namespace
 
 unsigned char* Downloads::reserve(std::size_t capacity, std::size_t size) noexcept try {
   m_open.resize(static_cast<int>(size)); // never more than was reserved before
   m_open.reserve(static_cast<int>(capacity));
-  return bytesOf(m_open);
+  return reinterpret_cast<unsigned char*>(m_open.data());
 } catch (const std::exception&) {
   return nullptr;
 }
@@ -24,7 +19,7 @@ unsigned char* Downloads::keep(std::size_t size, bool shrink) noexcept try {
   m_open.resize(static_cast<int>(size));
   if (shrink)
     m_open.squeeze();
-  unsigned char* const bytes = bytesOf(m_open);
+  auto* const bytes = reinterpret_cast<unsigned char*>(m_open.data());
   m_kept[bytes].swap(m_open);
   return bytes;
 } catch (const std::exception&) {

@@ -16,20 +16,14 @@
 namespace tarnwell {
 namespace {
 
-bool isDeviceOrPipe(const QString& path) {
-  struct stat status{};
-  return stat(QFile::encodeName(path).constData(), &status) == 0 &&
-         (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode) || S_ISFIFO(status.st_mode));
-}
-
 /// A file that is open for reading; `descriptor` is negative when it cannot be opened. Not a QFile: the first QObject
 /// of a thread ends the process when there is no memory.
 struct OpenFile {
-  explicit OpenFile(const QString& path) {
-    const QByteArray name = QFile::encodeName(path);
-    do
-      descriptor = open(name.constData(), O_CLOEXEC | O_LARGEFILE);
-    while (descriptor < 0 && errno == EINTR);
+  explicit OpenFile(const char* name) {
+    int flags = O_CLOEXEC | O_LARGEFILE | O_NOCTTY | O_NONBLOCK; // a pipe would wait until somebody writes
+    while ((descriptor = open(name, flags, 0)) < 0 && (errno == EINTR || (errno == EAGAIN && flags & O_NONBLOCK)))
+      if (errno == EAGAIN) // another process has a lease on the file, and is asked to give it up
+        flags &= ~O_NONBLOCK;
   }
   OpenFile(const OpenFile&) = delete;
   OpenFile& operator=(const OpenFile&) = delete;
@@ -40,15 +34,18 @@ struct OpenFile {
   int descriptor = -1;
 };
 
-/// False: it is too large, or only a part of it can be read.
+/// False: it is a device or a pipe, or too large, or only a part of it can be read.
 bool readContent(const QString& path, QByteArray& content) {
   constexpr auto most = static_cast<int>(largestBlock);
-  const OpenFile file(path);
-  if (file.descriptor < 0)
-    return true;
+  const QByteArray name = QFile::encodeName(path);
+  const OpenFile file(name.constData());
+  const bool isOpen = file.descriptor >= 0;
   struct stat status{};
-  if (fstat(file.descriptor, &status) != 0 || status.st_size > most)
+  if ((isOpen ? fstat(file.descriptor, &status) : stat(name.constData(), &status)) != 0 || S_ISCHR(status.st_mode) ||
+      S_ISBLK(status.st_mode) || S_ISFIFO(status.st_mode) || (isOpen && status.st_size > most))
     return false;
+  if (!isOpen)
+    return true;
   int size = 0;
   for (ssize_t count = 0; count >= 0 && size <= most;) {
     if (size == content.size()) // one byte more, to see the end
@@ -82,7 +79,7 @@ ServiceResult readMapFile(const QString& path, MapFile& file) {
   const QFileInfo info(path);
   if (path.contains(QChar::Null) || info.isDir() || !info.exists())
     return ResultNoSuchFile;
-  if (isDeviceOrPipe(path) || !readContent(path, file.content))
+  if (!readContent(path, file.content))
     return ResultFailed;
   file.modified = info.lastModified();
   return findName(info.ownerId(), file.owner) ? ResultOk : ResultFailed;

@@ -76,7 +76,7 @@ TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
       {"length and chunks", post(body, soapType + "Transfer-Encoding: chunked\r\n"), 400, sender},
       {"too long", replaced(post(body), "Length: ", "Length: 9999999999"), 413, sender},
       {"a chunk without a size", chunked + "\r\n" + body, 400, badChunk},
-      {"a size that is too long", chunked + "1000000000000000\r\n" + body, 400, badChunk},
+      {"a size that is no number", chunked + "1x\r\n" + body, 400, badChunk},
       {"more than the chunk's size", chunked + "1\r\n" + body, 400, badChunk},
       {"a chunk with an extension", replaced(chunks, "1\r\n", "1 ;a=b\r\n") + "0\r\nA: b\r\n\r\n", 200, "Success"},
       {"too long a chunk", chunked + "280000000\r\n" + body, 413, sender},

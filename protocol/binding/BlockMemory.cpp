@@ -7,11 +7,6 @@
 #include <utility>
 
 namespace tarnwell {
-namespace {
-
-void freeBytes(void* bytes, int, bool) { std::free(bytes); }
-
-} // namespace
 
 unsigned char* ContextMemory::reserve(std::size_t capacity, std::size_t) noexcept {
   void* const bytes = std::realloc(m_bytes, capacity);
@@ -24,7 +19,8 @@ unsigned char* ContextMemory::keep(std::size_t size, bool shrink) noexcept {
   if (shrink)
     reserve(size, size);
   void* const bytes = std::exchange(m_bytes, nullptr);
-  return static_cast<unsigned char*>(own<freeBytes>(m_soap, bytes, SOAP_TYPE_xsd__unsignedByte, -1));
+  constexpr auto destroy = [](void* kept, int, bool) { std::free(kept); };
+  return static_cast<unsigned char*>(own<destroy>(m_soap, bytes, SOAP_TYPE_xsd__unsignedByte, -1));
 }
 
 void ContextMemory::discard() noexcept { std::free(std::exchange(m_bytes, nullptr)); }

@@ -3,11 +3,6 @@
 #include "protocol/runtime/RuntimeInternals.h"
 
 namespace tarnwell {
-namespace {
-
-void destroyObject(void* object, int type, bool isArray) { typeOf(type).destroy(object, isArray); }
-
-} // namespace
 
 const Type* findTypeNamed(struct soap* soap, const char* name, const char* element) {
   for (int number = 1; const Type* const type = findType(number); ++number)
@@ -17,7 +12,8 @@ const Type* findTypeNamed(struct soap* soap, const char* name, const char* eleme
 }
 
 void* instantiate(struct soap* soap, int count, const Type& type, std::size_t* size) {
-  void* const object = own<destroyObject>(soap, type.create(soap, count), type.number, count);
+  constexpr auto destroy = [](void* made, int number, bool isArray) { typeOf(number).destroy(made, isArray); };
+  void* const object = own<destroy>(soap, type.create(soap, count), type.number, count);
   if (object && size)
     *size = type.size * (count < 0 ? 1 : static_cast<std::size_t>(count));
   return object;

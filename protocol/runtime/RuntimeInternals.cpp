@@ -78,12 +78,12 @@ constexpr std::size_t longestPiece = 32768;
 /// Most names that the runtime searches for each, and most ids of one hash value.
 constexpr std::size_t mostNames = 256;
 
-/// Whether the runtime has more than `mostNames` ids with the hash value of this one.
-bool isCrowded(const struct soap* soap, const char* id) {
-  std::size_t count = 0;
-  for (const soap_ilist* entry = soap->iht[soap_hash(id)]; entry && count <= mostNames; entry = entry->next)
-    ++count;
-  return count > mostNames;
+/// The entries of one of the runtime's lists, counted up to one more than that.
+template <class Entry> std::size_t count(const Entry* entry) {
+  std::size_t entries = 0;
+  for (; entry && entries <= mostNames; entry = entry->next)
+    ++entries;
+  return entries;
 }
 
 /// Gives the elements that name an attachment its bytes.
@@ -189,19 +189,12 @@ int peekElement(struct soap* soap) {
     if (!*soap->href && attribute->visible && attribute->value && std::strcmp(attribute->name, "href") == 0)
       std::snprintf(soap->href, sizeof soap->href, "%s", attribute->value);
   for (const char* const id : {soap->id, soap->href})
-    if (*id == '#' && isCrowded(soap, id))
+    if (*id == '#' && count(soap->iht[soap_hash(id)]) > mostNames)
       return soap->error = SOAP_OCCURS;
   return SOAP_OK;
 }
 
-bool hasTooManyNames(const struct soap* soap) {
-  std::size_t count = 0;
-  for (const struct soap_attribute* name = soap->attributes; name && count <= mostNames; name = name->next)
-    ++count;
-  for (const soap_nlist* name = soap->nlist; name && count <= mostNames; name = name->next)
-    ++count;
-  return count > mostNames;
-}
+bool hasTooManyNames(const struct soap* soap) { return count(soap->attributes) + count(soap->nlist) > mostNames; }
 
 bool takeEndTag(struct soap* soap) {
   const std::string_view next = unread(soap);

@@ -115,10 +115,10 @@ int forEachPending(struct soap* soap, int (*write)(struct soap* soap, const void
 
 // --- Objects
 
-/// soap_link with a new object, which the context owns from now on and ends with `destroy`; `count` below 0: it is no
-/// array. Returns the object; null when it is null or there is no memory for its entry, and then it is destroyed.
-template <void (*destroy)(void* object, int type, bool isArray)>
-void* own(struct soap* soap, void* object, int type, int count) {
+/// soap_link with a new object, which the context owns from now on and ends with destroy(object, type, isArray);
+/// `count` below 0: it is no array. Returns the object; null when it is null or there is no memory for its entry, and
+/// then it is destroyed.
+template <auto destroy> void* own(struct soap* soap, void* object, int type, int count) {
   constexpr auto end = [](struct soap*, soap_clist* entry) -> int {
     destroy(entry->ptr, entry->type, entry->size >= 0);
     return SOAP_OK;

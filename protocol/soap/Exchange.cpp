@@ -175,13 +175,11 @@ constexpr bool isPort(int port) { return port >= 1 && port <= 65535; }
 /// is in brackets.
 bool isAddress(std::string_view address) {
   const std::size_t colon = address.find(':', address.starts_with("[") ? address.find(']') : 0);
-  if (address.empty() || colon == 0)
-    return false;
   if (colon == address.npos)
-    return true;
+    return !address.empty();
   const char* const end = address.data() + address.size();
   int port = 0;
-  return std::from_chars(address.data() + colon + 1, end, port).ptr == end && isPort(port);
+  return colon > 0 && std::from_chars(address.data() + colon + 1, end, port).ptr == end && isPort(port);
 }
 
 /// Whether the runtime may be given these settings. With another scheme it waits for ever, or sends the envelope, with
