@@ -73,7 +73,7 @@ void STLDesktopService::setProxyPort(int port) {
     proxy.soap->proxy_port = port;
 }
 
-void STLDesktopService::setText(std::string& stored, std::string text, const char* soap::*field) {
+void STLDesktopService::setText(std::string& stored, std::string text, const char* soap::* field) {
   stored = std::move(text);
   if (proxy.soap)
     proxy.soap->*field = stored.c_str();

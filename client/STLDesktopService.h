@@ -56,7 +56,7 @@ public:
 
 private:
   /// Stores a text that the context's `field` points into: the one is never assigned without the other.
-  void setText(std::string& stored, std::string text, const char* soap::*field);
+  void setText(std::string& stored, std::string text, const char* soap::* field);
   template <class Stub, class Response, class Fill> int callAsUser(Stub stub, Response* response, Fill fill);
 
   bool loggedIn = false;

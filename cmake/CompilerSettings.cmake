@@ -1,4 +1,5 @@
-# Warnings are errors in our presets, not for somebody who packages a release with another compiler. Sanitizers or, without them, hardening apply to everything that is built here.
+# Warnings are errors in our presets, not for somebody who packages a release with another compiler. Sanitizers or,
+# without them, hardening apply to everything that is built here.
 add_library(tarnwell_settings INTERFACE)
 target_compile_options(tarnwell_settings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)

@@ -54,7 +54,7 @@ int main(int argc, char** argv) {
   QByteArray content;
   for (int i = 0; i < 300'000; ++i)
     content += static_cast<char>(i);
-  const QDateTime written(QDate(2026, 3, 4), QTime(5, 6, 7), Qt::UTC);
+  const QDateTime written = QDateTime::fromString("2026-03-04T05:06:07Z", Qt::ISODate);
   DSNS__DesktopInfoClass map;
   map.setMapName(QString::fromUtf8("Gärten & <Höfe> 🌱"));
   map.setLastModified(written);

@@ -57,7 +57,7 @@ void printMap(const char* owner, const char* state, const MapRecord& map) {
 }
 
 void printReport(const Report& report) {
-  const QString received = QDateTime::fromSecsSinceEpoch(report.received, Qt::UTC).toString(Qt::ISODate);
+  const QString received = QDateTime::fromSecsSinceEpoch(report.received).toUTC().toString(Qt::ISODate);
   std::cout << report.number << '\t' << received.toStdString() << '\t' << shown(report.subject) << '\n';
   if (report.name || report.email)
     std::cout << "  from: " << shown(report.name) << " <" << shown(report.email) << ">\n";

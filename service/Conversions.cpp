@@ -2,6 +2,8 @@
 
 #include "protocol/runtime/RuntimeInternals.h"
 
+#include <QtCore/QTimeZone>
+
 #include <algorithm>
 #include <limits>
 #include <new>
@@ -13,6 +15,12 @@ static_assert(sizeof(wchar_t) == 4, "the protocol's texts hold one code point pe
 
 /// UTF-16 units that a QString holds: half of an int's range of bytes, with room for its header.
 constexpr std::size_t longestText = 1073741000;
+
+#if QT_VERSION < QT_VERSION_CHECK(6, 5, 0)
+constexpr auto inUtc = Qt::UTC;
+#else // later releases warn of Qt::UTC
+constexpr auto inUtc = QTimeZone::UTC;
+#endif
 
 /// Arrays of Qt 6 hold more bytes than a block: throws std::bad_alloc for these.
 void refuseOversize(const QByteArray& bytes) {
@@ -50,13 +58,13 @@ QString fromWide(std::wstring_view text) {
 std::time_t toSeconds(const QDateTime& date) {
   constexpr qint64 noSeconds = std::numeric_limits<quint32>::max();
   // Converted before it is tested: a local time that a clock change skips is invalid, its digits as UTC are not.
-  const QDateTime utc = date.toTimeSpec(Qt::UTC);
+  const QDateTime utc = date.toUTC();
   const qint64 seconds = utc.isValid() ? utc.toSecsSinceEpoch() : noSeconds;
   return seconds >= 0 && seconds < noSeconds ? seconds : noSeconds;
 }
 
 QDateTime fromSeconds(std::time_t seconds) {
-  return QDateTime::fromSecsSinceEpoch(static_cast<quint32>(seconds), Qt::UTC);
+  return QDateTime::fromSecsSinceEpoch(static_cast<quint32>(seconds), inUtc);
 }
 
 void lendBytes(const QByteArray& bytes, xsd__base64Binary& block) {

@@ -41,7 +41,7 @@ bool readContent(const QString& path, QByteArray& content) {
   const QByteArray name = QFile::encodeName(path);
   const OpenFile file(name.constData());
   const bool isOpen = file.descriptor >= 0;
-  struct stat status {};
+  struct stat status{};
   if ((isOpen ? fstat(file.descriptor, &status) : stat(name.constData(), &status)) != 0 || S_ISCHR(status.st_mode) ||
       S_ISBLK(status.st_mode) || S_ISFIFO(status.st_mode) || (isOpen && status.st_size > most))
     return false;

@@ -52,7 +52,7 @@ template <class Result> int loginOutcome(const Result* result) {
 }
 
 /// The result of a map operation, in this order: by the call's code, by the login outcome, by the map-access outcome.
-template <class Response, class Result> int mapOutcome(int code, const Response* response, Result* Response::*result) {
+template <class Response, class Result> int mapOutcome(int code, const Response* response, Result* Response::* result) {
   if (code != 0 || !response)
     return ResultFailed;
   const int login = loginOutcome(response->*result);

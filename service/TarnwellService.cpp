@@ -61,7 +61,7 @@ int TarnwellService::login(QString userName, QString password) {
 
 /// Both listings: `call(response)`, then one record per description appended.
 template <class Response, class Call>
-int TarnwellService::listMaps(Call call, dsns__CompleteDesktopResponse* Response::*result, bool withThumbnails,
+int TarnwellService::listMaps(Call call, dsns__CompleteDesktopResponse* Response::* result, bool withThumbnails,
                               QList<MapInfo>& maps) {
   return perform<int>(ResultFailed, [&]() -> int {
     const ContextObject<Response> response(context());
@@ -159,7 +159,7 @@ int TarnwellService::getMap(MapInfo& info) {
 /// Deleting and renaming: `call(record, response)` with the description of `info` under `name`.
 template <class Response, class Call>
 int TarnwellService::manageMap(const MapInfo& info, const QString& name, Call call,
-                               dsns__MapActionResponse* Response::*result) {
+                               dsns__MapActionResponse* Response::* result) {
   return perform<int>(ResultFailed, [&] {
     const ContextObject<Response> response(context());
     const ContextObject<dsns__DesktopInfoClass> record(context());
@@ -183,7 +183,8 @@ int TarnwellService::renameMap(MapInfo& info, const QString& newName) {
 /// Both version checks: `call(version, response)`, the answer's texts stored if both are there. Returns whether texts
 /// are stored, of this check or of an earlier one.
 template <class Response, class Call>
-bool TarnwellService::checkVersion(const QString& version, Call call, dsns__DesktopVersioningClass* Response::*result) {
+bool TarnwellService::checkVersion(const QString& version, Call call,
+                                   dsns__DesktopVersioningClass* Response::* result) {
   perform(false, [&] {
     const ContextObject<Response> response(context());
     const bool answered = call(toWide(version), response.get()) == SOAP_OK;

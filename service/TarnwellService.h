@@ -54,18 +54,16 @@ protected:
   QString m_userName;
 
 private:
-  struct soap* context() const {
-    return m_service.proxy.soap;
-  }
+  struct soap* context() const { return m_service.proxy.soap; }
   template <class Result, class Body> Result perform(Result failed, Body body);
   /// Without memory the old value stands: the setter is called when the text is converted.
   void set(void (STLDesktopService::*setter)(std::string), const QString& text);
   template <class Response, class Call>
-  int listMaps(Call call, dsns__CompleteDesktopResponse* Response::*result, bool withThumbnails, QList<MapInfo>& maps);
+  int listMaps(Call call, dsns__CompleteDesktopResponse* Response::* result, bool withThumbnails, QList<MapInfo>& maps);
   template <class Response, class Call>
-  int manageMap(const MapInfo& info, const QString& name, Call call, dsns__MapActionResponse* Response::*result);
+  int manageMap(const MapInfo& info, const QString& name, Call call, dsns__MapActionResponse* Response::* result);
   template <class Response, class Call>
-  bool checkVersion(const QString& version, Call call, dsns__DesktopVersioningClass* Response::*result);
+  bool checkVersion(const QString& version, Call call, dsns__DesktopVersioningClass* Response::* result);
 
   tarnwell::Downloads m_downloads;
 };

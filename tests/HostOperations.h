@@ -27,7 +27,7 @@ inline MapInfo known() {
   info.setMapName("plan");
   info.setMapID(QUuid(QString::fromStdString(knownId)));
   info.setMapAuthor("Ann");
-  info.setMapModificationDate(QDateTime::fromSecsSinceEpoch(1330837567, Qt::OffsetFromUTC, 7200));
+  info.setMapModificationDate(QDateTime::fromSecsSinceEpoch(1330837567).toOffsetFromUtc(7200));
   info.setMapDescription("about");
   info.setMapThumbnail(QByteArray("T\0x", 3));
   info.setMapPublished(true);

@@ -209,8 +209,9 @@ private:
     const qint64 seconds = static_cast<qint64>(1 + m_random.below(4000000000));
     expect(name, std::to_string(seconds));
     const int minutes = static_cast<int>(m_random.below(1440)) - 720;
-    const auto zone = m_random.once(2) ? Qt::UTC : Qt::OffsetFromUTC;
-    return spaced(QDateTime::fromSecsSinceEpoch(seconds, zone, minutes * 60).toString(Qt::ISODate).toStdString());
+    const int offset = m_random.once(2) ? 0 : minutes * 60;
+    const QDateTime date = QDateTime::fromSecsSinceEpoch(seconds).toOffsetFromUtc(offset);
+    return spaced(date.toString(Qt::ISODate).toStdString());
   }
 
   std::string block(const std::string& name) {

@@ -83,8 +83,7 @@ TEST(Faults, EveryCallFailsOnce) {
 
 // A thousand signals a second, without SA_RESTART, interrupt every wait. The two objects share nothing.
 TEST(Faults, SignalsAndOtherThreadsInterruptNothing) {
-  struct sigaction ignoring {
-  }, before;
+  struct sigaction ignoring{}, before;
   ignoring.sa_handler = [](int) {};
   sigaction(SIGUSR1, &ignoring, &before);
   for (const HostOperation& operation : hostOperations()) {
@@ -111,8 +110,8 @@ TEST(Faults, SignalsAndOtherThreadsInterruptNothing) {
 }
 
 TEST(Faults, SettingsThatFailStandAsBefore) {
-  void (TarnwellService::*const settings[])(QString) = {nullptr, &Host::setEndPoint, &Host::setProxyHost,
-                                                        &Host::setProxyUser, &Host::setProxyPassword};
+  void (TarnwellService::* const settings[])(QString) = {nullptr, &Host::setEndPoint, &Host::setProxyHost,
+                                                         &Host::setProxyUser, &Host::setProxyPassword};
   const ScriptedService proxy(reply(200, hostOperations()[2].answer()));
   for (const auto set : settings)
     for (auto [position, reached] = std::pair(0L, true); reached; ++position) {

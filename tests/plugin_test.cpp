@@ -77,7 +77,7 @@ public:
 };
 
 /// The place of a virtual function in the interface's table, which the pointer to it holds (Itanium C++ ABI).
-template <class Function> std::size_t slotOf(Function ITarnwellService::*function) {
+template <class Function> std::size_t slotOf(Function ITarnwellService::* function) {
   std::size_t offset = 0;
   std::memcpy(&offset, &function, sizeof offset);
   return offset / sizeof(void*);
