@@ -237,7 +237,7 @@ const struct {
     {"rename Old New", {loggedIn, listed("Old"), conflict}, "try: choose another NEWNAME", 6},
     {save, {loggedIn, listed(""), broken, listed("New")}, "without a response; the map is stored all the same\n"},
     {save, {loggedIn, listed(""), broken, listed("")}, "; the map is not stored so far: "},
-    {save, {loggedIn, listed(""), broken, silence}, "; whether the map is stored is not known\n"},
+    {save + " --timeout 0", {loggedIn, listed(""), broken, silence}, "; whether the map is stored is not known\n"},
     {save, {loggedIn, listed(""), dbError}, "not read or change its data; the map is not stored\n"},
     {saveBig, {loggedIn, listed(""), hangUp(1000)}, "during the request; the map is not stored\n"},
     {saveBig, {loggedIn, listed(""), {reply(413, "").bytes, 1000}}, "status 413 Scripted; the map is not stored\n"},
