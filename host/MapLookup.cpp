@@ -44,7 +44,7 @@ void failAmbiguous(const QString& text, const QList<MapInfo>& matches) {
 
 MapInfo findMap(const QList<MapInfo>& maps, const QString& text) {
   const QUuid identifier = identifierOf(text);
-  QList<MapInfo> matches = mapsWith(maps, [&](const MapInfo& map) {
+  const QList<MapInfo> matches = mapsWith(maps, [&](const MapInfo& map) {
     return map.mapName() == text || (!identifier.isNull() && map.mapID() == identifier) || isBeginning(text, map);
   });
   if (matches.size() > 1)

@@ -18,7 +18,7 @@ std::string local(const char* name) { return tarnwell::localPart(name); }
 template <class Use> void forServiceTypes(Use use) {
   for (int number = 1; number < SOAP_TYPE_count; ++number) {
     const Type& type = *tarnwell::findType(number);
-    if (std::string(type.name).rfind("dsns:", 0) == 0)
+    if (std::string_view(type.name).starts_with("dsns:"))
       use(type);
   }
 }

@@ -22,7 +22,7 @@ constexpr const char* soap11Namespace = "http://schemas.xmlsoap.org/soap/envelop
 
 /// The request's target without scheme and authority, which a client sends that takes the service for a proxy.
 std::string_view targetOf(const struct soap* soap) {
-  std::string_view target = soap->path;
+  const std::string_view target = soap->path;
   const std::size_t scheme = target.find("://");
   if (target.empty() || target.front() == '/' || scheme == std::string_view::npos)
     return target;

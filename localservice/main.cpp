@@ -35,7 +35,7 @@ void serve(const Options& options, const DatabaseFile& file) {
   Server server(options, file);
   if (server.isReachableFromOutside())
     std::cerr << "tarnwell-localservice: other machines can reach this service, and all traffic is readable\n";
-  std::cout << server.endpoint() << std::endl;
+  std::cout << server.endpoint() << '\n' << std::flush;
   server.serve(stop);
   signalfd_siginfo received;
   static_cast<void>(!read(stop, &received, sizeof received)); // or unblocking would deliver it

@@ -204,7 +204,8 @@ void* readIndependent(struct soap* soap, const char* tag, void* value, const cha
 void* readAnyElement(struct soap* soap, const char* tag, int* number) {
   if (peekElement(soap))
     return nullptr;
-  if (!*soap->id || !(*number = soap_lookup_type(soap, soap->id)))
+  *number = *soap->id ? soap_lookup_type(soap, soap->id) : 0;
+  if (*number == 0)
     *number = soap_lookup_type(soap, soap->href);
   const Type* type = findType(*number);
   const char* const name = type ? type->name : nullptr;
