@@ -7,8 +7,6 @@
 #include "bench/Harness.h"
 #include "protocol/binding/Base64.h"
 
-#include <QtCore/QFile>
-
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
@@ -289,19 +287,15 @@ public:
   }
 
   int save(const QString& path, MapInfo& map, const QByteArray& thumbnail) override {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!bench::setUploaded(map, path, thumbnail))
       return 1;
-    map.setMapContent(file.readAll());
-    map.setMapThumbnail(thumbnail);
     Request request;
     describe(request, map);
     request.end += "<dsns:IsForced>true</dsns:IsForced><dsns:behaviour></dsns:behaviour>";
     Reply reply;
     if (!exchange("SaveMap_NEW_DESKTOP", request, reply, nullptr) || !reply.accessible || !reply.described)
       return 1;
-    map.setMapID(reply.map.mapID());
-    map.setVersion(reply.map.version());
+    bench::setSaved(map, reply.map);
     return 0;
   }
 

@@ -2,8 +2,6 @@
 // generators make from the service's WSDL.
 #include "bench/Harness.h"
 
-#include <QtCore/QFile>
-
 #include <cstring>
 #include <string>
 
@@ -146,11 +144,8 @@ public:
 
   int save(const QString& path, MapInfo& map, const QByteArray& thumbnail) override {
     const Cleaner cleaner{m_soap};
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!bench::setUploaded(map, path, thumbnail))
       return 1;
-    map.setMapContent(file.readAll());
-    map.setMapThumbnail(thumbnail);
     const Description description(m_soap, map);
     const Block content(m_soap, map.mapContent());
     description.get()->MapContent = content.get();

@@ -4,8 +4,6 @@
 #include "Deployment.h"
 #include "bench/Harness.h"
 
-#include <QtCore/QFile>
-
 #include <cstdlib>
 #include <cstring>
 #include <curl/curl.h>
@@ -123,18 +121,13 @@ public:
   }
 
   int save(const QString& path, MapInfo& map, const QByteArray& thumbnail) override {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!bench::setUploaded(map, path, thumbnail))
       return 1;
-    map.setMapContent(file.readAll());
-    map.setMapThumbnail(thumbnail);
     const pugi::xml_node result =
         call("SaveMap_NEW_DESKTOP", describe(map) + "<IsForced>true</IsForced><behaviour></behaviour>");
     if (!succeeded(child(result, "DesktopLoginResponseObject")))
       return 1;
-    const MapInfo saved = toMap(child(result, "DesktopInfoClass"));
-    map.setMapID(saved.mapID());
-    map.setVersion(saved.version());
+    bench::setSaved(map, toMap(child(result, "DesktopInfoClass")));
     return 0;
   }
 

@@ -4,6 +4,7 @@
 
 #include "service/MapInfo.h"
 
+#include <QtCore/QFile>
 #include <QtCore/QList>
 
 #include <memory>
@@ -29,6 +30,22 @@ inline void setDownloaded(MapInfo& map, const MapInfo& downloaded) {
   map.setMapAuthor(downloaded.mapAuthor());
   map.setVersion(downloaded.version());
   map.setIsTWLX(downloaded.isTWLX());
+}
+
+/// What save() sets of the file to upload. False: it cannot be read.
+inline bool setUploaded(MapInfo& map, const QString& path, const QByteArray& thumbnail) {
+  QFile file(path);
+  if (!file.open(QIODevice::ReadOnly))
+    return false;
+  map.setMapContent(file.readAll());
+  map.setMapThumbnail(thumbnail);
+  return true;
+}
+
+/// What save() sets of the answer.
+inline void setSaved(MapInfo& map, const MapInfo& saved) {
+  map.setMapID(saved.mapID());
+  map.setVersion(saved.version());
 }
 
 /// A client's main: CLIENT ENDPOINT login|list|get|save REPEAT [FILE]. Prints one line of key=value pairs per

@@ -90,7 +90,7 @@ void CommandRun::performOnce(const CallText& text, const std::function<int(ITarn
   if (end.isRunning)
     finishEnded(text, end);
   if (end.signal != 0 && end.result == ResultOk)
-    fail(FirstSignalStatus - 1 + end.signal, QString("interrupted; %1 had succeeded before").arg(text.activity));
+    fail(FirstSignalStatus - 1 + end.signal, "interrupted after this had succeeded: " + text.activity);
   if (end.signal != 0 || (end.how != CallEnd::Returned && end.result != ResultOk)) {
     m_diagnosis.isTemporary = end.signal == 0;
     failEnded(text, end);

@@ -45,10 +45,8 @@ ConfigurationFile readConfigurationFile(const QString& path, const QStringList& 
          "check its permissions");
   QString section;
   for (int number = 1; file.isOpen() && !file.atEnd(); number++) {
-    QString line = QString::fromUtf8(file.readLine());
-    if (number == 1 && line.startsWith(QChar::ByteOrderMark))
-      line.remove(0, 1);
-    const QString mistake = addLine(read, section, line.trimmed(), keys);
+    const QString line = QString::fromUtf8(file.readLine()).trimmed(); // without a byte order mark at its start
+    const QString mistake = addLine(read, section, line, keys);
     if (!mistake.isEmpty())
       fail(UsageError, QString("%1, line %2: %3").arg(quoted(path), QString::number(number), mistake),
            "correct the line; 'tarnwell config' shows the settings");

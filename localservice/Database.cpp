@@ -70,18 +70,18 @@ void refuseForeignFile(const std::string& file) {
     throw StoreError(file + ": the file of another program");
 }
 
-std::int64_t countTables(SQLite::Database& database, const char* condition) {
-  Query tables(database, std::string("SELECT count(*) FROM sqlite_master WHERE ") + condition);
+std::int64_t countTables(Connection& connection, const char* condition) {
+  Query tables(connection, std::string("SELECT count(*) FROM sqlite_master WHERE ") + condition);
   std::int64_t count = 0;
   tables.step();
   tables.read(count);
   return count;
 }
 
-void createTables(SQLite::Database& database) {
-  SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
-  if (countTables(database, "true") == 0) // another process may have created them in the meantime
-    database.exec(schema);
+void createTables(Connection& connection) {
+  SQLite::Transaction transaction(connection.database, SQLite::TransactionBehavior::IMMEDIATE);
+  if (countTables(connection, "true") == 0) // another process may have created them in the meantime
+    connection.database.exec(schema);
   transaction.commit();
 }
 
@@ -95,26 +95,32 @@ DatabaseFile::DatabaseFile(std::string name, OpenMode openMode) : file(std::move
   refuseForeignFile(file);
 }
 
-SQLite::Database DatabaseFile::connect() const {
+Connection DatabaseFile::connect() const {
   const int flags = mode == OpenMode::Read ? SQLite::OPEN_READONLY : SQLite::OPEN_READWRITE;
-  SQLite::Database database = file == inMemory
-                                  ? SQLite::Database("file:/tarnwell?vfs=memdb",
-                                                     SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | SQLite::OPEN_URI)
-                                  : SQLite::Database(file, flags);
-  sqlite3_busy_handler(database.getHandle(), waitForOthers, nullptr);
+  Connection connection{file == inMemory
+                            ? SQLite::Database("file:/tarnwell?vfs=memdb",
+                                               SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | SQLite::OPEN_URI)
+                            : SQLite::Database(file, flags),
+                        {}};
+  sqlite3_busy_handler(connection.database.getHandle(), waitForOthers, nullptr);
   // With a rollback journal, all data is in the one file between two saves. Removing the journal commits; with EXTRA,
   // the removal is on the disk when a save returns.
-  database.exec("PRAGMA synchronous = EXTRA");
-  if (mode == OpenMode::Create && countTables(database, "true") == 0)
-    createTables(database);
-  if (countTables(database, "name IN ('accounts', 'maps', 'updates', 'reports')") != 4)
+  connection.database.exec("PRAGMA synchronous = EXTRA");
+  if (mode == OpenMode::Create && countTables(connection, "true") == 0)
+    createTables(connection);
+  if (countTables(connection, "name IN ('accounts', 'maps', 'updates', 'reports')") != 4)
     throw StoreError(file + ": not a file of this program");
-  return database;
+  return connection;
 }
 
 bool hasMoved(SQLite::Database& database) {
   int moved = 0;
   return sqlite3_file_control(database.getHandle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK && moved != 0;
+}
+
+Query::~Query() {
+  statement.tryReset(); // repeats the error of the last step(), which is known
+  statement.clearBindings();
 }
 
 Query& Query::bind(std::int64_t value) {

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 
 namespace localservice {
@@ -23,6 +24,13 @@ enum class OpenMode {
   Create  ///< a missing or empty file becomes a new database
 };
 
+/// A connection, and its statements by their texts: preparing one again for each request would take longer than running
+/// it.
+struct Connection {
+  SQLite::Database database;
+  std::map<std::string, SQLite::Statement> statements;
+};
+
 /// The file of this process. Constant: any thread. ":memory:" is one database of this process, which exists while it is
 /// open anywhere.
 class DatabaseFile {
@@ -34,7 +42,7 @@ public:
   DatabaseFile(std::string name, OpenMode openMode);
 
   /// Opens a connection. Throws StoreError.
-  SQLite::Database connect() const;
+  Connection connect() const;
 
 private:
   const std::string file;
@@ -50,10 +58,16 @@ struct Bytes {
   std::size_t size = 0;
 };
 
-/// One prepared statement. Bound texts and bytes must live until the last step(). Every function throws StoreError.
+/// One use of a prepared statement; not two of the same text at a time. Bound texts and bytes must live as long as this
+/// object. Every function throws StoreError.
 class Query {
 public:
-  Query(SQLite::Database& database, const std::string& sql) : statement(database, sql) {}
+  Query(Connection& connection, const std::string& sql)
+      : statement(connection.statements.try_emplace(sql, connection.database, sql).first->second) {}
+  /// Ends the statement's locks on the file.
+  ~Query();
+  Query(const Query&) = delete;
+  Query& operator=(const Query&) = delete;
 
   Query& bind(std::int64_t value);
   Query& bind(bool value) { return bind(std::int64_t{value}); }
@@ -78,7 +92,7 @@ public:
 private:
   SQLite::Column nextRequired();
 
-  SQLite::Statement statement;
+  SQLite::Statement& statement;
   int bound = 0;
   int column = 0;
 };

@@ -178,8 +178,7 @@ void HttpConnection::sendContinue() {
 int HttpConnection::readToEnd() {
   while (static_cast<int>(soap_getchar(soap)) != EOF)
     continue;
-  const bool isWhole = !refusedFor && (isChunked ? chunks && chunks->isWhole() : toReceive == 0);
-  return soap->error = isWhole ? SOAP_OK : SOAP_EOF;
+  return soap->error = refusedFor ? SOAP_EOF : SOAP_OK;
 }
 
 int HttpConnection::send(const char* bytes, std::size_t size) {

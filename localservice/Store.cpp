@@ -123,35 +123,35 @@ private:
 /// A transaction that takes the write lock at once: a later query cannot fail because another process has the lock.
 class WriteTransaction : WriteTurn, public SQLite::Transaction {
 public:
-  explicit WriteTransaction(SQLite::Database& database)
-      : SQLite::Transaction(database, SQLite::TransactionBehavior::IMMEDIATE) {}
+  explicit WriteTransaction(Connection& connection)
+      : SQLite::Transaction(connection.database, SQLite::TransactionBehavior::IMMEDIATE) {}
 };
 
 } // namespace
 
 void Store::followFile() {
-  if (connection && hasMoved(*connection))
-    connection.reset();
+  if (opened && hasMoved(opened->database))
+    opened.reset();
 }
 
 void Store::putAccount(const std::string& name, const std::string& password, bool premium) {
   const std::string hash = hashPassword(password);
-  Query query(database(), "INSERT OR REPLACE INTO accounts(name, password, premium) VALUES(?, ?, ?)");
+  Query query(connection(), "INSERT OR REPLACE INTO accounts(name, password, premium) VALUES(?, ?, ?)");
   query.bind(name).bind(hash).bind(premium).run();
 }
 
 bool Store::removeAccount(const std::string& name) {
-  WriteTransaction transaction(database());
-  Query maps(database(), "DELETE FROM maps WHERE owner = ?");
+  WriteTransaction transaction(connection());
+  Query maps(connection(), "DELETE FROM maps WHERE owner = ?");
   maps.bind(name).run();
-  Query account(database(), "DELETE FROM accounts WHERE name = ?");
+  Query account(connection(), "DELETE FROM accounts WHERE name = ?");
   const bool existed = account.bind(name).run() != 0;
   transaction.commit();
   return existed;
 }
 
 void Store::listAccounts(const std::function<void(const char*, bool)>& visit) {
-  Query query(database(), "SELECT name, premium FROM accounts ORDER BY name");
+  Query query(connection(), "SELECT name, premium FROM accounts ORDER BY name");
   while (query.step()) {
     const char* const name = query.readRequiredText();
     bool premium = false;
@@ -164,7 +164,7 @@ dsns__DesktopLoginEnumerators Store::login(const char* name, const char* passwor
   std::string hash = unmatchedHash();
   bool premium = false;
   {
-    Query query(database(), "SELECT password, premium FROM accounts WHERE name = ?");
+    Query query(connection(), "SELECT password, premium FROM accounts WHERE name = ?");
     if (query.bind(name).step()) {
       hash = query.readRequiredText();
       query.read(premium);
@@ -176,7 +176,7 @@ dsns__DesktopLoginEnumerators Store::login(const char* name, const char* passwor
 }
 
 void Store::listMaps(const std::string& owner, bool publishedOnly, unsigned blocks, const MapVisitor& visit) {
-  Query query(database(), "SELECT " + mapColumns(blocks) + inList + " ORDER BY rowid");
+  Query query(connection(), "SELECT " + mapColumns(blocks) + inList + " ORDER BY rowid");
   query.bind(owner).bind(publishedOnly);
   while (query.step())
     visit(readMap(query));
@@ -184,7 +184,7 @@ void Store::listMaps(const std::string& owner, bool publishedOnly, unsigned bloc
 
 dsns__DesktopMapAccess Store::loadMap(const std::string& owner, const std::string& id, unsigned blocks,
                                       const MapVisitor& visit) {
-  Query query(database(),
+  Query query(connection(),
               std::string("SELECT ") + accessColumns + ", " + mapColumns(blocks) + " FROM maps WHERE id = ?");
   query.bind(id);
   if (!query.step())
@@ -196,17 +196,17 @@ dsns__DesktopMapAccess Store::loadMap(const std::string& owner, const std::strin
 }
 
 std::uint64_t Store::memoryOfList(const std::string& owner, bool publishedOnly, unsigned blocks) {
-  Query query(database(), "SELECT " + memoryExpression(blocks) + inList);
+  Query query(connection(), "SELECT " + memoryExpression(blocks) + inList);
   return readSize(query.bind(owner).bind(publishedOnly));
 }
 
 std::uint64_t Store::memoryOfMap(const std::string& id, unsigned blocks) {
-  Query query(database(), "SELECT " + memoryExpression(blocks) + " FROM maps WHERE id = ?");
+  Query query(connection(), "SELECT " + memoryExpression(blocks) + " FROM maps WHERE id = ?");
   return readSize(query.bind(id));
 }
 
 dsns__DesktopMapAccess Store::saveMap(const std::string& owner, const MapRecord& map, bool forced, std::string& id) {
-  WriteTransaction transaction(database());
+  WriteTransaction transaction(connection());
   id = canonicalIdentifier(map.id);
   dsns__DesktopMapAccess found = accessTo(owner, id);
   if (found == dsns__DesktopMapAccess__None) {
@@ -220,7 +220,7 @@ dsns__DesktopMapAccess Store::saveMap(const std::string& owner, const MapRecord&
   else if (!forced)
     return dsns__DesktopMapAccess__FileExists;
 
-  Query query(database(), saveStatement());
+  Query query(connection(), saveStatement());
   query.bind(id).bind(owner).bind(now());
   forSavedColumns(map, [&](const char*, const auto& member, Blocks) { query.bind(member); });
   query.run();
@@ -229,7 +229,7 @@ dsns__DesktopMapAccess Store::saveMap(const std::string& owner, const MapRecord&
 }
 
 dsns__DesktopMapAccess Store::renameMap(const std::string& owner, const std::string& id, const char* name) {
-  WriteTransaction transaction(database());
+  WriteTransaction transaction(connection());
   const dsns__DesktopMapAccess found = accessTo(owner, id);
   if (found != dsns__DesktopMapAccess__Success)
     return found;
@@ -239,33 +239,33 @@ dsns__DesktopMapAccess Store::renameMap(const std::string& owner, const std::str
   if (!namesake.empty() && namesake != id)
     return dsns__DesktopMapAccess__FileExists;
 
-  Query query(database(), "UPDATE maps SET name = ? WHERE id = ?");
+  Query query(connection(), "UPDATE maps SET name = ? WHERE id = ?");
   query.bind(name).bind(id).run();
   transaction.commit();
   return dsns__DesktopMapAccess__Success;
 }
 
 dsns__DesktopMapAccess Store::removeMap(const std::string& owner, const std::string& id) {
-  WriteTransaction transaction(database());
+  WriteTransaction transaction(connection());
   const dsns__DesktopMapAccess found = accessTo(owner, id);
   if (found != dsns__DesktopMapAccess__Success)
     return found;
 
-  Query query(database(), "UPDATE maps SET removed = 1, thumbnail = NULL, preview = NULL, backup = NULL,"
-                          " content = NULL WHERE id = ?");
+  Query query(connection(), "UPDATE maps SET removed = 1, thumbnail = NULL, preview = NULL, backup = NULL,"
+                            " content = NULL WHERE id = ?");
   query.bind(id).run();
   transaction.commit();
   return dsns__DesktopMapAccess__Success;
 }
 
 bool Store::markCollaboration(const std::string& id, bool ongoing) {
-  Query query(database(), "UPDATE maps SET collaboration = ? WHERE id = ?");
+  Query query(connection(), "UPDATE maps SET collaboration = ? WHERE id = ?");
   return query.bind(ongoing).bind(id).run() != 0;
 }
 
 void Store::listAllMaps(const std::function<void(const char*, const char*, const MapRecord&)>& visit) {
-  Query query(database(), "SELECT owner, iif(removed, 'removed', iif(collaboration, 'collaboration', 'stored')), " +
-                              mapColumns(NoBlocks) + " FROM maps ORDER BY rowid");
+  Query query(connection(), "SELECT owner, iif(removed, 'removed', iif(collaboration, 'collaboration', 'stored')), " +
+                                mapColumns(NoBlocks) + " FROM maps ORDER BY rowid");
   while (query.step()) {
     const char* const owner = query.readRequiredText();
     const char* const state = query.readRequiredText();
@@ -274,12 +274,12 @@ void Store::listAllMaps(const std::function<void(const char*, const char*, const
 }
 
 void Store::announceUpdate(const Update& update) {
-  Query query(database(), "INSERT OR REPLACE INTO updates(id, version, path) VALUES(1, ?, ?)");
+  Query query(connection(), "INSERT OR REPLACE INTO updates(id, version, path) VALUES(1, ?, ?)");
   query.bind(update.version).bind(update.path).run();
 }
 
 Update Store::announcedUpdate() {
-  Query query(database(), "SELECT version, path FROM updates");
+  Query query(connection(), "SELECT version, path FROM updates");
   if (!query.step())
     return {};
   const char* const version = query.readRequiredText();
@@ -292,19 +292,19 @@ void Store::addReport(const Report& report) {
     size += text ? std::strlen(text) : 0;
   if (size > longestReport)
     throw StoreError("the report is too long");
-  WriteTransaction transaction(database());
-  Query query(database(), "INSERT INTO reports(received, name, email, subject, message, file_name, attachment)"
-                          " VALUES(?, ?, ?, ?, ?, ?, ?)");
+  WriteTransaction transaction(connection());
+  Query query(connection(), "INSERT INTO reports(received, name, email, subject, message, file_name, attachment)"
+                            " VALUES(?, ?, ?, ?, ?, ?, ?)");
   query.bind(now()).bind(report.name).bind(report.email).bind(report.subject).bind(report.message);
   query.bind(report.fileName).bind(report.attachment).run();
-  Query oldest(database(), "DELETE FROM reports WHERE number <= (SELECT max(number) FROM reports) - ?");
+  Query oldest(connection(), "DELETE FROM reports WHERE number <= (SELECT max(number) FROM reports) - ?");
   oldest.bind(std::int64_t{mostReports}).run();
   transaction.commit();
 }
 
 void Store::listReports(const std::function<void(const Report&)>& visit) {
-  Query query(database(), "SELECT number, received, name, email, subject, message, file_name, attachment"
-                          " FROM reports ORDER BY number");
+  Query query(connection(), "SELECT number, received, name, email, subject, message, file_name, attachment"
+                            " FROM reports ORDER BY number");
   while (query.step()) {
     Report report;
     query.read(report.number);
@@ -317,20 +317,20 @@ void Store::listReports(const std::function<void(const Report&)>& visit) {
 }
 
 dsns__DesktopMapAccess Store::accessTo(const std::string& owner, const std::string& id) {
-  Query query(database(), std::string("SELECT ") + accessColumns + " FROM maps WHERE id = ?");
+  Query query(connection(), std::string("SELECT ") + accessColumns + " FROM maps WHERE id = ?");
   query.bind(id);
   return query.step() ? readAccess(query, owner) : dsns__DesktopMapAccess__None;
 }
 
-SQLite::Database& Store::database() {
-  if (!connection)
-    connection.emplace(file.connect());
-  return *connection;
+Connection& Store::connection() {
+  if (!opened)
+    opened.emplace(file.connect());
+  return *opened;
 }
 
 std::string Store::findByName(const std::string& owner, const char* name) {
-  Query query(database(), "SELECT id FROM maps WHERE owner = ? AND name = ? AND NOT removed"
-                          " ORDER BY rowid");
+  Query query(connection(), "SELECT id FROM maps WHERE owner = ? AND name = ? AND NOT removed"
+                            " ORDER BY rowid");
   query.bind(owner).bind(name);
   return query.step() ? query.readRequiredText() : "";
 }

@@ -66,7 +66,7 @@ class Store {
 public:
   /// Does not connect: the first function that needs a connection does, or open(). `databaseFile` outlives this object.
   explicit Store(const DatabaseFile& databaseFile) : file(databaseFile) {}
-  void open() { database(); }
+  void open() { connection(); }
   /// Closes the connection if the file of this name is now another one: the next function opens that one.
   void followFile();
 
@@ -116,10 +116,10 @@ public:
 private:
   [[nodiscard]] dsns__DesktopMapAccess accessTo(const std::string& owner, const std::string& id);
   [[nodiscard]] std::string findByName(const std::string& owner, const char* name);
-  SQLite::Database& database();
+  Connection& connection();
 
   const DatabaseFile& file;
-  std::optional<SQLite::Database> connection;
+  std::optional<Connection> opened;
 };
 
 } // namespace localservice

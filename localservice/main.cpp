@@ -21,8 +21,10 @@ using namespace localservice;
 void serve(const Options& options, const DatabaseFile& file) {
   std::signal(SIGHUP, SIG_IGN);
   std::signal(SIGPIPE, SIG_IGN); // when the reader of the log has closed it
-  // A fixed threshold makes free() return blocks of 1 MiB and more to the system; otherwise malloc raises it.
+  // With a fixed threshold, free() returns blocks of 1 MiB and more to the system; otherwise malloc raises it. Less
+  // than that stays at the end of the heap: the next request would get it back page by page.
   mallopt(M_MMAP_THRESHOLD, 1 << 20);
+  mallopt(M_TRIM_THRESHOLD, 1 << 20);
   sigset_t stops;
   sigemptyset(&stops);
   sigaddset(&stops, SIGINT);

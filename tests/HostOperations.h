@@ -64,15 +64,18 @@ public:
   }
   auto* context() const { return m_service.proxy.soap; }
   enum Held { Objects, Data }; // of soap_malloc
-  bool holds(Held what) const {
+  /// How many a context holds; of data with releases before 2.8.142: whether it holds any.
+  static std::size_t held(const struct soap* soap, Held what) {
+    std::size_t count = 0;
 #if GSOAP_VERSION < 208142
-    return what == Data ? context()->alist != nullptr : context()->clist != nullptr;
+    for (const soap_clist* entry = soap->clist; entry && what == Objects; entry = entry->next)
+      ++count;
+    return what == Data ? soap->alist != nullptr : count;
 #else
-    for (const soap_clist* entry : context()->cht)
+    for (const soap_clist* entry : soap->cht)
       for (; entry; entry = entry->next)
-        if ((entry->type == 0) == (what == Data))
-          return true;
-    return false;
+        count += (entry->type == 0) == (what == Data);
+    return count;
 #endif
   }
   void loseContext() {

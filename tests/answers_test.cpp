@@ -12,16 +12,6 @@
 
 namespace {
 
-enum Kind { Text, Guid, Time, Block, Bool, Float };
-const struct {
-  const char* name;
-  Kind kind;
-} members[] = {{"MapName", Text},        {"MapId", Guid},          {"Author", Text},      {"LastModified", Time},
-               {"Created", Time},        {"Description", Text},    {"Thumbnail", Block},  {"IsPublished", Bool},
-               {"MapContent", Block},    {"AllowInclusion", Bool}, {"Version", Float},    {"Preview", Block},
-               {"OldTwlxBackUp", Block}, {"Format_IsTwlx", Bool},  {"Format_Type", Text}, {"Format_Version", Text},
-               {"Format_Header", Text}};
-
 /// A list's elements are made in their order, the operands of "+" in any order.
 std::string joined(std::initializer_list<std::string> parts) {
   std::string all;
@@ -53,8 +43,29 @@ public:
         tagged(operation + "Response", tagged(operation + "Result", between() + children[0] + children[1]));
     expected = (value == "-" ? "no login" : value == "0" ? "login 0" : "login 2") + expected + " end";
     const std::string end = m_soap + "Body></" + m_soap + "Envelope>";
-    return joined({start, "<", m_soap, "Envelope", declared(), ">", space(), header(), "<", m_soap, "Body>", space(),
-                   result, m_independent, m_random.once(6) ? "t]]<![CDATA[]]]]>" + unknown() : "", space(), "</", end,
+    const std::string own = declared(m_prefix, TARNWELL_SERVICE_NAMESPACE), others = " xmlns:u='urn:unknown'";
+    return joined({start,
+                   "<",
+                   m_soap,
+                   "Envelope",
+                   declared(m_soap, message::envelopeNamespace),
+                   own,
+                   others,
+                   declared("i:", "http://www.w3.org/2001/XMLSchema-instance"),
+                   declared("x:", "http://www.w3.org/2001/XMLSchema"),
+                   ">",
+                   space(),
+                   header(),
+                   "<",
+                   m_soap,
+                   "Body>",
+                   space(),
+                   result,
+                   m_independent,
+                   m_random.once(6) ? "t]]<![CDATA[]]]]>" + unknown() : "",
+                   space(),
+                   "</",
+                   end,
                    space()});
   }
 
@@ -74,17 +85,9 @@ private:
                    " encoding", equals, quote, encoding, quote, "?>", space()});
   }
 
-  std::string declared() {
-    const std::string pairs[] = {
-        " xmlns:" + m_soap.substr(0, m_soap.size() - 1) + "='" + message::envelopeNamespace + "'",
-        m_prefix.empty() ? " xmlns='" TARNWELL_SERVICE_NAMESPACE "'"
-                         : " xmlns:" + m_prefix.substr(0, m_prefix.size() - 1) + "='" TARNWELL_SERVICE_NAMESPACE "'",
-        " xmlns:i=\"http://www.w3.org/2001/XMLSchema-instance\"", " xmlns:x=\"http://www.w3.org/2001/XMLSchema\"",
-        " xmlns:u='urn:unknown'"};
-    std::string all;
-    for (std::size_t i = 0, first = m_random.below(5); i < 5; ++i)
-      all += pairs[(first + i) % 5];
-    return all;
+  /// The declaration of the prefix of a name, or of the default namespace.
+  static std::string declared(const std::string& prefix, const std::string& uri) {
+    return " xmlns" + (prefix.empty() ? "" : ':' + prefix.substr(0, prefix.size() - 1)) + "='" + uri + '\'';
   }
 
   std::string header() {
@@ -144,9 +147,9 @@ private:
     std::vector<std::string> children;
     expected += " {";
     const std::size_t start = expected.size();
-    for (const auto& [name, kind] : members)
+    for (const tarnwell::Row& row : dsns__DesktopInfoClass::rows())
       if (!m_random.once(3))
-        children.push_back(member(name, kind));
+        children.push_back(member(row.local, row.type));
     if (expected.size() > start)
       expected.erase(start, 1); // the blank before the first value
     expected += "}";
@@ -160,21 +163,21 @@ private:
 
   /// An element with a value, often in a form of its own: nil, by reference, repeated with another value that is not
   /// read.
-  std::string member(const std::string& name, Kind kind) {
+  std::string member(const std::string& name, int kind) {
     if (m_random.once(12))
       return tagged(name, m_random.once(3) ? unknown() : "", m_random.of({" i:nil='true'", " i:nil='1'"}));
     const std::string content = value(name, kind);
-    const char* const types[] = {"x:string", "x:string", "x:dateTime", "x:base64Binary", "x:boolean", "x:float"};
+    const std::string own = kind == SOAP_TYPE_dsns2__guid ? "string" : tarnwell::localPart(tarnwell::typeOf(kind).name);
     std::string element;
     if (m_refers && m_random.once(8)) {
       const std::string id = "i" + std::to_string(++m_ids);
-      m_independent += std::string("<") + types[kind] + " id='" + id + "'>" + content + "</" + types[kind] + ">";
+      m_independent += "<x:" + own + " id='" + id + "'>" + content + "</x:" + own + ">";
       element = tagged(name, "", " href='#" + id + "'");
     } else {
-      const char* const type = kind == Float && m_random.once(3) ? "x:double" : types[kind];
+      const std::string type = own == "float" && m_random.once(3) ? "double" : own;
       element = tagged(name, content,
-                       m_random.of<std::string>({"", "", "", " i:nil='false'", " a='b' xml:lang=\"en\"",
-                                                 std::string(" i:type='") + type + "'"}));
+                       m_random.of<std::string>(
+                           {"", "", "", " i:nil='false'", " a='b' xml:lang=\"en\"", " i:type='x:" + type + "'"}));
     }
     return m_random.once(10) ? element + tagged(name, unknown()) : element;
   }
@@ -184,26 +187,19 @@ private:
     return shown;
   }
 
-  std::string value(const std::string& name, Kind kind) {
-    switch (kind) {
-    case Text:
+  std::string value(const std::string& name, int kind) {
+    if (kind == SOAP_TYPE_xsd__string)
       return text(name);
-    case Guid:
+    if (kind == SOAP_TYPE_xsd__dateTime)
+      return time(name);
+    if (kind == SOAP_TYPE_xsd__base64Binary)
+      return block(name);
+    if (kind == SOAP_TYPE_dsns2__guid)
       return expect(name,
                     m_random.of({"67c8770b-44f1-410a-ab9a-f9b5446f13ee", "{67C8770B-44F1-410A-AB9A-F9B5446F13EE}"}));
-    case Time:
-      return time(name);
-    case Block:
-      return block(name);
-    case Bool: {
-      const bool isTrue = m_random.once(2);
-      if (isTrue)
-        expect(name, "1");
-      return spaced(isTrue ? m_random.of({"true", "1"}) : m_random.of({"false", "0"}));
-    }
-    default:
-      break;
-    }
+    if (kind == SOAP_TYPE_xsd__boolean)
+      return spaced(m_random.once(2) ? expect(name, "1") == "1" ? m_random.of({"true", "1"}) : ""
+                                     : m_random.of({"false", "0"}));
     const double odd = static_cast<double>(m_random.below(4000)) / 4 - 500.125;
     expect(name, QString::number(odd, 'g', 9).toStdString());
     return spaced(QString::number(odd, m_random.of({'g', 'e', 'f', 'E'}), 9).toStdString());

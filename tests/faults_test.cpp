@@ -16,11 +16,17 @@
 
 namespace {
 
+/// Calls `run` while its calls meet `faults`.
+template <class Run> auto meeting(Faults& faults, Run run) {
+  Faults::meets = &faults;
+  const auto result = run();
+  Faults::meets = nullptr;
+  return result;
+}
+
 /// The result of `operation`, whose calls meet `faults`, and all values of the host after it.
 std::string outcome(const HostOperation& operation, Host& host, Faults& faults) {
-  Faults::meets = &faults;
-  const int result = operation.call(host);
-  Faults::meets = nullptr;
+  const int result = meeting(faults, [&] { return operation.call(host); });
   return std::to_string(result) + "\n" + host.seen();
 }
 
@@ -113,13 +119,10 @@ TEST(Faults, SettingsThatFailStandAsBefore) {
       host.setProxySettings("127.0.0.1", proxy.port(), "user", "password", true);
       const QString other(100, 'o');
       Faults faults{Faults::Memory, position};
-      Faults::meets = &faults;
-      if (set)
-        (host.*set)(other);
-      else
-        host.setProxySettings(other, 1, other, other, true);
-      Faults::meets = nullptr;
-      reached = faults.calls > position;
+      reached = meeting(faults, [&] {
+        set ? (host.*set)(other) : host.setProxySettings(other, 1, other, other, true);
+        return faults.calls > position;
+      });
       if (reached) {
         EXPECT_EQ(0, hostOperations()[2].call(host));
         EXPECT_EQ("Basic dXNlcjpwYXNzd29yZA==", proxy.request().header("Proxy-Authorization"));
@@ -131,10 +134,7 @@ TEST(Faults, ClientTellsAnException) {
   STLDesktopService client;
   _dsns__CheckDesktopVersionResponse response;
   Faults faults{Faults::Memory};
-  Faults::meets = &faults;
-  const int code = client.checkForUpdate(L"1", 1, &response);
-  Faults::meets = nullptr;
-  EXPECT_EQ(-1, code);
+  EXPECT_EQ(-1, meeting(faults, [&] { return client.checkForUpdate(L"1", 1, &response); }));
 }
 
 // They do not use other descriptors either: without a socket, the runtime would use the standard streams.
@@ -167,10 +167,7 @@ TEST(Faults, AFileThatIsTooLargeIsNotRead) {
   ASSERT_TRUE(QFile::resize(path, static_cast<qint64>(tarnwell::largestBlock) + 1)); // without blocks on the disk
   Host host("http://127.0.0.1:1/");
   Faults faults{Faults::System, LONG_MAX};
-  Faults::meets = &faults;
-  const int result = host.saveMap(path, host.info, host.bytes, true);
-  Faults::meets = nullptr;
-  EXPECT_EQ(ResultFailed, result);
+  EXPECT_EQ(ResultFailed, meeting(faults, [&] { return host.saveMap(path, host.info, host.bytes, true); }));
   EXPECT_EQ(1, faults.calls) << "it is opened";
   EXPECT_EQ(show(known()), show(host.info));
 }

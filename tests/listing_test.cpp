@@ -48,6 +48,22 @@ TEST(Listing, AppendsToTheHostsList) {
     }
 }
 
+TEST(Listing, HoldsOneDescriptionAtATime) {
+  static std::size_t most;
+  most = 0;
+  const std::string entries = replaced(std::string(1000, '.'), ".", element("DesktopInfoClass", "<Author>a</Author>"));
+  for (const std::size_t index : {1U, 2U}) {
+    ServiceUnderTest tested(hostOperations()[index].name, message::listing(entries));
+    tested.service.context()->fpreparerecv = [](struct soap* soap, const char*, std::size_t) -> int {
+      most = std::max(most, Host::held(soap, Host::Objects));
+      return SOAP_OK;
+    };
+    EXPECT_EQ(0, hostOperations()[index].call(tested.service));
+    EXPECT_EQ(1001, tested.service.maps.size());
+    EXPECT_LT(most, 10U) << "while the list arrived";
+  }
+}
+
 TEST(Listing, SendsTheCredentialsOfTheLastLogin) {
   ServiceUnderTest tested("Login", message::loginValue("NotAUser"));
   tested.service.login("first", "other");

@@ -32,7 +32,7 @@ int Chunks::parseHead(struct soap* soap) {
 
 std::size_t Chunks::receive(struct soap* soap, char* to, std::size_t room) {
   Chunks& self = of(soap);
-  while (self.m_part < Part::Wrong) {
+  while (self.m_part != Part::End) {
     const std::size_t received = self.m_receive(soap, to, room);
     const std::size_t joined = self.join(to, received);
     if (joined || !received)
@@ -44,7 +44,7 @@ std::size_t Chunks::receive(struct soap* soap, char* to, std::size_t room) {
 /// Leaves of `size` bytes what stands in chunks; returns how many these are.
 std::size_t Chunks::join(char* bytes, std::size_t size) {
   char* to = bytes;
-  for (const char *at = bytes, *const end = bytes + size; at < end && m_part < Part::Wrong;) {
+  for (const char *at = bytes, *const end = bytes + size; at < end && m_part != Part::End;) {
     if (m_left == 0) {
       readFraming(*at++);
       continue;
@@ -68,7 +68,7 @@ void Chunks::readFraming(char c) {
     if (m_next > (m_soap->recv_maxlength ? m_soap->recv_maxlength : largest))
       end(Wrong::Length);
   } else if (isBegun && c == '\n') {
-    m_part = m_next ? Part::DataEnd : Part::Whole;
+    m_part = m_next ? Part::DataEnd : Part::End;
     m_left = std::exchange(m_next, 0);
   } else if (m_part == Part::Extension || (isBegun && (c == ';' || isBlank(c)))) {
     m_part = Part::Extension;
@@ -80,7 +80,7 @@ void Chunks::readFraming(char c) {
 }
 
 void Chunks::end(Wrong wrong) {
-  m_part = Part::Wrong;
+  m_part = Part::End;
   m_error = m_refuse ? m_refuse(m_soap, wrong) : SOAP_OK;
 }
 

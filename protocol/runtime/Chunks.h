@@ -19,11 +19,8 @@ public:
   Chunks& operator=(const Chunks&) = delete;
   ~Chunks();
 
-  /// Whether the last chunk has arrived.
-  bool isWhole() const { return m_part == Part::Whole; }
-
 private:
-  enum class Part { DataEnd, Start, Size, Extension, Wrong, Whole };
+  enum class Part { DataEnd, Start, Size, Extension, End };
 
   static Chunks& of(struct soap* soap) { return *static_cast<Chunks*>(userData(soap, UserData::Chunks)); }
   static int parseHead(struct soap* soap);
