@@ -1,6 +1,6 @@
 // Runs the fuzzer's target without libFuzzer: on every file of the corpus, and on inputs that are made from them. Input
 // N of a seed is the same on every machine. While an input runs, it is in FINDING: a crash leaves it there.
-//   split_fuzz SEED RUNS FINDING CORPUS DICTIONARY
+//   split_fuzz SEED RUNS FINDING CORPUS
 #include "tests/Random.h"
 
 #include <algorithm>
@@ -31,18 +31,6 @@ std::vector<std::string> corpusOf(const char* folder) {
   return contents;
 }
 
-/// The words of a dictionary in libFuzzer's form: in quotes, one in a line, special characters as \xNN.
-std::vector<std::string> wordsOf(const char* dictionary) {
-  std::vector<std::string> words;
-  std::istringstream lines(contentOf(dictionary));
-  for (std::string line; std::getline(lines, line);) {
-    words.push_back(line.substr(1, line.size() - 2));
-    for (std::size_t at = 0; (at = words.back().find("\\x")) != std::string::npos;)
-      words.back().replace(at, 4, 1, static_cast<char>(std::stoi(words.back().substr(at + 2, 2), nullptr, 16)));
-  }
-  return words;
-}
-
 /// Position and length of a part of `text`: any bytes, a number, or from one tag or line to another.
 std::pair<std::size_t, std::size_t> someRange(const std::string& text, Random& random) {
   const char* const edges = random.of({"\n", "<", "<", "0123456789"});
@@ -57,18 +45,18 @@ std::pair<std::size_t, std::size_t> someRange(const std::string& text, Random& r
   return {from, to - from};
 }
 
-void mutate(std::string& text, const std::string& other, const std::vector<std::string>& words, Random& random) {
+void mutate(std::string& text, const std::string& other, Random& random) {
   const auto [from, size] = someRange(text, random);
   const auto [otherFrom, otherSize] = someRange(other, random);
-  const std::string insertions[] = {"", std::string(1, static_cast<char>(random.next())), random.of(words),
-                                    text.substr(from, size), other.substr(otherFrom, otherSize)};
+  const std::string insertions[] = {"", std::string(1, static_cast<char>(random.next())), text.substr(from, size),
+                                    other.substr(otherFrom, otherSize)};
   text.replace(from, random.once(2) ? size : 0, random.of(insertions));
 }
 
-std::string madeOf(const std::vector<std::string>& corpus, const std::vector<std::string>& words, Random random) {
+std::string madeOf(const std::vector<std::string>& corpus, Random random) {
   std::string text = random.of(corpus);
   for (std::size_t count = 1 + random.below(8); count > 0 && !text.empty(); --count)
-    mutate(text, random.of(corpus), words, random);
+    mutate(text, random.of(corpus), random);
   if (!text.empty())
     text[0] = static_cast<char>(random.next()); // the size of the pieces
   return text.substr(0, 20000);
@@ -77,19 +65,19 @@ std::string madeOf(const std::vector<std::string>& corpus, const std::vector<std
 } // namespace
 
 int main(int count, char** arguments) {
-  if (count != 6)
-    return std::fprintf(stderr, "usage: split_fuzz SEED RUNS FINDING CORPUS DICTIONARY\n"), 2;
+  if (count != 5)
+    return std::fprintf(stderr, "usage: split_fuzz SEED RUNS FINDING CORPUS\n"), 2;
   const std::uint64_t seed = std::stoull(arguments[1]), runs = std::stoull(arguments[2]);
   const std::filesystem::path finding = std::filesystem::absolute(arguments[3]);
-  const std::vector<std::string> corpus = corpusOf(arguments[4]), words = wordsOf(arguments[5]);
-  if (corpus.empty() || words.empty())
-    return std::fprintf(stderr, "split_fuzz: no corpus or no dictionary\n"), 2;
+  const std::vector<std::string> corpus = corpusOf(arguments[4]);
+  if (corpus.empty())
+    return std::fprintf(stderr, "split_fuzz: no corpus\n"), 2;
   std::printf("%zu files, %s inputs of seed %s; one that fails stays in %s\n", corpus.size(), arguments[2],
               arguments[1], finding.c_str());
   std::fflush(stdout);
   for (std::uint64_t number = 0; number < corpus.size() + runs; ++number) {
     const std::string input =
-        number < corpus.size() ? corpus[number] : madeOf(corpus, words, Random(Random(seed).next() + number));
+        number < corpus.size() ? corpus[number] : madeOf(corpus, Random(Random(seed).next() + number));
     std::ofstream(finding, std::ios::binary) << input;
     LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
   }

@@ -9,6 +9,7 @@
 
 #include <QtCore/QDateTime>
 #include <cstdio>
+#include <sstream>
 
 namespace {
 
@@ -29,44 +30,15 @@ public:
 
   /// The whole answer of a listing.
   std::string answer(const std::string& operation) {
-    const std::string start = declaration();
-    std::string entries, login;
-    for (std::size_t count = m_random.below(4); count > 0; --count)
-      entries += entry();
-    const std::string value = m_random.of({"Success", "2", "Success", "2", "0", "-"});
-    if (value != "-")
-      login = tagged("DesktopLoginResponseObject", tagged("DesktopLoginValue", spaced(value)));
-    std::string children[] = {tagged("DesktopInfoObjectList", entries), login};
-    if (m_random.once(2))
-      std::swap(children[0], children[1]);
-    const std::string result =
-        tagged(operation + "Response", tagged(operation + "Result", between() + children[0] + children[1]));
-    expected = (value == "-" ? "no login" : value == "0" ? "login 0" : "login 2") + expected + " end";
-    const std::string end = m_soap + "Body></" + m_soap + "Envelope>";
-    const std::string own = declared(m_prefix, TARNWELL_SERVICE_NAMESPACE), others = " xmlns:u='urn:unknown'";
-    return joined({start,
-                   "<",
-                   m_soap,
-                   "Envelope",
-                   declared(m_soap, message::envelopeNamespace),
-                   own,
-                   others,
-                   declared("i:", "http://www.w3.org/2001/XMLSchema-instance"),
-                   declared("x:", "http://www.w3.org/2001/XMLSchema"),
-                   ">",
-                   space(),
-                   header(),
-                   "<",
-                   m_soap,
-                   "Body>",
-                   space(),
-                   result,
-                   m_independent,
-                   m_random.once(6) ? "t]]<![CDATA[]]]]>" + unknown() : "",
-                   space(),
-                   "</",
-                   end,
-                   space()});
+    std::ostringstream all; // what is random is made in the order in which it stands here
+    all << declaration() << "<" << m_soap << "Envelope" << declared(m_soap, message::envelopeNamespace)
+        << declared(m_prefix, TARNWELL_SERVICE_NAMESPACE) << " xmlns:u='urn:unknown'"
+        << declared("i:", "http://www.w3.org/2001/XMLSchema-instance")
+        << declared("x:", "http://www.w3.org/2001/XMLSchema") << ">" << space() << header() << "<" << m_soap << "Body>"
+        << space() << tagged(operation + "Response", tagged(operation + "Result", result())) << m_independent
+        << (m_random.once(6) ? "t]]<![CDATA[]]]]>" + unknown() : "") << space() << "</" << m_soap << "Body></" << m_soap
+        << "Envelope>" << space();
+    return all.str();
   }
 
   std::string expected;
@@ -74,6 +46,18 @@ public:
 private:
   std::string space() { return m_random.once(3) ? std::string(m_random.of({" ", "\n", "\r\n\t", "    "})) : ""; }
   std::string spaced(const std::string& value) { return joined({space(), value, space()}); }
+
+  std::string result() {
+    std::string entries, login;
+    for (std::size_t count = m_random.below(4); count > 0; --count)
+      entries += entry();
+    const std::string value = m_random.of({"Success", "2", "Success", "2", "0", "-"});
+    if (value != "-")
+      login = tagged("DesktopLoginResponseObject", tagged("DesktopLoginValue", spaced(value)));
+    expected = (value == "-" ? "no login" : value == "0" ? "login 0" : "login 2") + expected + " end";
+    const std::string before = between(), list = tagged("DesktopInfoObjectList", entries);
+    return before + (m_random.once(2) ? login + list : list + login);
+  }
 
   std::string declaration() {
     m_isLatin = m_random.once(4);
