@@ -9,8 +9,8 @@ namespace tarnwell {
 
 namespace {
 
-/// Adds `line` to the file, whose latest section it belongs to. Returns what is wrong with it; empty: nothing.
-QString addLine(ConfigurationFile& file, QString& section, const QString& line, const QStringList& keys) {
+/// Adds line `number` to the file, whose latest section it belongs to. Returns what is wrong with it; empty: nothing.
+QString addLine(ConfigurationFile& file, QString& section, const QString& line, int number, const QStringList& keys) {
   if (line.isEmpty() || line.startsWith('#') || line.startsWith(';'))
     return {};
   if (line.startsWith('[')) {
@@ -30,7 +30,7 @@ QString addLine(ConfigurationFile& file, QString& section, const QString& line, 
     return QString("there is no key %1; the keys are %2").arg(quoted(key), keys.join(", "));
   if (file.values[section].contains(key))
     return QString("%1 is given twice").arg(quoted(key));
-  file.values[section][key] = line.section('=', 1).trimmed();
+  file.values[section][key] = {line.section('=', 1).trimmed(), number};
   return {};
 }
 
@@ -46,7 +46,7 @@ ConfigurationFile readConfigurationFile(const QString& path, const QStringList& 
   QString section;
   for (int number = 1; file.isOpen() && !file.atEnd(); number++) {
     const QString line = QString::fromUtf8(file.readLine()).trimmed(); // without a byte order mark at its start
-    const QString mistake = addLine(read, section, line, keys);
+    const QString mistake = addLine(read, section, line, number, keys);
     if (!mistake.isEmpty())
       fail(UsageError, QString("%1, line %2: %3").arg(quoted(path), QString::number(number), mistake),
            "correct the line; 'tarnwell config' shows the settings");

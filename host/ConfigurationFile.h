@@ -8,11 +8,15 @@
 namespace tarnwell {
 
 struct ConfigurationFile {
+  struct Value {
+    QString text;
+    int line = 0; ///< from 1
+  };
   QString path;
   /// In the order of the file.
   QStringList sections;
   /// Values by section, which is empty above the first heading, and key.
-  QMap<QString, QMap<QString, QString>> values;
+  QMap<QString, QMap<QString, Value>> values;
 };
 
 /// Reads the file; empty when it does not exist. A value is the text after the first "=" of its line as it stands

@@ -48,13 +48,26 @@ Setting settingOf(const SettingKind& kind, const QCommandLineParser& options, co
   const QString name = kind.name;
   if (options.isSet(name))
     return {name, options.value(name), "option"};
+  const auto inFile = [&](const QString& section, const QString& where) {
+    const ConfigurationFile::Value value = file.values[section][name];
+    return Setting{name, value.text, QString("%1, line %2").arg(where, QString::number(value.line))};
+  };
   if (!profile.isEmpty() && file.values[profile].contains(name))
-    return {name, file.values[profile][name], "profile " + profile};
+    return inFile(profile, "profile " + profile);
   if (kind.variable != nullptr && !qEnvironmentVariableIsEmpty(kind.variable))
     return {name, QString::fromUtf8(qgetenv(kind.variable)), QString("variable %1").arg(kind.variable)};
   if (file.values[{}].contains(name))
-    return {name, file.values[{}][name], "configuration file"};
+    return inFile({}, "configuration file");
   return {name, kind.fallback, {}};
+}
+
+/// What `read` makes of the setting's value; its failure also tells where a value stands that no option has.
+template <class Read> auto readSetting(const Setting& setting, Read read) try {
+  return read(setting.value);
+} catch (CommandResult& failed) {
+  if (!setting.origin.isEmpty() && setting.origin != "option")
+    failed.message += QString(" (%1)").arg(setting.origin);
+  throw;
 }
 
 QUrl readEndpoint(const QString& text) {
@@ -86,10 +99,8 @@ void readProxy(const QString& text, ServiceAddress& address) {
 
 } // namespace
 
-QString Settings::value(const char* name) const {
-  const auto found =
-      std::find_if(all.begin(), all.end(), [name](const Setting& setting) { return setting.name == name; });
-  return found == all.end() ? QString() : found->value;
+const Setting& Settings::find(const char* name) const {
+  return *std::find_if(all.begin(), all.end(), [name](const Setting& setting) { return setting.name == name; });
 }
 
 QList<QCommandLineOption> settingOptions() {
@@ -124,21 +135,23 @@ Settings readSettings(const QCommandLineParser& options) {
 
 ServiceAddress readAddress(const Settings& settings) {
   ServiceAddress address;
-  address.endpoint = readEndpoint(settings.value("endpoint"));
-  readProxy(settings.value("proxy"), address);
+  address.endpoint = readSetting(settings.find("endpoint"), readEndpoint);
+  readSetting(settings.find("proxy"), [&](const QString& text) { readProxy(text, address); });
   if (!settings.value("proxy-user").isEmpty() && !address.hasProxy())
     fail(UsageError, "--proxy-user needs --proxy");
   return address;
 }
 
 double readNumber(const Settings& settings, const char* name, double most) {
-  const QString text = settings.value(name);
-  bool isNumber = true;
-  const double number = text.isEmpty() ? 0 : text.toDouble(&isNumber);
-  if (!isNumber || !(number >= 0 && number <= most))
-    fail(UsageError, QString("%1 takes a number from 0 to %2, not %3").arg(name).arg(most, 0, 'f', 0).arg(quoted(text)),
-         QString("for example --%1 30").arg(name));
-  return number;
+  return readSetting(settings.find(name), [&](const QString& text) {
+    bool isNumber = true;
+    const double number = text.isEmpty() ? 0 : text.toDouble(&isNumber);
+    if (!isNumber || !(number >= 0 && number <= most))
+      fail(UsageError,
+           QString("%1 takes a number from 0 to %2, not %3").arg(name).arg(most, 0, 'f', 0).arg(quoted(text)),
+           QString("for example --%1 30").arg(name));
+    return number;
+  });
 }
 
 QString withoutUserInfo(const QString& value) {

@@ -15,7 +15,8 @@ struct Setting {
   /// The name of the option and of the key in the configuration file.
   QString name;
   QString value;
-  /// The value's origin: "option", "profile NAME", "variable NAME", "configuration file"; empty for a default.
+  /// The value's origin: "option", "variable NAME", "profile NAME, line N" or "configuration file, line N"; empty for a
+  /// default.
   QString origin;
 };
 
@@ -29,8 +30,10 @@ struct Settings {
   QString file;
   QStringList profiles;
 
-  /// The value of the setting `name`; empty when it has none.
-  [[nodiscard]] QString value(const char* name) const;
+  /// The setting `name`, which there is.
+  [[nodiscard]] const Setting& find(const char* name) const;
+  /// Its value.
+  [[nodiscard]] QString value(const char* name) const { return find(name).value; }
 };
 
 /// The endpoint, and the proxy to connect to instead of the endpoint's host.
@@ -55,10 +58,11 @@ struct ServiceAddress {
 
 /// The address of the settings. Fails with a UsageError for an endpoint that is not http, has blanks, control
 /// characters, a user name or a password, for a proxy that is not HOST:PORT, and for a proxy's user without a proxy.
-/// The message has no text that may contain a password.
+/// The message has the origin of a wrong value, and no text that may contain a password.
 [[nodiscard]] ServiceAddress readAddress(const Settings& settings);
 
-/// The value of `name`, 0 for none. Fails with a UsageError unless it is a number from 0 to `most`.
+/// The value of `name`, 0 for none. Fails with a UsageError, which has the value's origin, unless it is a number from 0
+/// to `most`.
 [[nodiscard]] double readNumber(const Settings& settings, const char* name, double most);
 
 /// `value` with "..." in place of the user name and password that an address may have.

@@ -445,17 +445,19 @@ TEST_F(HostTest, SettingsComeFromTheFirstThatHasThem) {
     QByteArray file = settings;
   } rows[] = {
       {"config --profile work --timeout 3", "", "timeout=3 option\n"},
-      {"config --profile work", "", "timeout=5 profile work\n"},
-      {"config", "export TARNWELL_PROFILE=work; ", "timeout=5 profile work\n"},
-      {"config --profile=", "export TARNWELL_PROFILE=work; ", "timeout=9 configuration file\n"},
+      {"config --profile work", "", "timeout=5 profile work, line 3\n"},
+      {"config", "export TARNWELL_PROFILE=work; ", "timeout=5 profile work, line 3\n"},
+      {"config --profile=", "export TARNWELL_PROFILE=work; ", "timeout=9 configuration file, line 1\n"},
       {"config", "export TARNWELL_PROFILE=home; ", "has no profile \"home\""},
-      {"config", "", "proxy-user=DOM\\anna configuration file\n", "# a comment\n; another\n\nproxy-user=DOM\\anna\n"},
+      {"config", "", "proxy-user=DOM\\anna configuration file, line 4\n",
+       "# a comment\n; another\n\nproxy-user=DOM\\anna\n"},
       {"config", "", "proxy-user=\"a, b\"; #c=d%20 conf", "\xef\xbb\xbfproxy-user = \"a, b\"; #c=d%20 \r\n[x]\r\n"},
       {"config", "", "proxy-user= \n", "[x]\nproxy-user=x\n"},
       {"config", "", ", line 2: there is no key \"proxy-usr\"", "proxy-user=a\nproxy-usr=b\n"},
       {"config", "", ", line 3: passwords do not belong here", "proxy-user=a\n[x]\npassword=secret\n"},
       {"config", "", ", line 1: \"proxy-user\" is neither", "proxy-user\n"},
       {"config", "", ", line 2: a heading is [NAME]", "\n[x\n"},
+      {"login", "", "not \"abc\" (configuration file, line 2)", "\ntimeout=abc\n"},
       {"config", "", ", line 2: \"proxy-user\" is given twice", "proxy-user=a\nproxy-user=b\n"},
   };
   for (const auto& row : rows) {
