@@ -99,7 +99,9 @@ void setAddress(Options& options, const QString& text) {
 void checkValues(const QCommandLineParser& parser) {
   for (const QCommandLineOption& option : allOptions()) {
     const QString name = option.names().constLast();
-    if (!option.valueName().isEmpty() && parser.values(option).contains(QString()))
+    if (option.valueName().isEmpty()) // asked for its values, Qt would print a warning
+      continue;
+    if (parser.values(option).contains(QString()))
       refuse(QString("--%1 needs a value").arg(name));
     if (name != "fail" && parser.values(option).size() > std::max<qsizetype>(1, option.defaultValues().size()))
       refuse(QString("--%1 can be given once").arg(name));

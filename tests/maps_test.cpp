@@ -184,6 +184,8 @@ TEST(Conversions, OfWhatIsSent) {
   const auto utc = [](qint64 seconds) { return QDateTime::fromSecsSinceEpoch(seconds).toUTC(); };
   const QChar high(0xD83D), low(0xDE00);
   const std::string last = "2106-02-07T06:28:15Z";
+  // Before 6.7, Qt takes a skipped local time for invalid.
+  const char* const skipped = QT_VERSION < QT_VERSION_CHECK(6, 7, 0) ? "2012-03-25T02:30:00Z" : "2012-03-25T01:30:00Z";
   const std::tuple<QString, QDateTime, std::string, std::string> cases[] = {
       {QString(), QDateTime(), "", last},
       {"", utc(0), "", "1970-01-01T00:00:00Z"},
@@ -193,7 +195,7 @@ TEST(Conversions, OfWhatIsSent) {
       {" a\tb\nc ", QDateTime::fromString("2012-03-04T05:06:07.999-01:00", Qt::ISODateWithMs), " a\tb\nc ",
        "2012-03-04T06:06:07Z"},
       {"e\u0301\u00E9", utc(1), "e\u0301\u00E9", "1970-01-01T00:00:01Z"},
-      {QString(QChar(0xFEFF)) + "a", QDateTime(QDate(2012, 3, 25), QTime(2, 30)), "\uFEFFa", "2012-03-25T02:30:00Z"}};
+      {QString(QChar(0xFEFF)) + "a", QDateTime(QDate(2012, 3, 25), QTime(2, 30)), "\uFEFFa", skipped}};
   ServiceUnderTest tested("RenameDesktopMap", "");
   for (const auto& [name, date, sentName, sentDate] : cases) {
     MapInfo info = known();
