@@ -57,8 +57,8 @@ QString fromWide(std::wstring_view text) {
 
 std::time_t toSeconds(const QDateTime& date) {
   constexpr qint64 noSeconds = std::numeric_limits<quint32>::max();
-  // Converted before it is tested: a local time that a clock change skips is invalid before Qt 6.7, its digits as UTC are
-  // not.
+  // Converted before it is tested: a local time that a clock change skips is invalid before Qt 6.7, its digits as UTC
+  // are not.
   const QDateTime utc = date.toUTC();
   const qint64 seconds = utc.isValid() ? utc.toSecsSinceEpoch() : noSeconds;
   return seconds >= 0 && seconds < noSeconds ? seconds : noSeconds;
