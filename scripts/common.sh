@@ -13,6 +13,9 @@ fail() {
 # million addresses: nobody else listens there, also while several scripts run.
 own_address() { echo "127.$((RANDOM % 254 + 1)).$((RANDOM % 256)).$((RANDOM % 254 + 1)):$((20000 + RANDOM % 10000))"; }
 
+# as_root COMMAND...: runs the command as root.
+as_root() { if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi; }
+
 # await WHAT COMMAND...: repeats the command until it succeeds, for about five minutes at most, as on a loaded machine.
 await() {
   local what=$1

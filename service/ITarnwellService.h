@@ -113,17 +113,14 @@ public:
 
 /// The plug-in's one exported function. Returns a new, independent service, logged out, on the test endpoint; the
 /// caller deletes it. The plug-in for Qt 6 has it under another decorated name: values of Qt 5 and Qt 6 differ in
-/// memory, and so a host finds no function in a plug-in for the other Qt.
+/// memory, and so a host finds no function in a plug-in for the other Qt. The constant is the decorated name, by which
+/// a host finds it in the plug-in's file.
 #if QT_VERSION_MAJOR < 6
 ITarnwellService* serviceFactory();
+constexpr char serviceFactoryName[] = "_Z14serviceFactoryv";
 #else
 [[gnu::abi_tag("qt6")]] ITarnwellService* serviceFactory();
+constexpr char serviceFactoryName[] = "_Z14serviceFactoryB3qt6v";
 #endif
 /// The type by which a host calls it.
 using ServiceFactory = ITarnwellService* (*)();
-/// Its decorated name, by which a host finds it in the plug-in's file.
-#if QT_VERSION_MAJOR < 6
-constexpr char serviceFactoryName[] = "_Z14serviceFactoryv";
-#else
-constexpr char serviceFactoryName[] = "_Z14serviceFactoryB3qt6v";
-#endif

@@ -21,8 +21,7 @@ namespace {
 struct OpenFile {
   explicit OpenFile(const char* name) {
     int flags = O_CLOEXEC | O_LARGEFILE | O_NOCTTY | O_NONBLOCK; // a pipe would wait until somebody writes
-    // With the third argument, which has no effect, it is open() itself also where the C library checks its callers.
-    while ((descriptor = open(name, flags, 0)) < 0 && (errno == EINTR || (errno == EAGAIN && flags & O_NONBLOCK)))
+    while ((descriptor = open(name, flags)) < 0 && (errno == EINTR || (errno == EAGAIN && flags & O_NONBLOCK)))
       if (errno == EAGAIN) // another process has a lease on the file, and is asked to give it up
         flags &= ~O_NONBLOCK;
   }

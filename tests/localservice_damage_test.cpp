@@ -80,6 +80,7 @@ TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
       {"a size that is no number", replaced(chunks, "1\r\n", "1x\r\n") + "0\r\n\r\n", 400, badChunk},
       {"more than the chunk's size", replaced(chunks, "<\r\n", "<") + "0\r\n\r\n", 400, badChunk},
       {"a chunk with an extension", replaced(chunks, "1\r\n", "1 ;a=b\r\n") + "0\r\nA: b\r\n\r\n", 200, "Success"},
+      {"one byte in chunks", chunked + "1\r\n<\r\n0\r\n\r\n", 400, sender},
       {"too long a chunk", chunked + "280000000\r\n" + body, 413, sender},
       {"too long a text", with("anna", std::string(1 << 20, 'a')), 413, sender + " a request has at most 256 KiB"},
       {"too long an attribute", with("<Login>", "<Login a='" + std::string(1 << 20, 'a') + "'>"), 413, sender},
