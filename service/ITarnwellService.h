@@ -113,10 +113,10 @@ public:
 
 /// The plug-in's one exported function. Returns a new, independent service, logged out, on the test endpoint; the
 /// caller deletes it. The plug-in for Qt 6 has it under another decorated name: values of Qt 5 and Qt 6 differ in
-/// memory, and so a host finds no function in a plug-in for the other Qt. The constant is the decorated name, by which
-/// a host finds it in the plug-in's file.
+/// memory, and so a host finds no function in a plug-in for the other Qt.
 #if QT_VERSION_MAJOR < 6
 ITarnwellService* serviceFactory();
+/// Its decorated name, by which a host finds it in the plug-in's file.
 constexpr char serviceFactoryName[] = "_Z14serviceFactoryv";
 #else
 [[gnu::abi_tag("qt6")]] ITarnwellService* serviceFactory();
