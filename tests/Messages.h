@@ -4,6 +4,7 @@
 
 #include "Deployment.h"
 
+#include <regex>
 #include <string>
 
 inline std::string element(const std::string& name, const std::string& content) {
@@ -53,11 +54,11 @@ inline std::string fault(const std::string& code) {
       "</soap:Value></soap:Code><soap:Reason><soap:Text xml:lang=\"en\">no</soap:Text></soap:Reason></soap:Fault>");
 }
 
-/// A request as the library sends it, to be compared with canonical(): the service's namespace is the default one.
-inline std::string request(const std::string& body, const std::string& header = {}) {
-  return "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"" + envelopeNamespace +
-         "\" xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" xmlns=\"" TARNWELL_SERVICE_NAMESPACE "\">" +
-         header + "<SOAP-ENV:Body>" + body + "</SOAP-ENV:Body></SOAP-ENV:Envelope>";
+/// The end of a request from its body on, byte by byte as the library sends it; `content` without prefixes.
+inline std::string sent(const std::string& content) {
+  const std::string whole = std::regex_replace(content, std::regex("<(\\w+)/>"), "<$1></$1>");
+  return "<SOAP-ENV:Body>" + std::regex_replace(whole, std::regex("<(/?)(\\w)"), "<$1dsns:$2") +
+         "</SOAP-ENV:Body></SOAP-ENV:Envelope>\r\n";
 }
 
 } // namespace message
