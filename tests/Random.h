@@ -1,23 +1,15 @@
-// Random values that depend on nothing but a seed: the same on every machine and with every standard library, whose own
-// distributions differ.
+// Random values that depend on nothing but a seed: the same on every machine and with every standard library, whose
+// engines are alike and whose distributions differ.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
-#include <initializer_list>
-#include <iterator>
+#include <random>
 
-/// SplitMix64 (Steele, Lea and Flood 2014).
 class Random {
 public:
-  explicit Random(std::uint64_t seed) : m_state(seed) {}
+  explicit Random(std::uint64_t seed) : m_engine(seed) {}
 
-  std::uint64_t next() {
-    std::uint64_t bits = m_state += 0x9E3779B97F4A7C15;
-    bits = (bits ^ bits >> 30) * 0xBF58476D1CE4E5B9;
-    bits = (bits ^ bits >> 27) * 0x94D049BB133111EB;
-    return bits ^ bits >> 31;
-  }
+  std::uint64_t next() { return m_engine(); }
   /// 0 to count - 1; 0 when count is 0.
   std::size_t below(std::size_t count) { return count == 0 ? 0 : static_cast<std::size_t>(next() % count); }
   /// True once in `times`.
@@ -26,5 +18,5 @@ public:
   template <class Value> Value of(std::initializer_list<Value> list) { return list.begin()[below(list.size())]; }
 
 private:
-  std::uint64_t m_state;
+  std::mt19937_64 m_engine;
 };

@@ -1,9 +1,9 @@
 // Tables of test data as text, so that a row is a line.
 #pragma once
 
+#include "tests/Random.h"
+
 #include <QtCore/QStringList>
-#include <algorithm>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -31,8 +31,9 @@ inline std::string replaced(const std::string& text, const std::string& what, co
 
 /// Random bytes, different in each call, that cannot be compressed.
 inline std::string randomBytes(std::size_t size) {
-  static std::mt19937 random(1);
-  std::string bytes(size, '\0');
-  std::generate(bytes.begin(), bytes.end(), [] { return static_cast<char>(random()); });
+  static Random random(1);
+  std::string bytes;
+  while (bytes.size() < size)
+    bytes += static_cast<char>(random.next());
   return bytes;
 }
