@@ -11,9 +11,8 @@ namespace {
 
 /// The row whose response element `text` contains; if there is none, the first row.
 template <class Rows> const auto& named(const Rows& all, const std::string& text) {
-  const auto found = std::find_if(std::begin(all), std::end(all), [&text](const auto& row) {
-    return text.find(std::string(row.name) + "Response") != text.npos;
-  });
+  const auto found = std::find_if(std::begin(all), std::end(all),
+                                  [&text](const auto& row) { return text.find(row.name + "Response") != text.npos; });
   return found == std::end(all) ? *std::begin(all) : *found;
 }
 

@@ -62,26 +62,7 @@ public:
     setEndPoint(QString::fromStdString(endpoint));
     m_userName = m_setupUrl = m_setupVersion = past;
   }
-  auto* context() const { return m_service.proxy.soap; }
-  enum Held { Objects, Data }; // of soap_malloc
-  /// How many a context holds; of data with releases before 2.8.142: whether it holds any.
-  static std::size_t held(const struct soap* soap, Held what) {
-    std::size_t count = 0;
-#if GSOAP_VERSION < 208142
-    for (const soap_clist* entry = soap->clist; entry && what == Objects; entry = entry->next)
-      ++count;
-    return what == Data ? soap->alist != nullptr : count;
-#else
-    for (const soap_clist* entry : soap->cht)
-      for (; entry; entry = entry->next)
-        count += (entry->type == 0) == (what == Data);
-    return count;
-#endif
-  }
-  void loseContext() {
-    soap_free(m_service.proxy.soap);
-    m_service.proxy.soap = nullptr;
-  }
+  struct soap*& context() { return m_service.proxy.soap; }
   /// All that the host has.
   std::string seen() const {
     std::string all = text(currentUser()) + (isUserLogon() ? " in " : " out ") + text(getSetupUrl()) + " " +
@@ -94,8 +75,7 @@ public:
 
 /// An operation and the content of its successful answer's result.
 struct HostOperation {
-  const char* name;
-  std::string result;
+  std::string name, result;
   int (*call)(Host&); ///< 0: it succeeded
   std::string answer() const { return message::answer(name, result); }
 };

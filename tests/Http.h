@@ -4,6 +4,8 @@
 #include <QtCore/QByteArray>
 #include <string>
 
+constexpr int patience = 300000; // milliseconds; nothing takes that long on a loaded machine either
+
 /// How a service handles one connection.
 struct Reply {
   std::string bytes;                     ///< the whole reply, header included
@@ -33,6 +35,15 @@ inline Reply chunks(std::size_t size, int status, const std::string& body) {
   }
   return framed("Transfer-Encoding: chunked", bytes + "0\r\n\r\n", status);
 }
+/// A reply whose body has an attachment: `bytes`, which `included` refers to (MTOM).
+inline Reply withAttachment(const std::string& body, const std::string& bytes) {
+  return reply(
+      200,
+      "--edge\r\nContent-Type: application/xop+xml; type=\"application/soap+xml\"\r\nContent-ID: <a@x>\r\n\r\n" + body +
+          "\r\n--edge\r\nContent-Transfer-Encoding: binary\r\nContent-ID: <b@x>\r\n\r\n" + bytes + "\r\n--edge--\r\n",
+      "Content-Type: multipart/related; boundary=\"edge\"; type=\"application/xop+xml\"; start=\"<a@x>\"\r\n");
+}
+inline const std::string included = "<xop:Include xmlns:xop='http://www.w3.org/2004/08/xop/include' href='cid:b@x'/>";
 /// No reply: the connection is closed after `count` bytes of the request (npos: after all of it).
 inline Reply hangUp(std::size_t count) { return {"", count, false}; }
 

@@ -1,6 +1,7 @@
 // The local service as a process with its own database. Tests send it raw bytes. One thread.
 #pragma once
 
+#include "tests/Http.h"
 #include "tests/Messages.h"
 
 #include <gtest/gtest.h>
@@ -14,8 +15,6 @@
 #include <QtNetwork/QHostAddress>
 #include <QtNetwork/QTcpSocket>
 #include <sys/socket.h>
-
-constexpr int patience = 300000; // milliseconds; nothing takes that long on a loaded machine either
 
 /// Exit status and output of a process.
 struct Ended {

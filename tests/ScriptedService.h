@@ -48,15 +48,13 @@ public:
     const std::lock_guard<std::mutex> lock(m_mutex);
     return m_requests;
   }
-  /// The last request; an empty one before the first.
+  /// The last of them.
   Request request() const {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_requests.empty() ? Request() : m_requests.back();
+    return m_requests.back();
   }
 
 private:
-  static constexpr int patience = 300000; // milliseconds; nothing takes that long on a loaded machine either
-
   /// Reads a request, or at least its first `limit` bytes.
   static std::string receive(QTcpSocket& connection, std::size_t limit) {
     std::string message;

@@ -14,20 +14,16 @@
 /// " name=value"; nothing for a default. Texts stand in quotes, blocks as their size and bytes.
 template <class Value> std::string shown(const char* name, const Value& value) {
   std::string text;
-  if constexpr (std::is_pointer_v<Value>) {
-    if (!value)
-      return "";
-    if constexpr (std::is_same_v<Value, xsd__string*>)
-      text = "'" + QString::fromStdWString(*value).toStdString() + "'";
-    else if constexpr (std::is_same_v<Value, xsd__base64Binary*>)
-      text = std::to_string(value->__size) + ":" + std::string(value->__ptr, value->__ptr + value->__size);
-    else
-      text = value;
-  } else {
-    if (value == Value())
-      return "";
+  if (value == Value())
+    return text;
+  if constexpr (std::is_same_v<Value, xsd__string*>)
+    text = "'" + QString::fromStdWString(*value).toStdString() + "'";
+  else if constexpr (std::is_same_v<Value, xsd__base64Binary*>)
+    text = std::to_string(value->__size) + ":" + std::string(value->__ptr, value->__ptr + value->__size);
+  else if constexpr (std::is_pointer_v<Value>)
+    text = value;
+  else
     text = QString::number(static_cast<double>(value), 'g', std::is_same_v<Value, float> ? 9 : 17).toStdString();
-  }
   return " " + std::string(name) + "=" + text;
 }
 

@@ -192,8 +192,7 @@ private:
   std::string time(const std::string& name) {
     const qint64 seconds = static_cast<qint64>(1 + m_random.below(4000000000));
     expect(name, std::to_string(seconds));
-    const int minutes = static_cast<int>(m_random.below(1440)) - 720;
-    const int offset = m_random.once(2) ? 0 : minutes * 60;
+    const int offset = m_random.once(2) ? 0 : (static_cast<int>(m_random.below(1440)) - 720) * 60;
     const QDateTime date = QDateTime::fromSecsSinceEpoch(seconds).toOffsetFromUtc(offset);
     return spaced(date.toString(Qt::ISODate).toStdString());
   }

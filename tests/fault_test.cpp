@@ -44,12 +44,10 @@ const char* const bodies = R"(
 <soap:Fault><soap:Code><soap:Value xmlns:f="urn:other">f:Receiver</soap:Value></soap:Code></soap:Fault>   | error 12
 <soap:Fault xmlns=""><soap:Code><soap:Value>Receiver</soap:Value></soap:Code></soap:Fault>                | error 12
 <soap:Fault><soap:Reason/></soap:Fault>                                                                   | error 12
-<soap:Fault/>                                                                                             | error 12
                                                                                                           | error 6
 <!-- nothing -->                                                                                          | error 6
 <LoginResponse><soap:Fault><soap:Code><soap:Value>soap:Receiver</soap:Value></soap:Code></soap:Fault></LoginResponse> | error 3
 <x:LoginResponse/>                                                                                        | error 3
-<loginResponse/>                                                                                          | error 3
 <d:Fault><d:Code><d:Value>soap:Receiver</d:Value></d:Code></d:Fault>                                      | error 3
 )";
 TEST(Fault, BodyWithoutTheAnswer) {
@@ -61,14 +59,8 @@ TEST(Fault, BodyWithoutTheAnswer) {
   EXPECT_STREQ("SOAP-ENV:Sender", *soap_faultcode(client.soap)) << "recorded when no fault was read";
 }
 
-// Answers without an envelope, and the first error.
-const char* const noEnvelopes = R"(
-            | error -1
-<?xml       | error -1
-hello       | error 6
-<a/>        | error 3
-)";
 TEST(Fault, HttpStatusOfSuccessIsNoError) {
+  const char* const noEnvelopes = "| error -1\n<?xml | error -1\nhello | error 6\n<a/> | error 3";
   forEachArrival(noEnvelopes, [](WireClient& client, const auto& row) {
     for (const Reply& answer : {reply(200, row[0]), reply(202, row[0]), chunks(2, 200, row[0])}) {
       client.reply = answer.bytes;
@@ -113,13 +105,10 @@ std::string nested(const std::string& element, const std::string& first, int dep
 }
 TEST(Fault, DeepNestingNeedsNoDeepStack) {
   const std::string begin = "<soap:Fault><soap:Code><soap:Value>soap:Receiver</soap:Value>",
-                    value = "<soap:Value>d:a</soap:Value>";
-  const auto subcodes = [&](int depth) {
-    return begin + nested("soap:Subcode", value, depth) + "</soap:Code></soap:Fault>";
-  };
+                    value = "<soap:Value>d:a</soap:Value>", end = "</soap:Code></soap:Fault>";
   const std::pair<std::string, std::string> deep[] = {
-      {subcodes(5000), "error 2"},
-      {subcodes(100000), "error "},
+      {begin + nested("soap:Subcode", value, 5000) + end, "error 2"},
+      {begin + nested("soap:Subcode", value, 100000) + end, "error "},
       {begin + "</soap:Code><soap:Detail>" + nested("x", "", 100000) + "</soap:Detail></soap:Fault>", "error "},
       {nested("LoginResponse", "", 100000), "no login"}};
   const std::unique_ptr<QThread> thread(QThread::create([&deep] {

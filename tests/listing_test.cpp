@@ -12,7 +12,6 @@ NotPremiumAccount | <map>SAMPLE</map> | 5 |
 Success | - | 0 |
 Success | <map>SAMPLE</map><map>SAMPLE</map> | 0 | SAMPLE; SAMPLE
 Success | <map xsi:nil="true"/><map>SAMPLE</map> | 0 | SAMPLE
-Success | <map><Thumbnail/></map> | 0 | - - - 1970-01-01T00:00:00Z - - private - 0
 Success | <map><MapName/><Author></Author><Description/></map> | 0 | '' - '' 1970-01-01T00:00:00Z '' - private - 0
 Success | <map><MapName>&#x1F600;é</MapName><Author>a😀</Author></map> | 0 | 😀é - a😀 1970-01-01T00:00:00Z - - private - 0
 Success | <map>SAMPLE<MapId>67C8770B-44F1-410A-AB9A-F9B5446F13EE</MapId></map> | 0 | n ID a 1970-01-01T00:00:00Z d - private - 0
@@ -46,22 +45,6 @@ TEST(Listing, AppendsToTheHostsList) {
       once = replaced(once, "SAMPLE", "n - a 1970-01-01T00:00:00Z d - private - 0");
       EXPECT_EQ(show(known()) + (once.empty() ? "" : "; " + once + "; " + once), shown);
     }
-}
-
-TEST(Listing, HoldsOneDescriptionAtATime) {
-  static std::size_t most;
-  most = 0;
-  const std::string entries = replaced(std::string(1000, '.'), ".", element("DesktopInfoClass", "<Author>a</Author>"));
-  for (const std::size_t index : {1U, 2U}) {
-    ServiceUnderTest tested(hostOperations()[index].name, message::listing(entries));
-    tested.service.context()->fpreparerecv = [](struct soap* soap, const char*, std::size_t) -> int {
-      most = std::max(most, Host::held(soap, Host::Objects));
-      return SOAP_OK;
-    };
-    EXPECT_EQ(0, hostOperations()[index].call(tested.service));
-    EXPECT_EQ(1001, tested.service.maps.size());
-    EXPECT_LT(most, 10U) << "while the list arrived";
-  }
 }
 
 TEST(Listing, SendsTheCredentialsOfTheLastLogin) {

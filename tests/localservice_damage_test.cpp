@@ -58,16 +58,13 @@ TEST_F(LocalServiceTest, AnswersEverythingThatIsNoRequest) {
       {"for the last", withHeader("1' soap:role='" + role + "ultimateReceiver"), 500, understood},
       {"nothing", "", 400, sender, false},
       {"noise", std::string("\0\1\377\r\n\r\n", 7), 400, sender, false},
-      {"an HTTP reply", "HTTP/1.1 200 OK\r\n\r\n" + body, 400, sender, false},
       {"another method", "PUT " + servicePath + " HTTP/1.1\r\nContent-Length: 3\r\n\r\nabc", 405, sender},
-      {"PATCH", "PATCH " + servicePath + " HTTP/1.1\r\nContent-Length: 3\r\n\r\nabc", 405, sender},
       {"GET", "GET " + servicePath + " HTTP/1.1\r\n\r\n", 405, sender},
       {"another path", post(body, soapType, "/other"), 404, sender + " the service is at the path"},
       {"a host that is none", post(body, soapType + "Host: a\1b\r\n"), 400, sender + " the header field Host"},
       {"a long body nobody reads", post(std::string(8 << 20, ' '), soapType, "/other"), 404, sender},
       {"a long path", "POST /" + std::string(100000, 'a') + " HTTP/1.1\r\n\r\n", 414, sender},
       {"many fields", post(body, replaced(std::string(20000, '.'), ".", "X: a\r\n")), 431, sender},
-      {"a long field", post(body, "X: " + std::string(100000, 'a') + "\r\n"), 431, sender},
       {"compressed", post(body, soapType + "Content-Encoding: gzip\r\n"), 415, sender + " compressed"},
       {"MTOM", post(body, "Content-Type: multipart/related; a=b\r\n"), 415, sender + " the content has to be"},
       {"without a type", post(body, ""), 415, sender},
@@ -220,16 +217,16 @@ TEST_F(LocalServiceTest, AnswersWhatHasArrivedWhenStopped) {
 }
 
 TEST_F(LocalServiceTest, KeepsTheOldMapOrTheNewWhenKilled) {
-  const auto content = [](int generation) { return std::string(8 << 20, static_cast<char>('a' + generation)); };
-  const auto name = [](int generation) { return std::to_string(generation); };
+  const auto content = [](const std::string& name) { return std::string(8 << 20, name[0]); };
   const QDeadlineTimer limit(patience);
-  ASSERT_EQ(shown(Connection(port(), saving("1", content(1))).answer()).substr(0, 15), "Success Success");
+  ASSERT_EQ(shown(Connection(port(), saving("a", content("a"))).answer()).substr(0, 15), "Success Success");
   const qint64 duration = patience - limit.remainingTime();
-  const std::string id = identified(identifier("1")), load = loading("1");
-  int kept = 1;
+  const std::string id = identified(identifier("a")), load = loading("a");
+  std::string kept = "a";
   for (int round = 0; round < 12; ++round) { // kills from the start of a save to its end
+    const std::string next(1, static_cast<char>(kept[0] + 1));
     Connection connection(port(), "");
-    connection.write(QByteArray::fromStdString(saving(name(kept + 1), content(kept + 1), id)));
+    connection.write(QByteArray::fromStdString(saving(next, content(next), id)));
     while (!QFileInfo::exists(path("db-journal")) && connection.state() == QTcpSocket::ConnectedState)
       connection.waitForReadyRead(1);
     EXPECT_EQ(QFile::permissions(path("db-journal")) & (QFile::ReadGroup | QFile::ReadOther), 0);
@@ -238,8 +235,8 @@ TEST_F(LocalServiceTest, KeepsTheOldMapOrTheNewWhenKilled) {
     EXPECT_TRUE(process.waitForFinished(patience));
     start();
     const std::string found = shown(Connection(port(), load).answer());
-    kept += found.find("MapName=" + name(kept + 1) + " ") == 16 ? 1 : 0;
-    ASSERT_EQ(found.find("MapName=" + name(kept) + " "), 16U) << found.substr(0, 200);
+    kept = found.find("MapName=" + next + " ") == 16 ? next : kept;
+    ASSERT_EQ(found.find("MapName=" + kept + " "), 16U) << found.substr(0, 200);
     ASSERT_NE(found.find("MapContent=" + content(kept) + " "), std::string::npos) << "a mixture of two maps";
   }
 }

@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <utility>
 
 namespace {
@@ -24,7 +23,6 @@ const char* const records = R"(
 <Version xsi:type="x:decimal">2</Version><IsPublished xsi:type="x:boolean">1</IsPublished> | {IsPublished=1 Version=2}
 <Version xsi:type="x:boolean">2</Version> | error 4
 <IsPublished xsi:type="d:boolean">1</IsPublished>                                                | {IsPublished=1}
-<IsPublished xsi:type="x:bool">1</IsPublished>                                                   | error 4
 <Thumbnail><y>x</y></Thumbnail><Version/> | {Thumbnail=0:}
 <Thumbnail>QUJD<a/>QUJD</Thumbnail>                                                              | error 4
 <MapName>n</MapName x><Author>a</Author>                                                         | error 5
@@ -54,15 +52,12 @@ std::string expanded(const std::string& read) { return replaced(read, "SAMPLE", 
 // Entries of the list, what follows the response element, the entries as read or an error. Where a text is referred to,
 // whatever has the id is read as text.
 const char* const references = R"(
-<map id="a">SAMPLE</map><map href="#a"/> | | SAMPLE SAMPLE
-<map href="#a"/><map id="a">SAMPLE</map> | | SAMPLE SAMPLE
 <map href="#a"/><map>SAMPLE</map> | <map id="a"><MapName>o</MapName></map> | {MapName='o'} SAMPLE
 <map ref="a"/><map enc:ref="b"/> | <map id="a">SAMPLE</map><map enc:id="b">SAMPLE</map> | SAMPLE SAMPLE
 <map href="#a"/> | <m id="a" xsi:type="d:DesktopInfoClass">SAMPLE</m> | SAMPLE
 <m id="a" xsi:type="d:DesktopInfoClass">SAMPLE</m><map href="#a"/> | | SAMPLE
 <map><MapName id="t">n</MapName><Author href="#t"/></map> | | {MapName='n' Author='n'}
 <map><Thumbnail href="#b"/><Preview href="#b"/></map> | <x:base64Binary id="b">QUJD</x:base64Binary> | {Thumbnail=3:ABC Preview=3:ABC}
-<map xsi:nil="true"/><map>SAMPLE</map><map xsi:nil="1"/> | | null SAMPLE null
 <map/><Other/> | | {}
 <map href="#none"/> | | error 25
 <map><MapName href="#none"/></map> | | error 25
@@ -100,7 +95,6 @@ const char* const strictResults = R"(
 <DesktopMapAccess xsi:nil="true"/> | error 23
 <DesktopMapAccess></DesktopMapAccess> | error 52
 <DesktopMapAccess>7</DesktopMapAccess> | error 4
-<DesktopMapAccess>-1</DesktopMapAccess> | error 4
 )";
 TEST(Reading, StrictMode) {
   for (const auto& row : rows(strictResults)) {
@@ -121,15 +115,9 @@ TEST(Reading, StrictMode) {
   }
 }
 
-// What follows "encoding" in the XML declaration.
-const char* const refusedEncodings = R"(
-="ISO-8859-15"
- = "windows-1252"
-="utf-7"
-=
-)";
 TEST(Reading, AnswersOfOtherKinds) {
-  forEachArrival(refusedEncodings, [](WireClient& client, const auto& row) {
+  const char* const encodings = "=\"ISO-8859-15\"\n = \"windows-1252\"\n=\"utf-7\"\n="; // in the XML declaration
+  forEachArrival(encodings, [](WireClient& client, const auto& row) {
     EXPECT_EQ("error 48", client.content(replaced(mapAnswer(""), "=\"utf-8\"", " " + row[0]))) << row[0];
     const char malformed[] = "\xC0\xAF \xE0\x80\xAF \xED\xA0\x80 \xF0\x80\x80\xAF \xF4\x90\x80\x80 \xE9";
     EXPECT_EQ("0 no login {MapName='" + QString::fromLatin1(malformed).toStdString() + "'}",
@@ -141,31 +129,12 @@ TEST(Reading, AnswersOfOtherKinds) {
   EXPECT_EQ("error 3", client.login("<LoginResponse xmlns=\"" TARNWELL_SERVICE_NAMESPACE "\"/>")) << "no envelope";
 }
 
-TEST(Reading, FromAStream) { // as users of the runtime may
-  DesktopServiceSoap12 reader;
-  std::istringstream stream("<v>7</v>");
-  reader.soap->is = &stream;
-  int value = 0;
-  EXPECT_TRUE(soap_begin_recv(reader.soap) == SOAP_OK && soap_get_xsd__int(reader.soap, &value, "v", nullptr));
-  EXPECT_EQ(7, value);
-  dsns__DesktopMapAccess access{};
-  EXPECT_EQ(SOAP_TYPE, soap_s2dsns__DesktopMapAccess(reader.soap, nullptr, &access));
-}
-
 TEST(Reading, Attachments) {
-  const std::string include = "<xop:Include xmlns:xop=\"http://www.w3.org/2004/08/xop/include\" href=\"cid:b@x\"/>";
   for (const std::string& content :
-       {">" + include, std::string(" href=\"cid:b@x\">"), std::string(" href=\"cid:b%40x\">")}) {
-    const std::string body =
-        "--edge\r\nContent-Type: application/xop+xml; charset=utf-8; type=\"application/soap+xml\"\r\n"
-        "Content-ID: <a@x>\r\n\r\n" +
-        mapAnswer("<MapContent" + content + "</MapContent><Version>2</Version>") +
-        "\r\n--edge\r\nContent-Type: image/png\r\nContent-Transfer-Encoding: binary\r\n"
-        "Content-ID: <b@x>\r\n\r\n<A&\r\nB\r\n--edge--\r\n";
-    const std::string type = "Content-Type: multipart/related; boundary=\"edge\"; type=\"application/xop+xml\"; "
-                             "start=\"<a@x>\"; start-info=\"application/soap+xml\"\r\n";
+       {">" + included, std::string(" href='cid:b@x'>"), std::string(" href='cid:b%40x'>")}) {
+    const std::string map = mapAnswer("<MapContent" + content + "</MapContent><Version>2</Version>");
     WireClient client;
-    client.reply = reply(200, body, type).bytes;
+    client.reply = withAttachment(map, "<A&\r\nB").bytes;
     for (client.piece = 0; client.piece < 3; ++client.piece)
       EXPECT_EQ("0 no login {MapContent=6:<A&\r\nB Version=2}", client.content()) << content << client.piece;
   }
@@ -180,18 +149,16 @@ TEST(Writing, ABlockWithIdOrTypeTravelsAsAttachment) {
   _dsns__SendFeedbackWithAttachmentResponse response;
   request.bytes = &block;
   WireClient client;
-  const std::pair<char*, char*> forms[] = {{id, nullptr}, {nullptr, type}, {id, type}, {nullptr, nullptr}};
-  for (const auto& [blockId, blockType] : forms) {
-    SCOPED_TRACE(std::string(blockId ? "id " : "") + (blockType ? "type" : ""));
-    client.reply = reply(200, message::answer("SendFeedbackWithAttachment", "")).bytes;
-    block.id = blockId;
-    block.type = blockType;
+  client.reply = reply(200, message::answer("SendFeedbackWithAttachment", "")).bytes;
+  for (const unsigned form : {0U, 1U, 2U, 3U}) {
+    block.id = form & 1 ? id : nullptr;
+    block.type = form & 2 ? type : nullptr;
     const auto send = std::exchange(client.soap->fsend, [](auto...) { return SOAP_EOF; });
     EXPECT_EQ(SOAP_EOF, client.__dsns4__SendFeedbackWithAttachment(&request, &response));
     client.soap->fsend = send; // bytes of failed attempts must not count
     EXPECT_EQ(0, client.__dsns4__SendFeedbackWithAttachment(&request, &response));
     const auto sends = [&](const char* text) { return client.sent.find(text) != std::string::npos; };
-    const bool isInline = !blockId && !blockType;
+    const bool isInline = form == 0;
     EXPECT_EQ(isInline ? 1U : 2U, cells(client.sent, raw).size()) << "sent once";
     EXPECT_NE(isInline, sends(raw) && sends("<dsns:bytes href=\"")) << client.sent;
     EXPECT_EQ(isInline, sends("cmF3IDxieXRlcz4=") && sends("Content-Type: application/soap+xml;")) << client.sent;
