@@ -287,6 +287,12 @@ void releaseAll(struct soap* soap, SOAP_ENV__Header* header) {
   const bool hasHeader = soap->header != nullptr;
   soap_destroy(soap);
   soap_dealloc(soap, nullptr);
+#if GSOAP_VERSION >= 208142
+  // soap_dealloc keeps the blocks that held their entries, and the next object starts another one.
+  while (soap->cblk)
+    std::free(std::exchange(soap->cblk, soap->cblk->next));
+  soap->cidx = 0;
+#endif
   soap->header = hasHeader ? header : nullptr;
 }
 
