@@ -115,8 +115,8 @@ QByteArray read(const QString& name) {
 
 QString write(const QString& name, const QByteArray& bytes) {
   QFile file(name);
-  file.open(QIODevice::WriteOnly);
-  file.write(bytes);
+  if (file.open(QIODevice::WriteOnly))
+    file.write(bytes);
   return name;
 }
 

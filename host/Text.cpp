@@ -27,7 +27,7 @@ QByteArray terminalSafeJson(const QByteArray& json) {
     if (unit == '\n' || unit.isSurrogate() || !terminal::isUnsafe(unit.unicode()))
       safe += unit;
     else
-      safe += QString("\\u%1").arg(unit.unicode(), 4, 16, QChar('0'));
+      safe += QString("\\u%1").arg(int{unit.unicode()}, 4, 16, QChar('0'));
   }
   return safe.toUtf8();
 }
