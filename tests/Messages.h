@@ -4,7 +4,7 @@
 
 #include "Deployment.h"
 
-#include <regex>
+#include <QtCore/QRegularExpression>
 #include <string>
 
 inline std::string element(const std::string& name, const std::string& content) {
@@ -56,9 +56,10 @@ inline std::string fault(const std::string& code) {
 
 /// The end of a request from its body on, byte by byte as the library sends it; `content` without prefixes.
 inline std::string sent(const std::string& content) {
-  const std::string whole = std::regex_replace(content, std::regex("<(\\w+)/>"), "<$1></$1>");
-  return "<SOAP-ENV:Body>" + std::regex_replace(whole, std::regex("<(/?)(\\w)"), "<$1dsns:$2") +
-         "</SOAP-ENV:Body></SOAP-ENV:Envelope>\r\n";
+  QString whole = QString::fromStdString(content);
+  whole.replace(QRegularExpression("<(\\w+)/>"), "<\\1></\\1>")
+      .replace(QRegularExpression("<(/?)(\\w)"), "<\\1dsns:\\2");
+  return "<SOAP-ENV:Body>" + whole.toStdString() + "</SOAP-ENV:Body></SOAP-ENV:Envelope>\r\n";
 }
 
 } // namespace message
