@@ -7,7 +7,6 @@ namespace {
 // <map> is an entry's element, SAMPLE a map with three texts, ID the known identifier.
 const char* const listings = R"(
 NotPremiumAccount | <map>SAMPLE</map> | 5 |
-7 | <map>SAMPLE</map> | 1 |
 - | <map>SAMPLE</map> | 1 |
 Success | - | 0 |
 Success | <map>SAMPLE</map><map>SAMPLE</map> | 0 | SAMPLE; SAMPLE

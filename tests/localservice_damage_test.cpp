@@ -183,6 +183,7 @@ TEST_F(LocalServiceTest, ServesSoManyClientsAtOnceAndNoMore) {
     stalled.emplace_back(port(), request("Login").substr(0, i % 2 ? 60 : 0));
   Connection waiting(port(), request("Login"));
   const QString status = QString("/proc/%1/status").arg(process.processId());
+  ASSERT_TRUE(QFile::exists(status)) << "without it, nobody sees the threads";
   const QDeadlineTimer limit(patience);
   while (!contentOf(status).contains("Threads:\t257\n")) { // a thread for each client, and the one that accepts them
     ASSERT_FALSE(limit.hasExpired()) << "one that stalls holds others up";

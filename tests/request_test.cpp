@@ -43,7 +43,7 @@ TEST(Request, EndpointActionAndNamespacesHaveDefaults) {
   EXPECT_EQ("a.example \"urn:b\"", sent("http://a.example:80/x", "urn:b"));
   EXPECT_EQ("a.example:8080 \"urn:b\"", sent("http://a.example:8080/x", "urn:b"));
   STLDesktopService service;
-  EXPECT_EQ("http://test.tarnwell.example/service/desktopservice.asmx", service.proxy.soap_endpoint);
+  EXPECT_STREQ("http://test.tarnwell.example/service/desktopservice.asmx", service.proxy.soap_endpoint);
   service.setProxySettings("", 1, "", "", false);
   EXPECT_EQ(8080, service.proxy.soap->proxy_port);
 
