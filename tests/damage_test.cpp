@@ -74,7 +74,7 @@ TEST(Damage, EarlierCallsLeaveNothing) {
       wire.reply = reply(200, replaced(answer, "<Author>a</Author>", content)).bytes;
       EXPECT_EQ(0, operation.call(host)) << operation.name;
       EXPECT_NE(call == 0, wire.sent.find("<SOAP-ENV:Header></SOAP-ENV:Header>") != std::string::npos);
-      host.maps = {}; // clear() keeps the memory in Qt 6
+      host.maps = QList<MapInfo>(); // clear() and "= {}" keep its memory in Qt 6
       std::string().swap(wire.reply);
       const auto used = mallinfo2(); // zeros with a sanitizer
       after = used.uordblks + used.hblkhd;
