@@ -26,7 +26,8 @@ std::string madeOf(const std::vector<std::string>& corpus, Random random) {
   std::string text = random.of(corpus).substr(1);
   for (std::size_t count = 1 + random.below(8); count > 0; --count) {
     const std::string& other = random.of(corpus);
-    const std::size_t most = random.of({2, 16, 256}), at = random.below(text.size()), size = random.below(most);
+    const std::size_t most = random.of<std::size_t>({2, 16, 256}), at = random.below(text.size()),
+                      size = random.below(most);
     const std::size_t from = random.below(other.size());
     text.replace(at, size, other, from, random.below(most));
   }
