@@ -54,6 +54,9 @@ TEST(Damage, FalseLengthsCostNothing) {
     EXPECT_LT(memory().first - before.first, 1000) << size;
     EXPECT_LT(memory().second - before.second, size == 4 ? 30 : 400) << size; // asan keeps what the test itself freed
   }
+  WireClient client;
+  client.reply = framed("Transfer-Encoding: chunked", "80000000\r\n" + hostOperations()[0].answer()).bytes;
+  EXPECT_EQ("error -1", client.login()) << "a chunk of 2 GiB ends the answer";
 }
 
 // The light list leaves its answer's maps and thumbnails, which go at once; a download keeps them until the next
