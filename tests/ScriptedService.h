@@ -48,10 +48,10 @@ public:
     const std::lock_guard<std::mutex> lock(m_mutex);
     return m_requests;
   }
-  /// The last of them.
+  /// The last of them; an empty one before the first.
   Request request() const {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_requests.back();
+    return m_requests.empty() ? Request() : m_requests.back();
   }
 
 private:
